@@ -1,0 +1,18 @@
+# Settings of our own code; third-party headers come in as system headers.
+add_library(compiler_settings INTERFACE)
+target_compile_definitions(compiler_settings INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 WINVER=0x0A00)
+
+if(MSVC)
+    # Shared MFC, regular DLL.
+    set(CMAKE_MFC_FLAG 2)
+    target_compile_definitions(compiler_settings INTERFACE _AFXDLL)
+    target_compile_options(compiler_settings INTERFACE /W4 /WX /utf-8 /permissive- /external:W0)
+else()
+    target_compile_options(compiler_settings INTERFACE
+        -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+        -ffunction-sections -fdata-sections -fstack-protector-strong)
+    # Everything but the system DLLs is linked in.
+    target_link_options(compiler_settings INTERFACE
+        -static -fstack-protector-strong -Wl,--gc-sections -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
+endif()

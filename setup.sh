@@ -1,0 +1,89 @@
+#!/usr/bin/env bash
+# Installs what the build and the tests need on Debian 12 and builds libcurl for
+# Windows into build/deps. It does only what is missing, so it may run any number
+# of times; run.sh and test.sh call it.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+. tools/lib/say.sh
+
+readonly triplet=x86_64-w64-mingw32
+readonly deps="$PWD/build/deps"
+readonly packages=(
+  g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev
+  nlohmann-json3-dev googletest
+  wine wine64 xvfb fonts-wine xdotool imagemagick
+  openssl python3
+)
+
+as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
+
+is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+install_packages() {
+  local missing=() package
+  for package in "${packages[@]}"; do is_installed "$package" || missing+=("$package"); done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  command -v apt-get >/dev/null || fail "This script installs Debian packages, and there is no apt-get here."
+  [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null \
+    || fail "Packages are missing (${missing[*]}); run this as root or install sudo."
+  say "Installing ${missing[*]} (a few minutes on a fresh machine)"
+  { as_root apt-get update && as_root env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y --no-install-recommends "${missing[@]}"; } >"$deps/apt.log" 2>&1 \
+    || fail "The packages could not be installed (no network, or no such package?); see $deps/apt.log."
+}
+
+# Writes a deb-src entry for every binary source that this machine is configured with.
+write_source_entries() {
+  local list file
+  : >"$1"
+  for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    [ -f "$list" ] && sed -n 's/^deb\([[:space:]]\)/deb-src\1/p' "$list" >>"$1"
+  done
+  for file in /etc/apt/sources.list.d/*.sources; do
+    [ -f "$file" ] && sed 's/^Types:.*/Types: deb-src/' "$file" >"$2/$(basename "$file")"
+  done
+  return 0
+}
+
+# apt keeps its own settings: the entries and the lists they lead to live in $1.
+fetch_curl_source() {
+  local work=$1
+  mkdir -p "$work/parts" "$work/lists/partial"
+  write_source_entries "$work/sources.list" "$work/parts"
+  local options=(-o "Dir::Etc::sourcelist=$work/sources.list" -o "Dir::Etc::sourceparts=$work/parts"
+                 -o "Dir::State::lists=$work/lists" -o APT::Sandbox::User=root)
+  apt-get "${options[@]}" update && (cd "$work" && apt-get "${options[@]}" source curl)
+}
+
+build_curl() {
+  [ -f "$deps/$triplet/lib/libcurl.a" ] && return 0
+  local work; work=$(mktemp -d "$deps/curl.XXXXXX")
+  say "Fetching libcurl's source"
+  fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
+    || fail "libcurl's source could not be fetched (no network, or no package sources?); see $deps/curl.log."
+  say "Building libcurl for Windows (about a minute)"
+  { cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja \
+      -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_C_COMPILER=$triplet-gcc-posix -DCMAKE_RC_COMPILER=$triplet-windres \
+      -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_C_FLAGS="-ffunction-sections -fdata-sections -fstack-protector-strong" \
+      -DCMAKE_FIND_ROOT_PATH=/usr/$triplet -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY \
+      -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY -DCMAKE_INSTALL_PREFIX="$work/install" \
+      -DCURL_USE_SCHANNEL=ON -DHTTP_ONLY=ON -DBUILD_SHARED_LIBS=OFF -DBUILD_CURL_EXE=OFF -DCURL_ZLIB=OFF \
+      -DUSE_LIBIDN2=OFF -DCURL_USE_LIBSSH2=OFF -DBUILD_TESTING=OFF \
+    && cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
+    || fail "libcurl could not be built; see $deps/curl.log."
+  cp "$work"/curl-*/COPYING "$work/install/COPYING.curl"
+  mv "$work/install" "$deps/$triplet"
+  rm -rf "$work"
+}
+
+# The JSON library is headers only; a copy keeps /usr/include off the cross compiler's path.
+copy_json() {
+  [ -f "$deps/json/nlohmann/json.hpp" ] && return 0
+  mkdir -p "$deps/json"
+  cp -r /usr/include/nlohmann "$deps/json/"
+}
+
+mkdir -p "$deps"
+install_packages
+build_curl
+copy_json
