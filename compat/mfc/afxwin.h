@@ -1,0 +1,200 @@
+// Application object, message maps, windows and dialogs, as MFC documents them.
+#pragma once
+
+#include <afx.h>
+#include <afxstat_.h>
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+class CCmdTarget;
+
+/// What a handler of a message map is called with; which members mean something depends on the message.
+struct AFX_MESSAGE
+{
+    NMHDR* notification;
+    LRESULT* result;
+};
+
+struct AFX_MSGMAP_ENTRY
+{
+    UINT nMessage; ///< WM_COMMAND or WM_NOTIFY; 0 ends the map.
+    UINT nCode;
+    UINT nID;
+    void (*invoke)(CCmdTarget& target, const AFX_MESSAGE& message);
+};
+
+struct AFX_MSGMAP
+{
+    const AFX_MSGMAP* baseMap;
+    const AFX_MSGMAP_ENTRY* entries;
+};
+
+#define DECLARE_MESSAGE_MAP()                                                                                \
+protected:                                                                                                   \
+    static const AFX_MSGMAP* GetThisMessageMap();                                                            \
+    const AFX_MSGMAP* GetMessageMap() const override;
+
+#define BEGIN_MESSAGE_MAP(theClass, baseClass)                                                               \
+    const AFX_MSGMAP* theClass::GetMessageMap() const                                                        \
+    {                                                                                                        \
+        return GetThisMessageMap();                                                                          \
+    }                                                                                                        \
+    const AFX_MSGMAP* theClass::GetThisMessageMap()                                                          \
+    {                                                                                                        \
+        using ThisClass [[maybe_unused]] = theClass;                                                         \
+        using TheBaseClass = baseClass;                                                                      \
+        static const AFX_MSGMAP_ENTRY entries[]                                                              \
+        {
+
+#define ON_COMMAND(id, memberFxn)                                                                            \
+    {WM_COMMAND, BN_CLICKED, static_cast<UINT>(id),                                                          \
+     [](CCmdTarget& target, const AFX_MESSAGE&) { (static_cast<ThisClass&>(target).*(memberFxn))(); }},
+
+#define ON_BN_CLICKED(id, memberFxn) ON_COMMAND(id, memberFxn)
+
+#define ON_NOTIFY(wNotifyCode, id, memberFxn)                                                                \
+    {WM_NOTIFY, static_cast<UINT>(wNotifyCode), static_cast<UINT>(id),                                       \
+     [](CCmdTarget& target, const AFX_MESSAGE& message) {                                                    \
+         (static_cast<ThisClass&>(target).*(memberFxn))(message.notification, message.result);               \
+     }},
+
+#define END_MESSAGE_MAP()                                                                                    \
+    {                                                                                                        \
+        0, 0, 0, nullptr                                                                                     \
+    }                                                                                                        \
+    }                                                                                                        \
+    ;                                                                                                        \
+    static const AFX_MSGMAP map{TheBaseClass::GetThisMessageMap(), entries};                                 \
+    return &map;                                                                                             \
+    }
+
+class CCmdTarget : public CObject
+{
+    DECLARE_DYNAMIC(CCmdTarget)
+
+protected:
+    /// Calls the first handler for the message, in the map of the most derived class that has one.
+    bool RouteMessage(UINT message, UINT code, UINT id, const AFX_MESSAGE& arguments);
+
+    static const AFX_MSGMAP* GetThisMessageMap();
+    virtual const AFX_MSGMAP* GetMessageMap() const;
+};
+
+class CWinApp : public CCmdTarget
+{
+    DECLARE_DYNAMIC(CWinApp)
+
+public:
+    CWinApp();
+
+    virtual BOOL InitInstance();
+    virtual int ExitInstance();
+
+    HICON LoadIcon(UINT nIDResource) const;
+};
+
+CWinApp* AFXAPI AfxGetApp();
+HINSTANCE AFXAPI AfxGetInstanceHandle();
+HINSTANCE AFXAPI AfxGetResourceHandle();
+
+class CDataExchange;
+
+#define MLF_SHOWONIDLE 0x0002
+
+class CWnd : public CCmdTarget
+{
+    DECLARE_DYNAMIC(CWnd)
+
+public:
+    CWnd() = default;
+    ~CWnd() override;
+
+    HWND m_hWnd = nullptr;
+
+    BOOL SubclassWindow(HWND hWnd);
+    virtual BOOL DestroyWindow();
+
+    LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
+    BOOL ShowWindow(int nCmdShow);
+    void UpdateWindow();
+    void Invalidate(BOOL bErase = TRUE);
+    void SetRedraw(BOOL bRedraw = TRUE);
+    void CenterWindow();
+    DWORD GetStyle() const;
+    BOOL ModifyStyleEx(DWORD dwRemove, DWORD dwAdd, UINT nFlags = 0);
+    HICON SetIcon(HICON hIcon, BOOL bBigIcon);
+    void SetWindowText(LPCTSTR lpszString);
+    void SetDlgItemText(int nID, LPCTSTR lpszString);
+
+    BOOL UpdateData(BOOL bSaveAndValidate = TRUE);
+
+    int RunModalLoop(DWORD dwFlags = 0);
+    virtual BOOL ContinueModal();
+    virtual void EndModalLoop(int nResult);
+
+    virtual BOOL PreTranslateMessage(MSG* pMsg);
+
+protected:
+    virtual void DoDataExchange(CDataExchange* pDX);
+    virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pResult);
+    virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
+    virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* pResult);
+
+    bool m_continuesModal = false;
+    int m_modalResult = 0;
+
+private:
+    static CWnd* FindAttached(HWND window);
+    static LRESULT CALLBACK AttachedWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    void Detach();
+
+    WNDPROC m_formerProc = nullptr;
+    CWnd* m_nextAttached = nullptr;
+
+    DECLARE_MESSAGE_MAP()
+};
+
+class CDialog : public CWnd
+{
+    DECLARE_DYNAMIC(CDialog)
+
+public:
+    explicit CDialog(UINT nIDTemplate, CWnd* pParentWnd = nullptr);
+
+    virtual INT_PTR DoModal();
+    void EndDialog(int nResult);
+
+    BOOL PreTranslateMessage(MSG* pMsg) override;
+    virtual BOOL OnInitDialog();
+
+protected:
+    virtual void OnOK();
+    virtual void OnCancel();
+
+private:
+    static INT_PTR CALLBACK DialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+    INT_PTR InitDialog(HWND dialog);
+
+    UINT m_templateId;
+    CWnd* m_parent;
+
+    DECLARE_MESSAGE_MAP()
+};
+
+class CDataExchange
+{
+public:
+    CDataExchange(CWnd* pDlgWnd, BOOL bSaveAndValidate)
+        : m_bSaveAndValidate(bSaveAndValidate), m_pDlgWnd(pDlgWnd)
+    {
+    }
+
+    BOOL m_bSaveAndValidate;
+    CWnd* m_pDlgWnd;
+};
+
+void AFXAPI DDX_Control(CDataExchange* pDX, int nIDC, CWnd& rControl);

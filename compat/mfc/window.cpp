@@ -1,0 +1,187 @@
+#include <afxwin.h>
+
+IMPLEMENT_DYNAMIC(CWnd, CCmdTarget)
+
+BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
+END_MESSAGE_MAP()
+
+namespace {
+
+// The windows of this thread that have an object: a dialog and its controls, so a list is short enough.
+thread_local CWnd* firstAttached = nullptr;
+
+} // namespace
+
+CWnd::~CWnd()
+{
+    DestroyWindow();
+}
+
+BOOL CWnd::SubclassWindow(HWND hWnd)
+{
+    m_hWnd = hWnd;
+    m_nextAttached = firstAttached;
+    firstAttached = this;
+    m_formerProc = reinterpret_cast<WNDPROC>(
+        ::SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(AttachedWindowProc)));
+    return TRUE;
+}
+
+void CWnd::Detach()
+{
+    CWnd** link = &firstAttached;
+    while (*link != this) {
+        link = &(*link)->m_nextAttached;
+    }
+    *link = m_nextAttached;
+    ::SetWindowLongPtrW(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_formerProc));
+    m_hWnd = nullptr;
+    if (m_continuesModal) {
+        // Nothing can end its loop any more. Not to the window, whose messages go with it.
+        m_continuesModal = false;
+        ::PostMessageW(nullptr, WM_NULL, 0, 0);
+    }
+}
+
+CWnd* CWnd::FindAttached(HWND window)
+{
+    CWnd* candidate = firstAttached;
+    while (candidate && candidate->m_hWnd != window) {
+        candidate = candidate->m_nextAttached;
+    }
+    return candidate;
+}
+
+LRESULT CALLBACK CWnd::AttachedWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    // A window procedure is an entry into the module like an export.
+    AFX_MANAGE_STATE(AfxGetStaticModuleState())
+    CWnd* object = FindAttached(window);
+    if (!object) {
+        return ::DefWindowProcW(window, message, wParam, lParam);
+    }
+    const WNDPROC formerProc = object->m_formerProc;
+    if (message == WM_NCDESTROY) {
+        object->Detach();
+        return ::CallWindowProcW(formerProc, window, message, wParam, lParam);
+    }
+    return object->WindowProc(message, wParam, lParam);
+}
+
+LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    LRESULT result = 0;
+    return OnWndMsg(message, wParam, lParam, &result) ? result : DefWindowProc(message, wParam, lParam);
+}
+
+BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pResult)
+{
+    switch (message) {
+    case WM_COMMAND:
+        return OnCommand(wParam, lParam);
+    case WM_NOTIFY:
+        return OnNotify(wParam, lParam, pResult);
+    default:
+        return FALSE;
+    }
+}
+
+LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    return ::CallWindowProcW(m_formerProc, m_hWnd, message, wParam, lParam);
+}
+
+BOOL CWnd::OnCommand(WPARAM wParam, LPARAM lParam)
+{
+    // A menu or an accelerator has no control and no code of its own.
+    const UINT code = lParam ? HIWORD(wParam) : BN_CLICKED;
+    return RouteMessage(WM_COMMAND, code, LOWORD(wParam), {});
+}
+
+BOOL CWnd::OnNotify(WPARAM, LPARAM lParam, LRESULT* pResult)
+{
+    NMHDR* header = reinterpret_cast<NMHDR*>(lParam);
+    return RouteMessage(WM_NOTIFY, header->code, static_cast<UINT>(header->idFrom), {header, pResult});
+}
+
+BOOL CWnd::DestroyWindow()
+{
+    return m_hWnd && ::DestroyWindow(m_hWnd);
+}
+
+LRESULT CWnd::SendMessage(UINT message, WPARAM wParam, LPARAM lParam) const
+{
+    return ::SendMessageW(m_hWnd, message, wParam, lParam);
+}
+
+BOOL CWnd::ShowWindow(int nCmdShow)
+{
+    return ::ShowWindow(m_hWnd, nCmdShow);
+}
+
+void CWnd::UpdateWindow()
+{
+    ::UpdateWindow(m_hWnd);
+}
+
+void CWnd::Invalidate(BOOL bErase)
+{
+    ::InvalidateRect(m_hWnd, nullptr, bErase);
+}
+
+void CWnd::SetRedraw(BOOL bRedraw)
+{
+    SendMessage(WM_SETREDRAW, static_cast<WPARAM>(bRedraw));
+}
+
+// Without an owner, the middle of the monitor's work area.
+void CWnd::CenterWindow()
+{
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    RECT window;
+    if (!::GetMonitorInfoW(::MonitorFromWindow(m_hWnd, MONITOR_DEFAULTTONEAREST), &monitor) ||
+        !::GetWindowRect(m_hWnd, &window)) {
+        return;
+    }
+    const RECT& area = monitor.rcWork;
+    const LONG x = area.left + ((area.right - area.left) - (window.right - window.left)) / 2;
+    const LONG y = area.top + ((area.bottom - area.top) - (window.bottom - window.top)) / 2;
+    ::SetWindowPos(m_hWnd, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+DWORD CWnd::GetStyle() const
+{
+    return static_cast<DWORD>(::GetWindowLongPtrW(m_hWnd, GWL_STYLE));
+}
+
+BOOL CWnd::ModifyStyleEx(DWORD dwRemove, DWORD dwAdd, UINT nFlags)
+{
+    const auto former = static_cast<DWORD>(::GetWindowLongPtrW(m_hWnd, GWL_EXSTYLE));
+    const DWORD style = (former & ~dwRemove) | dwAdd;
+    if (style == former) {
+        return FALSE;
+    }
+    ::SetWindowLongPtrW(m_hWnd, GWL_EXSTYLE, static_cast<LONG_PTR>(style));
+    if (nFlags) {
+        ::SetWindowPos(
+            m_hWnd, nullptr, 0, 0, 0, 0, nFlags | SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    return TRUE;
+}
+
+HICON CWnd::SetIcon(HICON hIcon, BOOL bBigIcon)
+{
+    return reinterpret_cast<HICON>(
+        SendMessage(WM_SETICON, bBigIcon ? ICON_BIG : ICON_SMALL, reinterpret_cast<LPARAM>(hIcon)));
+}
+
+void CWnd::SetWindowText(LPCTSTR lpszString)
+{
+    ::SetWindowTextW(m_hWnd, lpszString);
+}
+
+void CWnd::SetDlgItemText(int nID, LPCTSTR lpszString)
+{
+    ::SetDlgItemTextW(m_hWnd, nID, lpszString);
+}
