@@ -1,0 +1,99 @@
+#include "text/language_file.h"
+
+#include "text/default_texts.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <share.h>
+
+namespace product_services {
+namespace {
+
+struct CloseFile
+{
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+// Meant: the file is opened for writing too, though nothing is written. A file that the user may not
+// write to counts as absent.
+File OpenLanguageFile(const std::wstring& path)
+{
+    return File(_wfsopen(path.c_str(), L"r+b", _SH_DENYNO));
+}
+
+std::string ReadAll(std::FILE* file)
+{
+    std::string bytes;
+    char block[4096];
+    while (const std::size_t count = std::fread(block, 1, sizeof block, file)) {
+        bytes.append(block, count);
+    }
+    return bytes;
+}
+
+void FillFromLines(TextTable& table, std::wstring_view characters)
+{
+    for (TextId id = 0;; ++id) {
+        const std::size_t end = characters.find(L'\n');
+        std::wstring text(characters.substr(0, end));
+        std::replace(text.begin(), text.end(), L'|', L'\n');
+        table.Set(id, std::move(text));
+        if (end == characters.npos) {
+            return;
+        }
+        characters.remove_prefix(end + 1);
+    }
+}
+
+bool IsHighSurrogate(wchar_t unit)
+{
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+bool IsLowSurrogate(wchar_t unit)
+{
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+} // namespace
+
+std::wstring LanguageFilePath(const std::wstring& languageCode)
+{
+    return L"lang\\" + languageCode + L"\\Vemo_" + languageCode + L".lang";
+}
+
+void LoadLanguageFile(TextTable& table, const std::wstring& path)
+{
+    const File file = OpenLanguageFile(path);
+    if (!file) {
+        FillDefaultTexts(table);
+        return;
+    }
+    FillFromLines(table, DecodeUtf16(ReadAll(file.get())));
+}
+
+// The standard library's decoder for UTF-16 refuses every surrogate pair where wchar_t has 16 bits.
+std::wstring DecodeUtf16(std::string_view bytes)
+{
+    std::wstring characters;
+    characters.reserve(bytes.size() / 2);
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        const auto low = static_cast<unsigned char>(bytes[i]);
+        const auto high = static_cast<unsigned char>(bytes[i + 1]);
+        characters.push_back(static_cast<wchar_t>(low | high << 8));
+    }
+    for (std::size_t i = 0; i < characters.size(); ++i) {
+        const bool isPair =
+            IsHighSurrogate(characters[i]) && i + 1 < characters.size() && IsLowSurrogate(characters[i + 1]);
+        if (isPair) {
+            ++i;
+        } else if (IsHighSurrogate(characters[i]) || IsLowSurrogate(characters[i])) {
+            characters.resize(i);
+        }
+    }
+    return characters;
+}
+
+} // namespace product_services
