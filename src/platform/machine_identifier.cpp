@@ -1,0 +1,72 @@
+#include "platform/machine_identifier.h"
+
+#include "platform/registry.h"
+
+#include <array>
+#include <windows.h>
+
+#include <bcrypt.h>
+
+namespace product_services {
+namespace {
+
+constexpr wchar_t HashedPrefix[] = L"ProductServices machine identifier\n";
+
+using Sha256Digest = std::array<unsigned char, 32>;
+
+std::wstring ComputerName()
+{
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
+    DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
+    return GetComputerNameW(name, &length) ? std::wstring(name, length) : std::wstring();
+}
+
+std::wstring MachineName()
+{
+    if (const RegistryKey key = OpenRegistryKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography")) {
+        if (const auto guid = ReadRegistryText(key.get(), L"MachineGuid"); guid && !guid->empty()) {
+            return *guid;
+        }
+    }
+    return ComputerName();
+}
+
+bool Sha256(std::wstring text, Sha256Digest& digest)
+{
+    BCRYPT_ALG_HANDLE algorithm = nullptr;
+    if (BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0) < 0) {
+        return false;
+    }
+    const NTSTATUS status = BCryptHash(
+        algorithm, nullptr, 0, reinterpret_cast<PUCHAR>(text.data()),
+        static_cast<ULONG>(text.size() * sizeof(wchar_t)), digest.data(), static_cast<ULONG>(digest.size()));
+    BCryptCloseAlgorithmProvider(algorithm, 0);
+    return status >= 0;
+}
+
+std::wstring Hexadecimal(const Sha256Digest& digest)
+{
+    constexpr wchar_t Digits[] = L"0123456789abcdef";
+    std::wstring text;
+    for (const unsigned char byte : digest) {
+        text += Digits[byte >> 4];
+        text += Digits[byte & 0xF];
+    }
+    return text;
+}
+
+std::wstring ComputeMachineIdentifier()
+{
+    Sha256Digest digest;
+    return Sha256(HashedPrefix + MachineName(), digest) ? Hexadecimal(digest) : std::wstring();
+}
+
+} // namespace
+
+std::wstring MachineIdentifier()
+{
+    static const std::wstring identifier = ComputeMachineIdentifier();
+    return identifier;
+}
+
+} // namespace product_services
