@@ -1,0 +1,39 @@
+#include <afxwin.h>
+
+#include "ui/background_bitmap.h"
+
+#include "ui/resource.h"
+
+#include "product_family.h"
+
+#include <iterator>
+
+namespace product_services {
+namespace {
+
+// In the order of KnownApiKeys. Meant: three product lines share one picture.
+constexpr int KnownBackgrounds[]{IDB_BACKGROUND_332, IDB_BACKGROUND_333,  IDB_BACKGROUND_333,
+                                 IDB_BACKGROUND_333, IDB_BACKGROUND_1077, IDB_BACKGROUND_335};
+static_assert(std::size(KnownBackgrounds) == std::size(product_family::KnownApiKeys));
+
+int BackgroundId(const std::wstring& apiKey)
+{
+    for (std::size_t i = 0; i < std::size(KnownBackgrounds); ++i) {
+        if (apiKey == product_family::KnownApiKeys[i]) {
+            return KnownBackgrounds[i];
+        }
+    }
+    return IDB_BACKGROUND_343;
+}
+
+} // namespace
+
+HBITMAP BackgroundBitmapForProduct(const std::wstring& apiKey)
+{
+    if (apiKey.empty()) {
+        return nullptr;
+    }
+    return LoadBitmapW(AfxGetResourceHandle(), MAKEINTRESOURCEW(BackgroundId(apiKey)));
+}
+
+} // namespace product_services
