@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Renders the SVG sources in this folder to the family's bitmaps and icon, one
+# folder up. The outputs are kept with the sources: the build itself only reads them.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+
+fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
+
+require() { command -v "$1" >/dev/null || fail "The artwork needs $1; install the package $2."; }
+require rsvg-convert librsvg2-bin
+require python3 python3
+
+# Paper, panel and contour lines are the family look: the same in every picture,
+# coloured by the `color` of the picture's root element alone.
+frame() { sed -n '/<g id="frame">/,/^  <\/g>/p' "$1"; }
+
+rendered=$(mktemp -d)
+trap 'rm -rf "$rendered"' EXIT
+
+for picture in background_*.svg; do
+  [ "$(frame "$picture")" = "$(frame background_343.svg)" ] \
+    || fail "The frame in $picture differs from the one in background_343.svg."
+  rsvg-convert "$picture" -o "$rendered/picture.png"
+  python3 pack.py bmp "../${picture%.svg}.bmp" "$rendered/picture.png"
+done
+
+layers=()
+for size in 16 24 32 48 64 96 128 256; do
+  source=icon.svg
+  [ "$size" -ge 32 ] || source=icon_small.svg
+  rsvg-convert --width "$size" --height "$size" "$source" -o "$rendered/icon_$size.png"
+  layers+=("$rendered/icon_$size.png")
+done
+python3 pack.py ico ../library.ico "${layers[@]}"
