@@ -1,0 +1,69 @@
+#include "unattended_user.h"
+
+#include <automation.h>
+
+#include <atomic>
+#include <cstdio>
+#include <set>
+#include <thread>
+
+namespace {
+
+constexpr int OfferListId = 1031;
+constexpr int HeadingId = 1021;
+
+void BuyOrLeave(HWND center, HWND list, int buys)
+{
+    PrintLine(L"upgrade center: " + automation::ControlText(center, HeadingId));
+    for (const auto& row : automation::ListRows(list, 2)) {
+        PrintLine(L"  offer: " + row[0] + L" " + row[1]);
+    }
+    const int button = buys > 0 ? IDOK : IDCANCEL;
+    if (buys > 0) {
+        automation::SelectRow(list, buys - 1);
+    }
+    PrintLine(L"  pressing: " + automation::ControlText(center, button));
+    automation::Press(center, button);
+}
+
+void Answer(HWND dialog, int buys)
+{
+    if (HWND list = GetDlgItem(dialog, OfferListId)) {
+        BuyOrLeave(dialog, list, buys);
+        return;
+    }
+    PrintLine(
+        L"message box \"" + automation::WindowText(dialog) + L"\": " + automation::MessageBoxText(dialog));
+    automation::Press(dialog, IDOK);
+}
+
+} // namespace
+
+void WithUnattendedUser(int buys, const std::function<void()>& work)
+{
+    std::atomic<bool> isDone = false;
+    std::thread user([&, threadId = GetCurrentThreadId()] {
+        std::set<HWND> answered;
+        while (!isDone) {
+            for (HWND dialog : automation::VisibleDialogs(threadId)) {
+                if (answered.insert(dialog).second) {
+                    Answer(dialog, buys);
+                }
+            }
+            Sleep(20);
+        }
+    });
+    work();
+    isDone = true;
+    user.join();
+}
+
+void PrintLine(const std::wstring& line)
+{
+    const int size = static_cast<int>(line.size());
+    const int length = WideCharToMultiByte(CP_UTF8, 0, line.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string utf8(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, line.data(), size, utf8.data(), length, nullptr, nullptr);
+    std::printf("%s\n", utf8.c_str());
+    std::fflush(stdout);
+}

@@ -1,0 +1,36 @@
+// Reads and works the windows of this process from a second thread, as a user would.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+#include <windows.h>
+
+namespace automation {
+
+/// Calls `condition` until it holds or `timeoutMs` is over; says whether it held.
+bool WaitFor(const std::function<bool()>& condition, DWORD timeoutMs = 15000);
+
+/// The visible dialogs (message boxes too) of a thread, in z-order.
+std::vector<HWND> VisibleDialogs(DWORD threadId);
+
+/// Waits for a visible dialog of the thread; null where none came up in time.
+HWND WaitForDialog(DWORD threadId, DWORD timeoutMs = 15000);
+
+/// The text of a window of this process, whatever thread made it.
+std::wstring WindowText(HWND window);
+
+std::wstring ControlText(HWND dialog, int id);
+
+/// The text of a message box, without its caption and buttons.
+std::wstring MessageBoxText(HWND box);
+
+/// The rows of a list view in report view, each with `columns` texts.
+std::vector<std::vector<std::wstring>> ListRows(HWND list, int columns);
+
+void SelectRow(HWND list, int row);
+
+/// Presses a button as a click does; returns at once.
+void Press(HWND dialog, int id);
+
+} // namespace automation
