@@ -1,11 +1,15 @@
 #!/usr/bin/env bash
-# Builds the library and shows it at work: a real update check over HTTPS against the development
-# service, with the sample host under Wine.
+# Builds the library and shows it at work with the sample host under Wine, against the development service on
+# loopback: update checks and the upgrade center, on a display of its own, with screenshots in build/.
+# With --interactive it opens the sample host on your display instead, until you close it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . tools/lib/say.sh
 . tools/lib/wine.sh
 . tools/lib/sample.sh
+
+readonly host=build/mingw/bin/SampleHost.exe
+readonly opened=$PWD/build/opened-addresses.txt
 
 clean_up() {
   stop_service
@@ -13,13 +17,72 @@ clean_up() {
   stop_display
 }
 
+run_host() { (cd samples && wine_run "../$host" "$@") >build/run.log 2>&1; }
+
+print_host_output() { sed 's/\r$//; s/^/    /' build/run.log; }
+
 # show SENTENCE ARGUMENT...: says what is tried, runs the sample host, prints what it printed.
 show() {
   say "$1"
-  shift
-  wine_run build/mingw/bin/SampleHost.exe "$@" --unattended >build/run.log 2>&1 || fail "The sample host failed: $(cat build/run.log)"
-  sed 's/\r$//; s/^/    /' build/run.log
+  run_host "${@:2}" --unattended || fail "The sample host failed: $(cat build/run.log)"
+  print_host_output
 }
+
+# show_window SENTENCE TITLE PICTURE ARGUMENT...: as show, and keeps a picture of the window with that title.
+show_window() {
+  say "$1"
+  run_host "${@:4}" --unattended --look 2500 &
+  local host_pid=$! window
+  window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$2\$" | head -n 1) || fail "No window came up."
+  sleep 1 # for the last control to paint itself
+  import -window "$window" "$3"
+  wait "$host_pid" || fail "The sample host failed: $(cat build/run.log)"
+  print_host_output
+  printf '    picture: %s\n' "$3"
+}
+
+show_checks() {
+  show "A product that has a newer release" check --version 2026.1
+  show "The same product when nothing newer exists" check --version 2026.2
+  show "A product without a stored record" check --product "Example Unknown"
+}
+
+show_upgrades() {
+  rm -f "$opened"
+  export OPENED_ADDRESSES=$opened
+  show_window "The upgrade center; the second offer is bought" "Example Draft - Upgrade center" \
+    build/upgrade-center.png upgrade --buy 2
+  for _ in $(seq 50); do [ -s "$opened" ] && break; sleep 0.1; done
+  printf '    the browser was given: %s\n' "$(cat "$opened")"
+  show_window "The same in German, left with Exit" "Example Draft - Upgrade-Center" \
+    build/upgrade-center-de.png upgrade --language 140
+}
+
+run_unattended() {
+  start_display
+  prepare_wine_prefix
+  start_wine_services
+  register_products
+  PATH=$PWD/tests/support/bin:$PATH
+  show_checks
+  show_upgrades
+  say "What the service was asked"
+  sed -n 's/^POST/    POST/p' build/service.log
+}
+
+run_interactive() {
+  [ -n "${DISPLAY:-}" ] || fail "There is no display here; run ./run.sh without --interactive."
+  prepare_wine_prefix
+  register_products
+  say "The sample host is open; its Help menu calls the library. Close it to end."
+  run_host || fail "The sample host failed: $(cat build/run.log)"
+}
+
+case "${1:-}" in
+  '') mode=run_unattended ;;
+  --interactive) mode=run_interactive ;;
+  *) fail "usage: ./run.sh [--interactive]" ;;
+esac
 
 ./setup.sh
 say "Building (a minute or two the first time)"
@@ -27,15 +90,5 @@ say "Building (a minute or two the first time)"
   || fail "The build failed; see build/build.log."
 
 trap clean_up EXIT
-start_display
-prepare_wine_prefix
-start_wine_services
 start_service build/service.log
-register_product 2026.1
-register_product 2026.2
-
-show "A product that has a newer release" check --version 2026.1
-show "The same product when nothing newer exists" check --version 2026.2
-show "A product without a stored record" check --product "Example Unknown"
-say "What the service was asked"
-sed -n 's/^POST/    POST/p' build/service.log
+$mode

@@ -1,4 +1,5 @@
 // A host application as small as one can be: its command line and its window call the library.
+#include "main_window.h"
 #include "options.h"
 #include "product_call.h"
 #include "unattended_user.h"
@@ -14,7 +15,7 @@ int RunCommand(const Options& options)
     std::wstring outcome;
     const auto work = [&] { outcome = CallAndDescribe(call, options); };
     if (options.isUnattended) {
-        WithUnattendedUser(options.buys, work);
+        WithUnattendedUser({options.buys, options.looksMs}, work);
     } else {
         work();
     }
@@ -27,9 +28,9 @@ int RunCommand(const Options& options)
 int wmain(int argc, wchar_t** argv)
 {
     const auto options = ReadOptions({argv + 1, argv + argc});
-    if (!options || options->command.empty()) {
+    if (!options) {
         std::fputws(Usage, stderr);
         return 2;
     }
-    return RunCommand(*options);
+    return options->command.empty() ? RunMainWindow(*options) : RunCommand(*options);
 }

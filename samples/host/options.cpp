@@ -1,7 +1,7 @@
 #include "options.h"
 
 const wchar_t Usage[] =
-    L"SampleHost                 opens the sample host's window\n"
+    L"SampleHost         ...     opens the sample host's window\n"
     L"SampleHost check   ...     calls CheckForUpdates and prints the outcome\n"
     L"SampleHost upgrade ...     calls Upgrade and prints the outcome\n"
     L"\n"
@@ -11,7 +11,8 @@ const wchar_t Usage[] =
     L"  --language ID            120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,\n"
     L"                           220 TW, 230 ZH (120)\n"
     L"  --unattended             press the buttons of what the library shows, and print what it says\n"
-    L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n";
+    L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n"
+    L"  --look MS                look at a window for so long before pressing when unattended (0)\n";
 
 namespace {
 
@@ -38,6 +39,8 @@ bool ReadValue(Options& options, const std::wstring& name, const std::wstring& v
         return ReadNumber(value, options.languageId);
     } else if (name == L"--buy") {
         return ReadNumber(value, options.buys);
+    } else if (name == L"--look") {
+        return ReadNumber(value, options.looksMs);
     } else {
         return false;
     }

@@ -16,6 +16,8 @@ struct Options
     bool isUnattended = false;
     /// The offer that an unattended run buys, counted from 1; 0 leaves the upgrade center.
     int buys = 0;
+    /// How long an unattended run looks at a window before it presses a button.
+    int looksMs = 0;
 };
 
 extern const wchar_t Usage[];

@@ -12,42 +12,44 @@ namespace {
 constexpr int OfferListId = 1031;
 constexpr int HeadingId = 1021;
 
-void BuyOrLeave(HWND center, HWND list, int buys)
+void BuyOrLeave(HWND center, HWND list, const UnattendedUser& user)
 {
     PrintLine(L"upgrade center: " + automation::ControlText(center, HeadingId));
     for (const auto& row : automation::ListRows(list, 2)) {
         PrintLine(L"  offer: " + row[0] + L" " + row[1]);
     }
-    const int button = buys > 0 ? IDOK : IDCANCEL;
-    if (buys > 0) {
-        automation::SelectRow(list, buys - 1);
+    const int button = user.buys > 0 ? IDOK : IDCANCEL;
+    if (user.buys > 0) {
+        automation::SelectRow(list, user.buys - 1);
     }
+    Sleep(static_cast<DWORD>(user.looksMs));
     PrintLine(L"  pressing: " + automation::ControlText(center, button));
     automation::Press(center, button);
 }
 
-void Answer(HWND dialog, int buys)
+void Answer(HWND dialog, const UnattendedUser& user)
 {
     if (HWND list = GetDlgItem(dialog, OfferListId)) {
-        BuyOrLeave(dialog, list, buys);
+        BuyOrLeave(dialog, list, user);
         return;
     }
     PrintLine(
         L"message box \"" + automation::WindowText(dialog) + L"\": " + automation::MessageBoxText(dialog));
+    Sleep(static_cast<DWORD>(user.looksMs));
     automation::Press(dialog, IDOK);
 }
 
 } // namespace
 
-void WithUnattendedUser(int buys, const std::function<void()>& work)
+void WithUnattendedUser(const UnattendedUser& user, const std::function<void()>& work)
 {
     std::atomic<bool> isDone = false;
-    std::thread user([&, threadId = GetCurrentThreadId()] {
+    std::thread thread([&, threadId = GetCurrentThreadId()] {
         std::set<HWND> answered;
         while (!isDone) {
             for (HWND dialog : automation::VisibleDialogs(threadId)) {
                 if (answered.insert(dialog).second) {
-                    Answer(dialog, buys);
+                    Answer(dialog, user);
                 }
             }
             Sleep(20);
@@ -55,7 +57,7 @@ void WithUnattendedUser(int buys, const std::function<void()>& work)
     });
     work();
     isDone = true;
-    user.join();
+    thread.join();
 }
 
 void PrintLine(const std::wstring& line)

@@ -96,6 +96,8 @@ std::vector<std::vector<std::wstring>> ListRows(HWND list, int columns)
 
 void SelectRow(HWND list, int row)
 {
+    // The list takes the focus as under a click, so that the selection is seen.
+    SendMessageW(GetParent(list), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list), TRUE);
     LVITEMW item{};
     item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
     item.state = item.stateMask;

@@ -10,6 +10,11 @@ register_product() {
     || fail "The sample product's record could not be written."
 }
 
+register_products() {
+  register_product 2026.1
+  register_product 2026.2
+}
+
 # Starts the development service and waits until it is ready; sets service_pid. $1: its log.
 start_service() {
   python3 tools/product_service.py --port "$service_port" >"$1" 2>&1 &
