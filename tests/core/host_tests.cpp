@@ -1,0 +1,204 @@
+#include <afxwin.h>
+
+#include "host/current_call.h"
+#include "host/host_call_scope.h"
+#include "host/installed_product.h"
+#include "host/report_result.h"
+#include "platform/product_record.h"
+#include "support/product_record_fixture.h"
+#include "text/default_texts.h"
+
+#include <gtest/gtest.h>
+#include <thread>
+
+using namespace product_services;
+
+namespace {
+
+// A host's record with a buffer, all of its outputs and reserved members marked.
+struct MarkedContext
+{
+    wchar_t text[512] = L"untouched";
+    wchar_t reserved[3][16] = {L"r1", L"r2", L"r3"};
+    HostContext context{L"Product", L"1.0", L"api",      120,         reserved[0],
+                        77,         text,   reserved[1], reserved[2], 12345};
+
+    bool ReservedIsUntouched() const
+    {
+        return context.reserved1 == reserved[0] && context.reserved2 == reserved[1] &&
+               context.reserved3 == reserved[2] && context.reserved4 == 12345 &&
+               !wcscmp(reserved[0], L"r1") && !wcscmp(reserved[1], L"r2") && !wcscmp(reserved[2], L"r3");
+    }
+};
+
+std::pair<std::wstring, std::wstring> LoadMembers(const std::wstring& product, const std::wstring& version)
+{
+    ProductRecord record(FindProductRecord(product, version));
+    EXPECT_TRUE(record.Load());
+    return {record.Read(L"key"), record.Read(L"version")};
+}
+
+} // namespace
+
+TEST(ReportResult, WritesCodeAndMessageOfEveryCodeButSuccess)
+{
+    TextTable texts;
+    FillDefaultTexts(texts);
+    texts.Set(77, L"seventy-seven");
+    CurrentTextTable = &texts;
+    const std::pair<std::uint32_t, std::wstring> messages[]{
+        {0, L"seventy-seven"},
+        {400, L"An unknown error occurred."},
+        {503, L"No internet found!"},
+        {504, L"Unable to reach server!"},
+        {540, L"User chose to quit!"},
+        {920, L"No upgrades found!"},
+        {930, L"Browser opened, continue running!"},
+        {940, L"For upgrade center to appear, you need a stable internet connection!"},
+        {950, L"No data of the installed product was found."},
+        {123, L""},
+        {201, L""},
+        {0xFFFFFFFF, L""},
+    };
+    MarkedContext host;
+    CurrentHostContext = &host.context;
+    for (const auto& [code, message] : messages) {
+        ReportResult(code);
+        EXPECT_EQ(host.context.resultCode, code);
+        EXPECT_EQ(host.text, message);
+        ReportResult(200);
+        EXPECT_EQ(host.context.resultCode, code) << "200 changes nothing";
+        EXPECT_EQ(host.text, message) << "200 changes nothing";
+    }
+    EXPECT_TRUE(host.ReservedIsUntouched());
+
+    host.context.resultText = nullptr;
+    ReportResult(950);
+    EXPECT_EQ(host.context.resultCode, 950u) << "a host that wants no text";
+}
+
+TEST(HostCallScope, BringsTheFormerModuleStateBackOnEveryWayOut)
+{
+    AFX_MODULE_STATE ofTheHost;
+    AFX_MANAGE_STATE(&ofTheHost)
+    MarkedContext host;
+    {
+        HostCallScope call(&host.context);
+        EXPECT_EQ(AfxGetModuleState(), AfxGetStaticModuleState());
+        EXPECT_EQ(CurrentHostContext, &host.context);
+    }
+    EXPECT_EQ(AfxGetModuleState(), &ofTheHost);
+    EXPECT_THROW(
+        {
+            HostCallScope call(&host.context);
+            throw std::runtime_error("leaves the call");
+        },
+        std::runtime_error);
+    EXPECT_EQ(AfxGetModuleState(), &ofTheHost);
+    EXPECT_EQ(CurrentHostContext, &host.context) << "stays after the call";
+    EXPECT_EQ(host.context.resultCode, 77u);
+    EXPECT_STREQ(host.text, L"untouched");
+}
+
+TEST(HostCallScope, KeepsTheFirstProductAndReadsItAnew)
+{
+    ProductRecords records;
+    records.Write(L"First", L"1", L"key of first", L"1.0");
+    records.Write(L"Second", L"2", L"key of second", L"2.0");
+    MarkedContext host;
+    host.context.productName = L"First";
+    host.context.productVersion = L"1";
+    HostCallScope first(&host.context);
+    EXPECT_TRUE(first.RequireRecord());
+
+    host.context.productName = L"Second";
+    host.context.productVersion = L"2";
+    records.Write(L"First", L"1", L"new key", L"1.5");
+    HostCallScope second(&host.context);
+    EXPECT_TRUE(second.RequireRecord());
+    EXPECT_EQ(second.Record().Read(L"key"), L"new key");
+    EXPECT_EQ(second.Record().Read(L"version"), L"1.5");
+    EXPECT_EQ(second.Record().Read(L"something else"), L"");
+    EXPECT_STREQ(host.text, L"untouched");
+}
+
+TEST(HostCallScope, KeepsAnUnknownFirstProduct)
+{
+    ProductRecords records;
+    MarkedContext host;
+    host.context.productName = nullptr;
+    host.context.productVersion = nullptr;
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_FALSE(HostCallScope(&host.context).RequireRecord());
+    const ULONGLONG taken = GetTickCount64() - start;
+    EXPECT_GE(taken, 740u) << "five pauses of 150 ms";
+    EXPECT_LT(taken, 1500u);
+    EXPECT_EQ(host.context.resultCode, 950u);
+    EXPECT_TRUE(host.ReservedIsUntouched());
+
+    records.Write(L"Product", L"1.0", L"key", L"1");
+    host.context.productName = L"Product";
+    host.context.productVersion = L"1.0";
+    EXPECT_FALSE(HostCallScope(&host.context).RequireRecord());
+}
+
+TEST(LoadProductRecord, SucceedsAsSoonAsTheRecordIsThere)
+{
+    ProductRecords records;
+    records.Write(L"Product", L"1.0", L"key", L"1");
+    ProductRecord record(FindProductRecord(L"Product", L"1.0"));
+    records.Remove(L"Product", L"1.0");
+    std::thread installer([&] {
+        Sleep(200);
+        records.Write(L"Product", L"1.0", L"repaired", L"1");
+    });
+    EXPECT_TRUE(LoadProductRecord(record));
+    installer.join();
+    EXPECT_EQ(record.Read(L"key"), L"repaired");
+}
+
+TEST(ProductRecord, OfTheUserComesBeforeThatOfTheMachine)
+{
+    ProductRecords records;
+    records.Write(L"Both", L"1", L"machine's", L"1", HKEY_LOCAL_MACHINE);
+    EXPECT_EQ(LoadMembers(L"Both", L"1").first, L"machine's");
+    records.Write(L"Both", L"1", L"user's", L"2");
+    EXPECT_EQ(LoadMembers(L"Both", L"1"), std::make_pair(std::wstring(L"user's"), std::wstring(L"2")));
+    for (const auto& [product, version] : std::vector<std::pair<std::wstring, std::wstring>>{
+             {L"", L"1"},
+             {L"Both", L""},
+             {L"Both\\1", L"1"},
+             {L"Both", L"1\\"},
+             {L"Both", L"2"},
+             {std::wstring(300, L'x'), L"1"}}) {
+        EXPECT_TRUE(FindProductRecord(product, version).IsEmpty());
+    }
+}
+
+TEST(ProductRecord, ReadsOnlyTextsAndEveryTextSafely)
+{
+    ProductRecords records;
+    struct Case
+    {
+        const char* name;
+        DWORD type;
+        std::vector<std::uint8_t> data;
+        std::wstring text;
+    };
+    const Case cases[]{
+        {"unterminated", REG_SZ, ProductRecords::Bytes(L"abc"), L"abc"},
+        {"empty", REG_SZ, ProductRecords::Bytes(std::wstring(1, L'\0')), L""},
+        {"no data", REG_SZ, {}, L""},
+        {"odd length", REG_SZ, {'a', 0, 'b'}, L"ab"},
+        {"text after its end", REG_SZ, ProductRecords::Bytes(std::wstring(L"ab\0cd\0", 6)), L"ab"},
+        {"long", REG_SZ, ProductRecords::Bytes(std::wstring(20000, L'k')), std::wstring(20000, L'k')},
+        {"number", REG_DWORD, {1, 2, 3, 4}, L""},
+        {"bytes", REG_BINARY, ProductRecords::Bytes(L"abc"), L""},
+        {"several texts", REG_MULTI_SZ, ProductRecords::Bytes(std::wstring(L"a\0b\0\0", 5)), L""},
+    };
+    for (const Case& test : cases) {
+        records.WriteValue(L"Odd", L"1", L"key", test.type, test.data);
+        EXPECT_EQ(LoadMembers(L"Odd", L"1").first, test.text) << test.name;
+    }
+    EXPECT_EQ(LoadMembers(L"Odd", L"1").second, L"") << "missing";
+}

@@ -1,0 +1,146 @@
+#include "support/loopback_server.h"
+
+#include <stdexcept>
+#include <ws2tcpip.h>
+
+namespace {
+
+constexpr unsigned short Port = 18444;
+
+std::size_t ContentLength(const std::string& head)
+{
+    const std::size_t at = head.find("Content-Length: ");
+    return at == head.npos ? 0 : std::stoul(head.substr(at + 16));
+}
+
+std::string ReceiveRequest(SOCKET connection)
+{
+    std::string request;
+    char block[4096];
+    for (;;) {
+        const std::size_t end = request.find("\r\n\r\n");
+        if (end != request.npos && request.size() >= end + 4 + ContentLength(request)) {
+            return request;
+        }
+        const int count = recv(connection, block, sizeof block, 0);
+        if (count <= 0) {
+            return {};
+        }
+        request.append(block, static_cast<std::size_t>(count));
+    }
+}
+
+void SendAll(SOCKET connection, const std::string& bytes)
+{
+    for (std::size_t sent = 0; sent < bytes.size();) {
+        const int count = send(connection, bytes.data() + sent, static_cast<int>(bytes.size() - sent), 0);
+        if (count <= 0) {
+            return;
+        }
+        sent += static_cast<std::size_t>(count);
+    }
+}
+
+void Close(SOCKET connection, bool resets)
+{
+    if (resets) {
+        const linger atOnce{1, 0};
+        setsockopt(connection, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&atOnce), sizeof atOnce);
+    } else {
+        shutdown(connection, SD_SEND);
+        char rest[256];
+        while (recv(connection, rest, sizeof rest, 0) > 0) {
+        }
+    }
+    closesocket(connection);
+}
+
+} // namespace
+
+Reply Reply::Http(const std::string& body, const std::string& statusLine)
+{
+    return {
+        {"HTTP/1.1 " + statusLine +
+         "\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body}};
+}
+
+LoopbackServer::LoopbackServer()
+{
+    WSADATA data;
+    WSAStartup(MAKEWORD(2, 2), &data);
+    m_replies["/check.php"] = Reply::Http("1");
+
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(Port);
+    m_listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    const BOOL reuse = TRUE;
+    setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
+    if (bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+        listen(m_listener, 16) != 0) {
+        throw std::runtime_error("port 18444 is in use");
+    }
+    m_thread = std::thread([this] { Run(); });
+}
+
+LoopbackServer::~LoopbackServer()
+{
+    m_isStopping = true;
+    shutdown(m_listener, SD_BOTH);
+    closesocket(m_listener);
+    m_thread.join();
+    WSACleanup();
+}
+
+void LoopbackServer::Answer(const std::string& path, Reply reply)
+{
+    const std::lock_guard lock(m_mutex);
+    m_replies[path] = std::move(reply);
+}
+
+std::vector<std::string> LoopbackServer::Requests() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_requests;
+}
+
+std::string LoopbackServer::LastRequest() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_lastRequest;
+}
+
+void LoopbackServer::Run()
+{
+    while (!m_isStopping) {
+        fd_set readable;
+        FD_ZERO(&readable);
+        FD_SET(m_listener, &readable);
+        timeval poll{0, 20'000};
+        if (select(0, &readable, nullptr, nullptr, &poll) > 0) {
+            const SOCKET connection = accept(m_listener, nullptr, nullptr);
+            if (connection != INVALID_SOCKET) {
+                Serve(connection);
+            }
+        }
+    }
+}
+
+void LoopbackServer::Serve(SOCKET connection)
+{
+    const std::string request = ReceiveRequest(connection);
+    Reply reply;
+    if (const std::size_t start = request.find(' '); start != request.npos) {
+        const std::string path = request.substr(start + 1, request.find(' ', start + 1) - start - 1);
+        const std::lock_guard lock(m_mutex);
+        m_lastRequest = request;
+        m_requests.push_back(path + " " + request.substr(request.find("\r\n\r\n") + 4));
+        reply = m_replies[path];
+    }
+    for (const std::string& piece : reply.pieces) {
+        SendAll(connection, piece);
+        std::this_thread::sleep_for(reply.pauseBetweenPieces);
+    }
+    Close(connection, reply.resets);
+}
