@@ -22,7 +22,9 @@ function(add_product_services_library target name header_dir picture_dir)
             APPEND PROPERTY OBJECT_DEPENDS "${picture_dir}/${picture}")
     endforeach()
     if(MINGW)
-        target_sources(${target} PRIVATE "${CMAKE_SOURCE_DIR}/compat/mfc/dll_main.cpp")
+        target_sources(${target} PRIVATE
+            "${CMAKE_SOURCE_DIR}/compat/mfc/dll_main.cpp"
+            "${CMAKE_SOURCE_DIR}/src/platform/mingw_terminate.cpp")
         separate_debug_symbols(${target})
     endif()
 endfunction()
