@@ -23,19 +23,18 @@ CDialog::CDialog(UINT nIDTemplate, CWnd* pParentWnd) : m_templateId(nIDTemplate)
 INT_PTR CDialog::DoModal()
 {
     const HWND parent = m_parent ? m_parent->m_hWnd : nullptr;
-    m_continuesModal = true;
-    m_modalResult = -1;
-    if (!::CreateDialogParamW(
-            AfxGetResourceHandle(), MAKEINTRESOURCEW(m_templateId), parent, DialogProc,
-            reinterpret_cast<LPARAM>(this))) {
-        return -1;
-    }
     const bool disablesParent = parent && ::IsWindowEnabled(parent);
     if (disablesParent) {
         ::EnableWindow(parent, FALSE);
     }
-    RunModalLoop(MLF_SHOWONIDLE);
-    // First, so that activation goes back to the parent and not to another application.
+    m_continuesModal = true;
+    m_modalResult = -1;
+    if (::CreateDialogParamW(
+            AfxGetResourceHandle(), MAKEINTRESOURCEW(m_templateId), parent, DialogProc,
+            reinterpret_cast<LPARAM>(this))) {
+        RunModalLoop(MLF_SHOWONIDLE);
+    }
+    // Before the dialog goes, so that activation returns to the parent and not to another application.
     if (disablesParent) {
         ::EnableWindow(parent, TRUE);
     }

@@ -1,6 +1,5 @@
 #include "scripted_dialog.h"
-
-extern "C" void* NTAPI RtlGetCurrentPeb();
+#include "support/resource_counts.h"
 
 namespace {
 
@@ -32,22 +31,6 @@ COLORREF PaintedAt(const CWnd& window, int x, int y)
     const COLORREF colour = GetPixel(dc, x, y);
     ReleaseDC(window.m_hWnd, dc);
     return colour;
-}
-
-// Wine 8's GetGuiResources counts nothing, so this counts the entries with a type in the process's handle
-// table.
-int GdiObjects()
-{
-    constexpr std::size_t TableOffset = 0xF8;
-    constexpr std::size_t EntrySize = 24;
-    constexpr std::size_t TypeOffset = 14;
-    const char* table =
-        *reinterpret_cast<const char* const*>(static_cast<const char*>(RtlGetCurrentPeb()) + TableOffset);
-    int count = 0;
-    for (std::size_t index = 0; index < 0x10000; ++index) {
-        count += table[index * EntrySize + TypeOffset] != 0;
-    }
-    return count;
 }
 
 } // namespace
@@ -105,10 +88,10 @@ TEST(BackgroundImage, LeavesNoGdiObjectBehind)
         }
     };
     run(5);
-    const int before = GdiObjects();
+    const int before = CountGdiObjects();
     HBITMAP leak = MakePicture();
-    ASSERT_EQ(GdiObjects(), before + 1) << "the count sees a leak";
+    ASSERT_EQ(CountGdiObjects(), before + 1) << "the count sees a leak";
     DeleteObject(leak);
     run(200);
-    EXPECT_LE(GdiObjects(), before);
+    EXPECT_LE(CountGdiObjects(), before);
 }

@@ -27,6 +27,7 @@ public:
     std::function<void()> atStart;             ///< In OnInitDialog.
     std::function<void(WPARAM number)> atStep; ///< At each WM_STEP.
     std::function<void()> onceShown;           ///< After the loop has shown the window; then IDOK ends it.
+    std::function<void()> atEnd;               ///< At WM_DESTROY.
     int timesShown = 0;
     std::atomic<bool> loopTakesMessages = false; ///< After the window was shown.
 
@@ -53,6 +54,8 @@ protected:
             }
         } else if (message == WM_STEP && atStep) {
             atStep(wParam);
+        } else if (message == WM_DESTROY && atEnd) {
+            atEnd();
         }
         return CDialogEx::OnWndMsg(message, wParam, lParam, pResult);
     }

@@ -135,7 +135,9 @@ void LoopbackServer::Serve(SOCKET connection)
         const std::string path = request.substr(start + 1, request.find(' ', start + 1) - start - 1);
         const std::lock_guard lock(m_mutex);
         m_lastRequest = request;
-        m_requests.push_back(path + " " + request.substr(request.find("\r\n\r\n") + 4));
+        if (m_keepsRequests) {
+            m_requests.push_back(path + " " + request.substr(request.find("\r\n\r\n") + 4));
+        }
         reply = m_replies[path];
     }
     for (const std::string& piece : reply.pieces) {

@@ -38,6 +38,9 @@ public:
     void Answer(const std::string& path, Reply reply);
     void AnswerUpdates(Reply reply) { Answer("/get_updates.php", std::move(reply)); }
 
+    /// Keeps no requests from now on, so that the list does not grow.
+    void ForgetsRequests() { m_keepsRequests = false; }
+
     /// The requests so far, each as "PATH BODY", and the last one as it came.
     std::vector<std::string> Requests() const;
     std::string LastRequest() const;
@@ -50,6 +53,7 @@ private:
     std::map<std::string, Reply> m_replies;
     std::vector<std::string> m_requests;
     std::string m_lastRequest;
+    std::atomic<bool> m_keepsRequests = true;
     SOCKET m_listener = INVALID_SOCKET;
     std::atomic<bool> m_isStopping = false;
     std::thread m_thread;
