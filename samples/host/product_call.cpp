@@ -9,14 +9,14 @@ namespace {
 
 // The library copies without a bound: room for any message and for the longest address that a service may
 // send.
-constexpr std::size_t ResultCapacity = 64 * 1024;
+constexpr std::size_t ResultCapacity = 0x10000;
 
 // No call of the library reports this; it shows that a call has reported nothing.
 constexpr std::uint32_t NothingReported = 0xFFFFFFFF;
 
 std::wstring Widen(const char* text)
 {
-    return std::wstring(text, text + std::char_traits<char>::length(text));
+    return {text, text + std::char_traits<char>::length(text)};
 }
 
 std::wstring Describe(std::uint32_t code, const std::wstring& text)

@@ -2,6 +2,7 @@
 // into the library. A host has no console to read it on.
 #include <cstdlib>
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the library's own names.
 namespace __gnu_cxx {
 
 void __verbose_terminate_handler();
@@ -12,3 +13,4 @@ void __verbose_terminate_handler()
 }
 
 } // namespace __gnu_cxx
+// NOLINTEND(bugprone-reserved-identifier)

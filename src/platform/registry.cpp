@@ -1,5 +1,7 @@
 #include "platform/registry.h"
 
+#include <cwchar>
+
 namespace product_services {
 
 RegistryKey OpenRegistryKey(HKEY root, const std::wstring& path)
@@ -27,8 +29,9 @@ std::optional<std::wstring> ReadRegistryText(HKEY key, const wchar_t* name)
             return std::nullopt;
         }
     }
-    // A value of an odd number of bytes may have its terminator across two units.
-    return std::wstring(text.c_str());
+    // The text may end before its size, and of a value with an odd size no unit need be zero.
+    text.resize(std::wcslen(text.c_str()));
+    return text;
 }
 
 } // namespace product_services

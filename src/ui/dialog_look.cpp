@@ -14,7 +14,7 @@ std::wstring ApplyDialogLook(CDialogEx& dialog, TextId titleId)
 {
     dialog.SetIcon(AfxGetApp()->LoadIcon(IDI_LIBRARY), TRUE);
 
-    const std::wstring title = HostText(CurrentHostContext->productName) + L" - " + CurrentText(titleId);
+    std::wstring title = HostText(CurrentHostContext->productName) + L" - " + CurrentText(titleId);
     dialog.SetWindowText(title.c_str());
 
     dialog.ModifyStyleEx(0, WS_EX_APPWINDOW);

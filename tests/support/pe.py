@@ -66,8 +66,7 @@ class PeFile:
                 number, child = self.unpack("<II", table + 16 + 8 * i)
                 yield number, root + (child & 0x7FFFFFFF)
 
-        found =
-{}
+        found = {}
         for kind, kind_table in entries(root):
             for number, number_table in entries(kind_table):
                 for language, leaf in entries(number_table):
