@@ -12,7 +12,7 @@ readonly packages=(
   g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev
   nlohmann-json3-dev googletest
   wine wine64 xvfb fonts-wine xdotool imagemagick
-  openssl python3
+  llvm openssl python3
 )
 
 as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
@@ -83,7 +83,17 @@ copy_json() {
   cp -r /usr/include/nlohmann "$deps/json/"
 }
 
+# What the library links in goes into packages of it, with these.
+copy_licenses() {
+  mkdir -p "$deps/licenses"
+  cp "$deps/$triplet/COPYING.curl" "$deps/licenses/curl.txt"
+  cp /usr/share/doc/nlohmann-json3-dev/copyright "$deps/licenses/nlohmann-json.txt"
+  cp /usr/share/doc/mingw-w64-x86-64-dev/copyright "$deps/licenses/mingw-w64.txt"
+  cp /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright "$deps/licenses/gcc-runtime.txt"
+}
+
 mkdir -p "$deps"
 install_packages
 build_curl
 copy_json
+copy_licenses

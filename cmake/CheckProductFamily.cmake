@@ -26,6 +26,10 @@ function(check_background file)
         message(FATAL_ERROR "The product family's ${file} is ${width} x ${height} pixels with ${depth} bits "
             "each; it must be 726 x 463 with 24.")
     endif()
+    file(SIZE "${file}" size)
+    if(size LESS 1009394)
+        message(FATAL_ERROR "The product family's ${file} is cut short.")
+    endif()
 endfunction()
 
 function(check_icon file)
