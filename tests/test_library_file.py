@@ -116,7 +116,7 @@ class LibraryFileTest(unittest.TestCase):
         ])
 
     def test_its_version_is_the_public_headers(self):
-        header = (REPOSITORY / "include/product_services/product_services.h").read_text("utf-8")
+        header = (REPOSITORY / "include/product_services/version.h").read_text("utf-8")
         version = [int(re.search(rf"PRODUCT_SERVICES_VERSION_{part} (\d+)", header)[1])
                    for part in ("MAJOR", "MINOR", "PATCH")]
         data = self.resource(pe.VERSION, 1)

@@ -14,13 +14,10 @@
 #ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_H
 #define PRODUCT_SERVICES_PRODUCT_SERVICES_H
 
+#include "product_services/version.h"
+
 #include <stddef.h>
 #include <stdint.h>
-
-/** The version of this header and of the library that it belongs to. */
-#define PRODUCT_SERVICES_VERSION_MAJOR 1
-#define PRODUCT_SERVICES_VERSION_MINOR 0
-#define PRODUCT_SERVICES_VERSION_PATCH 0
 
 /** What a call reports in HostContext::resultCode, with the message that goes into resultText. */
 enum ProductServicesResultCode

@@ -203,6 +203,7 @@ TEST_F(TransportFaults, OnTheWayAreARefusal)
     const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n";
     const std::pair<const char*, Reply> faults[]{
         {"closed without a reply", Reply::Nothing()},
+        {"reset before the request", {{}, 0ms, true, true}},
         {"reset without a reply", {{}, 0ms, true}},
         {"reset in the reply", {{head + "[{"}, 20ms, true}},
         {"body shorter than announced", {{head + "[{"}}},
@@ -215,6 +216,40 @@ TEST_F(TransportFaults, OnTheWayAreARefusal)
         EXPECT_EQ(Check(ReadsMessageBox(said)), Untouched) << name;
         EXPECT_EQ(said, L"Product: No internet found!") << name;
     }
+    service.Stop();
+    std::wstring said;
+    EXPECT_EQ(Check(ReadsMessageBox(said)), Untouched);
+    EXPECT_EQ(said, L"Product: No internet found!") << "refused";
+}
+
+TEST_F(TransportFaults, OfHttpDoNotMatterWhereThereIsABody)
+{
+    const std::string offer = R"([{"name":"X","version":"2","url":"u"}])";
+    for (const char* status :
+         {"201 Created", "301 Moved Permanently\r\nLocation: /check.php", "404 Not Found",
+          "503 Unavailable"}) {
+        service.AnswerUpdates(Reply::Http(offer, status));
+        EXPECT_EQ(Check(), (Outcome{200, L"u", ""})) << status;
+    }
+    EXPECT_EQ(service.Requests().size(), 4u) << "no redirect was followed";
+
+    const Reply whole = Reply::Http(offer);
+    const std::string reply = whole.pieces[0];
+    const std::size_t body = reply.size() - offer.size();
+    service.AnswerUpdates({{reply.substr(0, 9), reply.substr(9, body - 9), reply.substr(body)}, 400ms});
+    EXPECT_EQ(Check(), (Outcome{200, L"u", ""})) << "a slow server";
+}
+
+TEST_F(TransportFaults, OfSizeEndInTheLastPiece)
+{
+    const std::string offer = R"([{"name":"X","version":"2","url":"u"}])";
+    service.AnswerUpdates(Reply::Http(std::string(50'000'000, ' ') + offer));
+    const Outcome outcome = Check();
+    // Where the last piece begins is up to the network.
+    EXPECT_TRUE(
+        outcome == (Outcome{200, L"u", ""}) ||
+        outcome.exception.rfind("[json.exception.parse_error.101]", 0) == 0)
+        << outcome.exception;
 }
 
 TEST_F(TransportFaults, LeaveTheLastPieceOfAReplyInPieces)

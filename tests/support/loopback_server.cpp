@@ -86,11 +86,17 @@ LoopbackServer::LoopbackServer()
 
 LoopbackServer::~LoopbackServer()
 {
-    m_isStopping = true;
-    shutdown(m_listener, SD_BOTH);
-    closesocket(m_listener);
-    m_thread.join();
+    Stop();
     WSACleanup();
+}
+
+void LoopbackServer::Stop()
+{
+    m_isStopping = true;
+    if (m_thread.joinable()) {
+        m_thread.join();
+        closesocket(m_listener);
+    }
 }
 
 void LoopbackServer::Answer(const std::string& path, Reply reply)
@@ -129,6 +135,10 @@ void LoopbackServer::Run()
 
 void LoopbackServer::Serve(SOCKET connection)
 {
+    if (const std::lock_guard lock(m_mutex); m_replies["/get_updates.php"].ignoresRequest) {
+        Close(connection, true);
+        return;
+    }
     const std::string request = ReceiveRequest(connection);
     Reply reply;
     if (const std::size_t start = request.find(' '); start != request.npos) {

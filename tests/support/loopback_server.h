@@ -19,6 +19,8 @@ struct Reply
     std::chrono::milliseconds pauseBetweenPieces{0};
     /// Ends the connection with a reset instead of an orderly close.
     bool resets = false;
+    /// Ends the connection before the request has been read.
+    bool ignoresRequest = false;
 
     /// A complete reply with a body of the given length.
     static Reply Http(const std::string& body, const std::string& statusLine = "200 OK");
@@ -33,6 +35,9 @@ public:
 
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;
+
+    /// Refuses connections from now on.
+    void Stop();
 
     /// Sets the reply for a path from now on; the probe is answered with "1" until told otherwise.
     void Answer(const std::string& path, Reply reply);
