@@ -19,3 +19,8 @@ add_python_test(test_product_service)
 add_python_test(test_product_family TIMEOUT 600)
 # The sample family's service has one port, and the sample product one record.
 add_python_test(test_sample_host TIMEOUT 300 RESOURCE_LOCK sample_service_port)
+# Its hosts are of the sample product, and must not find its record.
+add_python_test(test_package TIMEOUT 300 RESOURCE_LOCK sample_service_port)
+add_python_test(test_language_file_tool)
+# It uses what was installed with the sample family's service.
+add_python_test(test_installer TIMEOUT 300 RESOURCE_LOCK sample_service_port)
