@@ -17,7 +17,6 @@ HOST = pathlib.Path(os.environ["PRODUCT_SERVICES_BIN"], "SampleHost.exe").absolu
 WINE = REPOSITORY / "tools" / "wine.sh"
 SERVICE = REPOSITORY / "tools" / "product_service.py"
 RECORDS = r"HKCU\Software\Example Maker\Products\Example Draft"
-BOUGHT = "https://127.0.0.1:18443/buy/model-2026-1"
 
 CHECKED = "POST /get_updates.php  key=DRAFT-2026-DEMO version={} up=1 (update check) -> {}"
 OFFERS_ASKED = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=0 (upgrade center) -> {}"
@@ -26,8 +25,6 @@ OFFERS = ["upgrade center: Example Draft - Upgrade center", "  offer: Example Dr
           "  offer: Example Model 2026.1", "  offer: Example Layout Studio 2026.1"]
 NO_INTERNET = ['message box "Example Draft": No internet found!', "outcome: nothing was reported"]
 NO_CONNECTION = "outcome: 940: For upgrade center to appear, you need a stable internet connection!"
-GERMAN = {12: "Schließen", 22: "Neue Produkte", 38: "Jetzt kaufen", 67: "Der Benutzer ging.",
-          73: "Kein Produkt|gefunden", 74: "Alles neu, grün"}
 
 
 class Service:
@@ -37,9 +34,7 @@ class Service:
         self.process = subprocess.Popen([sys.executable, "-B", SERVICE, *options], stdout=subprocess.PIPE,
                                         stderr=subprocess.STDOUT, encoding="utf-8")
         ready, self.log = self.process.stdout.readline(), []
-        if not ready.startswith("Product service ready"):
-            self.process.communicate()
-            raise AssertionError(f"the development service did not start: {ready.strip()}")
+        assert ready.startswith("Product service ready"), ready
 
     def __enter__(self):
         return self
@@ -49,19 +44,11 @@ class Service:
         self.log = self.process.communicate(timeout=20)[0].splitlines()
 
 
-def run_wine(*arguments, before=(), **options):
+def run_wine(*arguments, **options):
     """Exit status and lines of a Windows program under Wine."""
-    run = subprocess.run([*before, WINE, *map(str, arguments)], stdout=subprocess.PIPE, encoding="utf-8",
+    run = subprocess.run([WINE, *map(str, arguments)], stdout=subprocess.PIPE, encoding="utf-8",
                          stderr=subprocess.STDOUT, timeout=60, check=False, **options)
     return run.returncode, run.stdout.splitlines()
-
-
-def write_german_texts(folder):
-    """The language file in a host's working directory."""
-    path = pathlib.Path(folder, "lang", "DE", "Vemo_DE.lang")
-    path.parent.mkdir(parents=True)
-    path.write_bytes("\n".join(GERMAN.get(i, f"Text {i}") for i in range(88)).encode("utf-16-le"))
-    return path
 
 
 class SampleHostTest(unittest.TestCase):
@@ -82,44 +69,28 @@ class SampleHostTest(unittest.TestCase):
         self.assertEqual(status, 0, lines)
         return lines
 
-    def check_calls(self, cases):
-        for service_options, arguments, expected, requests in cases:
+    def test_the_outcome_and_the_requests_of_each_call(self):
+        for service_options, arguments, expected, requests in (
+                ("", "check",
+                 ["outcome: 200: a newer release is at https://127.0.0.1:18443/buy/draft-2026-2"],
+                 [CHECKED.format("2026.1", "3 offers")]),
+                ("", "check --version 2026.2",
+                 ['message box "Example Draft": You are running the latest version',
+                  "outcome: nothing was reported"], [CHECKED.format("2026.2", "nothing newer (empty body)")]),
+                ("", "check --version 1999",
+                 ["outcome: 950: No data of the installed product was found."], []),
+                ("--answer refusal", "check", NO_INTERNET,
+                 [CHECKED.format("2026.1", "refusal: refused on request")]),
+                ("", "upgrade", [*OFFERS, "  pressing: Exit", "outcome: 540: User chose to quit!"],
+                 [PROBED, OFFERS_ASKED.format("3 offers")]),
+                ("--answer empty", "upgrade", ["outcome: 920: No upgrades found!"],
+                 [PROBED, OFFERS_ASKED.format("empty body")]),
+                ("--check-answer 0", "upgrade", [NO_CONNECTION], ['POST /check.php -> "0"'])):
             with self.subTest(service=service_options, host=arguments):
-                with Service(*service_options) as service:
-                    lines = self.run_host(*arguments)
+                with Service(*service_options.split()) as service:
+                    lines = self.run_host(*arguments.split())
                 self.assertEqual(lines, expected)
                 self.assertEqual(service.log, requests)
-
-    def test_update_checks(self):
-        refusal = ("--answer", "refusal")
-        self.check_calls([
-            ((), ("check",), ["outcome: 200: a newer release is at https://127.0.0.1:18443/buy/draft-2026-2"],
-             [CHECKED.format("2026.1", "3 offers")]),
-            ((), ("check", "--version", "2026.2"),
-             ['message box "Example Draft": You are running the latest version',
-              "outcome: nothing was reported"], [CHECKED.format("2026.2", "nothing newer (empty body)")]),
-            ((), ("check", "--product", "Example Unknown"),
-             ["outcome: 950: No data of the installed product was found."], []),
-            ((), ("check", "--version", "1999"),
-             ["outcome: 950: No data of the installed product was found."], []),
-            ((), ("check", "--api-key", ""), ["outcome: nothing was reported"], []),
-            (refusal, ("check",), NO_INTERNET, [CHECKED.format("2026.1", "refusal: refused on request")]),
-            (("--answer", "close"), ("check",), NO_INTERNET,
-             [CHECKED.format("2026.1", "closed without an answer")]),
-        ])
-
-    def test_upgrade_centers(self):
-        self.check_calls([
-            ((), ("upgrade",), [*OFFERS, "  pressing: Exit", "outcome: 540: User chose to quit!"],
-             [PROBED, OFFERS_ASKED.format("3 offers")]),
-            (("--answer", "empty"), ("upgrade",), ["outcome: 920: No upgrades found!"],
-             [PROBED, OFFERS_ASKED.format("empty body")]),
-            (("--answer", "refusal"), ("upgrade",), [NO_CONNECTION],
-             [PROBED, OFFERS_ASKED.format("refusal: refused on request")]),
-            (("--check-answer", "1 "), ("upgrade",), [NO_CONNECTION], ['POST /check.php -> "1 "']),
-            ((), ("upgrade", "--product", "Example Unknown"),
-             ["outcome: 950: No data of the installed product was found."], [PROBED]),
-        ])
 
     def test_without_a_service(self):
         self.assertEqual(self.run_host("check"), NO_INTERNET)
@@ -130,11 +101,9 @@ class SampleHostTest(unittest.TestCase):
         page.write_text("<!DOCTYPE html><title>Sign in to the network</title>", "utf-8")
         with Service("--answer-file", page):
             for command in ("check", "upgrade"):
-                with self.subTest(command):
-                    *before, outcome = self.run_host(command)
-                    self.assertEqual(before, [])
-                    self.assertIn("outcome: the call ended with an error: [json.exception.parse_error.101] "
-                                  "parse error at line 1, column 1: ", outcome)
+                outcome, = self.run_host(command)
+                self.assertIn("outcome: the call ended with an error: [json.exception.parse_error.101] "
+                              "parse error at line 1, column 1: ", outcome)
 
     def test_buying_hands_the_offers_address_to_the_browser(self):
         opened = self.folder / "opened"
@@ -142,54 +111,29 @@ class SampleHostTest(unittest.TestCase):
                        "PATH": f"{REPOSITORY}/tests/support/bin:{os.environ['PATH']}"}
         with Service():
             lines = self.run_host("upgrade", "--buy", "2", env=environment)
-        self.assertEqual(lines, [*OFFERS, "  pressing: Buy now",
-                                 "outcome: 930: Browser opened, continue running!"])
+        self.assertEqual(lines[-1], "outcome: 930: Browser opened, continue running!")
         end = time.monotonic() + 20
         while not (opened.exists() and opened.read_text().endswith("\n")) and time.monotonic() < end:
             time.sleep(0.05)
-        self.assertEqual(opened.read_text() if opened.exists() else "nothing opened", BOUGHT + "\n")
+        self.assertEqual(opened.read_text(), "https://127.0.0.1:18443/buy/model-2026-1\n")
 
     def test_wrong_usage(self):
         for arguments in (("frobnicate",), ("check", "--version"), ("check", "--language", "12x"),
-                          ("upgrade", "--buy", ""), ("check", "upgrade"), ("check", "--colour", "red")):
-            with self.subTest(arguments):
-                status, lines = run_wine(HOST, *arguments)
-                self.assertEqual(status, 2, lines)
-                self.assertIn("SampleHost upgrade ...     calls Upgrade and prints the outcome", lines)
+                          ("upgrade", "--buy", ""), ("check", "upgrade")):
+            status, lines = run_wine(HOST, *arguments)
+            self.assertEqual(status, 2, (arguments, lines))
+            self.assertIn("SampleHost upgrade ...     calls Upgrade and prints the outcome", lines)
 
     def test_texts_come_from_the_language_file(self):
-        write_german_texts(self.folder)
+        path = self.folder / "lang" / "DE" / "Vemo_DE.lang"
+        path.parent.mkdir(parents=True)
+        german = {12: "Schließen", 22: "Neue Produkte", 38: "Jetzt kaufen", 67: "Der Benutzer ging."}
+        path.write_bytes("\n".join(german.get(i, f"Text {i}") for i in range(88)).encode("utf-16-le"))
         with Service():
-            self.assertEqual(self.run_host("check", "--version", "2026.2", "--language", "140")[0],
-                             'message box "Example Draft": Alles neu, grün')
             self.assertEqual(self.run_host("upgrade", "--language", "140"),
                              [OFFERS[0].replace("Upgrade center", "Neue Produkte"), *OFFERS[1:],
                               "  pressing: Schließen", "outcome: 540: Der Benutzer ging."])
             self.assertEqual(self.run_host("upgrade", "--language", "120")[0], OFFERS[0])
-
-
-class ReadOnlyLanguageFileTest(unittest.TestCase):
-    """Root may write to any file, so Wine and its server run without that right, in a prefix of their own."""
-
-    ENVIRONMENT = {**os.environ, "PRODUCT_SERVICES_WINEPREFIX": str(REPOSITORY / "build" / "wine-readonly")}
-
-    def call_wine_library(self, function):
-        subprocess.run(["bash", "-c", f"set -e; . tools/lib/say.sh; . tools/lib/wine.sh; {function}"],
-                       cwd=REPOSITORY, env=self.ENVIRONMENT, check=True, timeout=200)
-
-    def test_a_read_only_file_leaves_the_english_texts(self):
-        as_user = [] if os.geteuid() else [
-            "setpriv", "--bounding-set=-dac_override", "--inh-caps=-dac_override"]
-        self.call_wine_library("prepare_wine_prefix")
-        self.addCleanup(self.call_wine_library, "stop_wine_services")
-        with tempfile.TemporaryDirectory() as folder:
-            path = write_german_texts(folder)
-            for mode, expected in ((0o644, ["outcome: 950: Kein Produkt", "gefunden"]),
-                                   (0o444, ["outcome: 950: No data of the installed product was found."])):
-                path.chmod(mode)
-                status, lines = run_wine(HOST, "check", "--language", "140", before=as_user, cwd=folder,
-                                         env=self.ENVIRONMENT)
-                self.assertEqual((status, lines), (0, expected), f"with the file's mode {mode:o}")
 
 
 if __name__ == "__main__":

@@ -1,9 +1,6 @@
-#include "host/current_call.h"
-#include "platform/product_record.h"
 #include "random/random_cases.h"
-#include "support/product_record_fixture.h"
+#include "support/flow_fixture.h"
 #include "support/recording_curl.h"
-#include "text/default_texts.h"
 #include "update/update_check.h"
 #include "upgrade/offers.h"
 
@@ -32,8 +29,6 @@ decltype(&MessageBoxW) __imp_MessageBoxW = NoteMessageBox;
 }
 
 namespace {
-
-constexpr std::uint32_t NothingReported = 77;
 
 // What a reply leads to: an error's kind, a message box or a code with its text.
 struct Outcome
@@ -211,46 +206,29 @@ Outcome Expected(const std::string& reply, bool isUpgrade)
     return outcome;
 }
 
-class RandomReplies : public testing::Test
+class RandomReplies : public FlowTest
 {
 protected:
-    RandomReplies()
-    {
-        FillDefaultTexts(m_texts);
-        CurrentTextTable = &m_texts;
-        CurrentHostContext = &m_context;
-        m_records.Write(L"P", L"1", L"key", L"1");
-        m_record.emplace(FindProductRecord(L"P", L"1"));
-        m_record->Load();
-    }
-
     Outcome Run(const std::string& reply, bool isUpgrade)
     {
         recording_curl::AnswerWith({.pieces = {reply}});
-        std::wcscpy(m_resultText.data(), L"untouched");
-        m_context.resultCode = NothingReported;
+        std::wcscpy(resultText.data(), L"untouched");
+        context.resultCode = NothingReported;
         lastBox.clear();
         Outcome outcome;
         try {
-            isUpgrade ? outcome.offers = FetchOffers(*m_record).size() : (RunUpdateCheck(*m_record), 0);
+            isUpgrade ? outcome.offers = FetchOffers(*record).size() : (RunUpdateCheck(*record), 0);
         } catch (const json::exception& error) {
             outcome.error = std::to_string(error.id);
         } catch (const std::range_error& error) {
             outcome.error = error.what();
         }
         outcome.box = lastBox;
-        outcome.code = m_context.resultCode;
+        outcome.code = context.resultCode;
         // A code of the upgrade center comes with its message, which other tests hold.
-        outcome.text = isUpgrade ? L"untouched" : m_resultText.data();
+        outcome.text = isUpgrade ? L"untouched" : resultText.data();
         return outcome;
     }
-
-private:
-    TextTable m_texts;
-    std::vector<wchar_t> m_resultText = std::vector<wchar_t>(0x10000);
-    HostContext m_context{L"P", L"1", L"api", 120, nullptr, 0, m_resultText.data(), nullptr, nullptr, 0};
-    ProductRecords m_records;
-    std::optional<ProductRecord> m_record;
 };
 
 } // namespace

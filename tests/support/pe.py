@@ -3,7 +3,6 @@
 import struct
 
 BITMAP, ICON, DIALOG, ICON_GROUP, VERSION = 2, 3, 5, 14, 16
-EXPORT_TABLE, IMPORT_TABLE, RESOURCE_TABLE = 0, 1, 2
 
 
 class PeFile:
@@ -14,7 +13,7 @@ class PeFile:
         header, = self.unpack("<I", 0x3C)
         assert self.data[:2] == b"MZ" and self.data[header:header + 4] == b"PE\0\0", path
         self.machine, section_count = self.unpack("<HH", header + 4)
-        optional_size, self.characteristics = self.unpack("<HH", header + 20)
+        optional_size, = self.unpack("<H", header + 20)
         optional = header + 24
         self.magic, = self.unpack("<H", optional)
         self.dll_characteristics, = self.unpack("<H", optional + 70)
@@ -33,9 +32,8 @@ class PeFile:
         raise ValueError(f"no section holds address {address:#x}")
 
     def table(self, number):
-        """The file offset of a data directory, or None where the file has none."""
-        address, _ = self.unpack("<II", self.tables + 8 * number)
-        return self.offset(address) if address else None
+        """The file offset of a data directory: 0 of the exports, 1 of the imports, 2 of the resources."""
+        return self.offset(self.unpack("<I", self.tables + 8 * number)[0])
 
     def text(self, address):
         start = self.offset(address)
@@ -43,14 +41,14 @@ class PeFile:
 
     def exports(self):
         """The names, sorted as the file has them, and the number of exported functions."""
-        table = self.table(EXPORT_TABLE)
+        table = self.table(0)
         function_count, name_count, _, names = self.unpack("<IIII", table + 20)
         addresses = self.unpack(f"<{name_count}I", self.offset(names))
         return [self.text(address) for address in addresses], function_count
 
     def imports(self):
         """The names of the DLLs, in lower case."""
-        dlls, entry = set(), self.table(IMPORT_TABLE)
+        dlls, entry = set(), self.table(1)
         while name := self.unpack("<I", entry + 12)[0]:
             dlls.add(self.text(name).lower())
             entry += 20
@@ -58,7 +56,7 @@ class PeFile:
 
     def resources(self):
         """{(type, id, language): bytes}; all three are numbers."""
-        root = self.table(RESOURCE_TABLE)
+        root = self.table(2)
 
         def entries(table):
             named, numbered = self.unpack("<HH", table + 12)
