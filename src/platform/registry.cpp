@@ -1,8 +1,15 @@
 #include "platform/registry.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace product_services {
+namespace {
+
+// Room for the texts of a record: each question to the registry is a trip to another process under Wine.
+constexpr std::size_t UsualUnits = 256;
+
+} // namespace
 
 RegistryKey OpenRegistryKey(HKEY root, const std::wstring& path)
 {
@@ -15,19 +22,18 @@ RegistryKey OpenRegistryKey(HKEY root, const std::wstring& path)
 
 std::optional<std::wstring> ReadRegistryText(HKEY key, const wchar_t* name)
 {
-    std::wstring text;
-    // An installer may write a longer value between asking for the size and reading.
-    for (LSTATUS status = ERROR_MORE_DATA; status == ERROR_MORE_DATA;) {
-        DWORD bytes = 0;
-        if (RegGetValueW(key, nullptr, name, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS) {
-            return std::nullopt;
-        }
-        text.resize(bytes / sizeof(wchar_t) + 1);
-        bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    std::wstring text(UsualUnits, L'\0');
+    // A longer value asks for more room, and an installer may write a still longer one meanwhile.
+    LSTATUS status = ERROR_MORE_DATA;
+    while (status == ERROR_MORE_DATA) {
+        auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
         status = RegGetValueW(key, nullptr, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes);
-        if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA) {
-            return std::nullopt;
+        if (status == ERROR_MORE_DATA) {
+            text.resize(std::max(2 * text.size(), bytes / sizeof(wchar_t) + 1));
         }
+    }
+    if (status != ERROR_SUCCESS) {
+        return std::nullopt;
     }
     // The text may end before its size, and of a value with an odd size no unit need be zero.
     text.resize(std::wcslen(text.c_str()));

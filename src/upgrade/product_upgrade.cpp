@@ -69,11 +69,13 @@ void ProductUpgrade::InsertColumns()
 
 void ProductUpgrade::InsertOffers()
 {
+    m_offerList.SetRedraw(FALSE);
     // Meant: from the last to the first, each at the top, which leaves them in the order of the reply.
     for (auto offer = m_offers.rbegin(); offer != m_offers.rend(); ++offer) {
         const int row = m_offerList.InsertItem(0, offer->name.c_str());
         m_offerList.SetItemText(row, 1, offer->version.c_str());
     }
+    m_offerList.SetRedraw(TRUE);
 }
 
 int ProductUpgrade::SelectedRow() const

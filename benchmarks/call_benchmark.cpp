@@ -1,0 +1,68 @@
+// call_benchmark DLL ADDRESS ROUNDS: update checks through the DLL, and bare posts of the same body to
+// ADDRESS.
+#include "service/update_query.h"
+#include "support/bench_product.h"
+#include "support/measure.h"
+
+#include <cstdlib>
+#include <curl/curl.h>
+#include <string>
+
+namespace {
+
+std::string bareReply;
+
+std::size_t KeepReply(const char* data, std::size_t size, std::size_t count, void*)
+{
+    bareReply.assign(data, size * count);
+    return size * count;
+}
+
+bool BarePost(const char* address, const std::string& body)
+{
+    bareReply.clear();
+    curl_global_init(CURL_GLOBAL_ALL);
+    CURL* handle = curl_easy_init();
+    curl_easy_setopt(handle, CURLOPT_URL, address);
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, KeepReply);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
+    const CURLcode result = curl_easy_perform(handle);
+    curl_easy_cleanup(handle);
+    return result == CURLE_OK && !bareReply.empty();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const HMODULE library = argc == 4 ? LoadLibraryA(argv[1]) : nullptr;
+    if (!library) {
+        return 2;
+    }
+    const auto check = reinterpret_cast<decltype(&CheckForUpdates)>(
+        reinterpret_cast<void*>(GetProcAddress(library, "CheckForUpdates")));
+    BenchProduct product;
+    const std::string body = product_services::BuildUpdateQuery(
+        BenchProduct::ApiKey, BenchProduct::Key, BenchProduct::Version, L"1");
+
+    bool succeeds = true;
+    const auto measureLibrary = [&] {
+        product.context.resultCode = 0;
+        Print("library", Duration([&] { check(&product.context); }));
+        succeeds = succeeds && product.context.resultCode == PRODUCT_SERVICES_SUCCESS;
+    };
+    const auto measureBare = [&] {
+        bool replied = false;
+        Print("bare", Duration([&] { replied = BarePost(argv[2], body); }));
+        succeeds = succeeds && replied;
+    };
+    // Each goes first every other time.
+    for (int rounds = std::atoi(argv[3]); rounds > 0; rounds -= 2) {
+        measureLibrary();
+        measureBare();
+        measureBare();
+        measureLibrary();
+    }
+    return succeeds ? 0 : 1;
+}

@@ -1,0 +1,144 @@
+"""Runs the benchmark programs under Wine and prints the table of what they measured.
+
+run.py BIN TABLE: the folder of the built programs; the file that takes the table too.
+"""
+
+import pathlib
+import statistics
+import subprocess
+import sys
+
+REPOSITORY = pathlib.Path(__file__).parent.parent
+sys.path.insert(0, str(REPOSITORY / "tests"))
+from support import pe  # noqa: E402
+
+BIN, TABLE = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+LANGUAGE_FILE = pathlib.Path("lang/DE/Vemo_DE.lang")
+SIZES = (1, 10, 100, 1000, 10000)
+# The most that the last step of ten may cost; n log n would be 13.3.
+LINEAR = 12.5
+rows = []
+
+
+def run(program, *arguments, folder=BIN):
+    """{series: numbers} that a program printed."""
+    command = [REPOSITORY / "tools/wine.sh", BIN / program, *map(str, arguments)]
+    done = subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, text=True)
+    if done.returncode:
+        sys.exit(f"error: {program} {' '.join(map(str, arguments))} failed: {done.stdout}")
+    series = {}
+    for line in done.stdout.splitlines():
+        name, number = line.split()
+        series.setdefault(name, []).append(float(number))
+    return series
+
+
+def ratio(measured, base):
+    """The median of the ratios of neighbours: a busy moment of the machine meets both."""
+    return statistics.median(a / b for a, b in zip(measured, base, strict=True))
+
+
+def report(what, measured, target, unit="", note=""):
+    """A row of the table; a target is the most that is good."""
+    digits = 2 if measured < 100 else 0
+    verdict = "ok" if measured <= target else "over"
+    rows.append((what, f"{measured:.{digits}f}{unit}", f"{target:g}{unit}", verdict, note))
+
+
+def measure_calls():
+    for scheme, port, rounds in (("http", 18451, 600), ("https", 18452, 300)):
+        series = run("call_benchmark.exe", f"Bench{scheme.capitalize()}.dll",
+                     f"{scheme}://127.0.0.1:{port}/get_updates.php", rounds)
+        library, bare = series["library"], series["bare"]
+        report(f"update check over {scheme.upper()} / bare post", ratio(library, bare), 1.03,
+               note=f"{statistics.median(library) / 1000:.2f} / {statistics.median(bare) / 1000:.2f} ms")
+
+
+def measure_own_part():
+    calls = run("own_part_benchmark.exe", 1, 500)["call"]
+    report("update check without the network", statistics.median(calls), 100, " us")
+
+
+def measure_loading():
+    series = {"ProductServices.dll": [], "CurlAlone.dll": []}
+    for _ in range(25):
+        for dll, results in series.items():
+            results.append(run("load_benchmark.exe", dll))
+    library, bare = ([sum(result["load"]) for result in results] for results in series.values())
+    added = [sum(result["working-set"]) for result in series["ProductServices.dll"]]
+    report("loading the DLL / libcurl alone", ratio(library, bare), 1.1,
+           note=f"{statistics.median(library) / 1000:.2f} / {statistics.median(bare) / 1000:.2f} ms")
+    report("working set that loading adds", statistics.median(added) / 2**20, 9.5, " MB")
+
+
+def measure_dialog():
+    first, library, bare = [], [], []
+    for _ in range(5):
+        series = run("dialog_benchmark.exe", 3, 7)
+        first.append(series["library"][0])
+        library += series["library"][1:]
+        bare += series["bare"][1:]
+    report("reply to painted upgrade center, first time", statistics.median(first) / 1000, 100, " ms")
+    report("reply to painted upgrade center / bare dialog", ratio(library, bare), 1.2,
+           note=f"{statistics.median(library) / 1000:.2f} / {statistics.median(bare) / 1000:.2f} ms")
+
+
+def measure_growth(what, measure, sizes=SIZES):
+    """The medians in ms for each size, of rounds that go through them all."""
+    rounds = [[measure(size) / 1000 for size in sizes] for _ in range(7)]
+    medians = [statistics.median(times) for times in zip(*rounds)]
+    report(f"{what}: 10 times as many", medians[-1] / medians[-2], LINEAR, " x",
+           " ".join(f"{median:.3g}" for median in medians) + " ms")
+    return medians
+
+
+def shown_offers(count):
+    return statistics.median(run("dialog_benchmark.exe", count, 3)["library"])
+
+
+def read_offers(count):
+    return statistics.median(run("own_part_benchmark.exe", count, 7)["call"])
+
+
+def first_call(factor):
+    """The first call of a process, with a language file of so many times the sample's lines."""
+    folder = BIN / f"lang-{factor}"
+    (folder / LANGUAGE_FILE).parent.mkdir(parents=True, exist_ok=True)
+    text = (REPOSITORY / "samples" / LANGUAGE_FILE).read_text("utf-16-le")
+    (folder / LANGUAGE_FILE).write_text("\n".join([text] * factor), "utf-16-le")
+    return run("own_part_benchmark.exe", 1, 1, folder=folder)["call"][0]
+
+
+def measure_size():
+    dll = pe.PeFile(BIN / "ProductServices.dll")
+    resources = dll.table(2)
+    size = next(size for _, _, size, position in dll.sections if position == resources)
+    report("size of the DLL without its resources", (len(dll.data) - size) / 1024, 640, " KB")
+
+
+def print_table():
+    lines = ["{:<50} {:>9} {:>9}  {:<5} {}".format(*row).rstrip()
+             for row in [("what", "measured", "at most", "", "medians"), *rows]]
+    TABLE.write_text("\n".join(lines) + "\n")
+    print(TABLE.read_text(), end="")
+
+
+def step(sentence):
+    print(f"==> {sentence}", flush=True)
+
+
+step("Update checks beside bare posts (half a minute)")
+measure_calls()
+measure_own_part()
+step("Loading, in fresh processes (half a minute)")
+measure_loading()
+step("The upgrade center beside a bare dialog (half a minute)")
+measure_dialog()
+step("Growth: offers, replies, language files (two minutes)")
+shown = measure_growth("offers shown, 1 to 10,000", shown_offers)
+report("10,000 offers shown", shown[-1], 1000, " ms")
+measure_growth("offers in a reply, 1 to 10,000", read_offers)
+first = measure_growth("language file, 88 to 88,000 lines", first_call, SIZES[:4])
+report("first call of a process, 88 lines", first[0], 2, " ms")
+measure_size()
+print_table()
