@@ -6,9 +6,11 @@ It needs a display and the Wine prefix of tools/lib/wine.sh, as test.sh prepares
 import os
 import pathlib
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -49,6 +51,15 @@ def run_wine(*arguments, **options):
     run = subprocess.run([WINE, *map(str, arguments)], stdout=subprocess.PIPE, encoding="utf-8",
                          stderr=subprocess.STDOUT, timeout=60, check=False, **options)
     return run.returncode, run.stdout.splitlines()
+
+
+def answer_hello(server, answer):
+    """Answers the first TLS message of one client with these bytes and hangs up."""
+    server.settimeout(20)
+    connection, _ = server.accept()
+    with connection:
+        connection.recv(16384)
+        connection.sendall(answer)
 
 
 class SampleHostTest(unittest.TestCase):
@@ -95,6 +106,17 @@ class SampleHostTest(unittest.TestCase):
     def test_without_a_service(self):
         self.assertEqual(self.run_host("check"), NO_INTERNET)
         self.assertEqual(self.run_host("upgrade"), [NO_CONNECTION])
+
+    def test_a_tls_handshake_that_fails(self):
+        for answer in (b"", b"HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\n1",
+                       b"\x15\x03\x03\x00\x02\x02\x28",  # the fatal alert handshake_failure
+                       b"\x16\x03\x03\x00\x20 the start of a record"):
+            with self.subTest(answer=answer), socket.create_server(("127.0.0.1", 18443)) as server:
+                thread = threading.Thread(target=answer_hello, args=(server, answer))
+                thread.start()
+                self.assertEqual(self.run_host("check"), NO_INTERNET)
+                thread.join(10)
+                self.assertFalse(thread.is_alive(), "the host never connected")
 
     def test_an_answer_that_is_no_json_ends_the_call_with_an_error(self):
         page = self.folder / "page.html"

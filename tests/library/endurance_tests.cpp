@@ -1,6 +1,10 @@
 #include "support/library_fixture.h"
 #include "support/resource_counts.h"
 
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
 namespace {
 
 constexpr char Offer[] = R"([{"name":"X","version":"2","url":"https://a/b"}])";
@@ -21,6 +25,9 @@ protected:
         const ResourceCounts before = CountResources();
         for (int i = 0; i < times; ++i) {
             work();
+            if (i % Settling == 0) {
+                ASSERT_TRUE(HeapsAreSound()) << i;
+            }
         }
         const ResourceCounts after = CountResources();
         EXPECT_GT(before.kernelHandles, 0);
@@ -50,6 +57,20 @@ TEST_F(Endurance, TheCountsSeeALeak)
     DestroyWindow(window);
     CloseHandle(event);
     DeleteObject(bitmap);
+}
+
+TEST_F(Endurance, TheHeapChecksSeeDamage)
+{
+    if (const char* debug = std::getenv("WINEDEBUG"); !debug || !std::strstr(debug, "warn+heap")) {
+        GTEST_SKIP() << "the heaps are not checked: WINEDEBUG has no warn+heap";
+    }
+    HANDLE heap = HeapCreate(0, 0, 0);
+    auto* block = static_cast<char*>(HeapAlloc(heap, 0, 24));
+    EXPECT_TRUE(HeapsAreSound());
+    const char former = std::exchange(block[24], 'x');
+    EXPECT_FALSE(HeapsAreSound());
+    block[24] = former;
+    HeapDestroy(heap);
 }
 
 TEST_F(Endurance, TenThousandChecksLeaveNothingBehind)

@@ -238,6 +238,8 @@ TEST_F(TransportFaults, OfHttpDoNotMatterWhereThereIsABody)
     const std::size_t body = reply.size() - offer.size();
     service.AnswerUpdates({{reply.substr(0, 9), reply.substr(9, body - 9), reply.substr(body)}, 400ms});
     EXPECT_EQ(Check(), (Outcome{200, L"u", ""})) << "a slow server";
+    service.AnswerUpdates({{reply}, 20ms, true});
+    EXPECT_EQ(Check(), (Outcome{200, L"u", ""})) << "reset after the reply";
 }
 
 TEST_F(TransportFaults, OfSizeEndInTheLastPiece)

@@ -4,6 +4,7 @@
 #include "support/loopback_server.h"
 
 #include "product_services/product_services.h"
+#include "support/heap_check.h"
 #include "support/product_record_fixture.h"
 
 #include <automation.h>
@@ -48,6 +49,8 @@ protected:
         context.resultText = m_text.data();
         records.Write(L"Product", L"1.0", L"product-key", L"20.1");
     }
+
+    void TearDown() override { EXPECT_TRUE(HeapsAreSound()); }
 
     ~LibraryTest() override { FreeLibrary(m_library); }
 
