@@ -1,8 +1,9 @@
-// call_benchmark DLL ADDRESS ROUNDS: update checks through the DLL, and bare posts of the same body to
-// ADDRESS.
+// call_benchmark DLL ADDRESS ROUNDS: update checks through the DLL, bare posts of the same body to ADDRESS,
+// and such posts with the other calls that an update check must make.
 #include "service/update_query.h"
 #include "support/bench_product.h"
 #include "support/measure.h"
+#include "support/required_calls.h"
 
 #include <cstdlib>
 #include <curl/curl.h>
@@ -32,6 +33,15 @@ bool BarePost(const char* address, const std::string& body)
     return result == CURLE_OK && !bareReply.empty();
 }
 
+bool RequiredCalls(const BenchProduct& product, const char* address, const std::string& body)
+{
+    const bool hasRecord = required_calls::ReadRecord(product);
+    required_calls::SetWaitCursor();
+    const bool replied = BarePost(address, body);
+    required_calls::SetWaitCursor();
+    return hasRecord && replied && required_calls::ParseTwice(bareReply);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -47,22 +57,28 @@ int main(int argc, char** argv)
         BenchProduct::ApiKey, BenchProduct::Key, BenchProduct::Version, L"1");
 
     bool succeeds = true;
+    const auto measure = [&](const char* series, const auto& work) {
+        bool worked = false;
+        Print(series, Duration([&] { worked = work(); }));
+        succeeds = succeeds && worked;
+    };
     const auto measureLibrary = [&] {
-        product.context.resultCode = 0;
-        Print("library", Duration([&] { check(&product.context); }));
-        succeeds = succeeds && product.context.resultCode == PRODUCT_SERVICES_SUCCESS;
+        measure("library", [&] {
+            product.context.resultCode = 0;
+            check(&product.context);
+            return product.context.resultCode == PRODUCT_SERVICES_SUCCESS;
+        });
     };
-    const auto measureBare = [&] {
-        bool replied = false;
-        Print("bare", Duration([&] { replied = BarePost(argv[2], body); }));
-        succeeds = succeeds && replied;
+    const auto measureBare = [&] { measure("bare", [&] { return BarePost(argv[2], body); }); };
+    const auto measureRequired = [&] {
+        measure("required", [&] { return RequiredCalls(product, argv[2], body); });
     };
-    // Each goes first every other time.
-    for (int rounds = std::atoi(argv[3]); rounds > 0; rounds -= 2) {
+    // In turn, so that neither copy of libcurl, the DLL's and this program's, stays the warmer one.
+    for (int rounds = std::atoi(argv[3]); rounds > 0; --rounds) {
         measureLibrary();
         measureBare();
-        measureBare();
         measureLibrary();
+        measureRequired();
     }
     return succeeds ? 0 : 1;
 }

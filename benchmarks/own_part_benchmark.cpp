@@ -1,7 +1,9 @@
-// own_part_benchmark OFFERS CALLS: update checks without a network, in a host that has a window.
+// own_part_benchmark OFFERS CALLS: update checks without a network, in a host that has a window, and what
+// each must do anyway.
 #include "support/bench_product.h"
 #include "support/instant_curl.h"
 #include "support/measure.h"
+#include "support/required_calls.h"
 
 #include <cstdlib>
 
@@ -21,6 +23,12 @@ int main(int argc, char** argv)
         if (product.context.resultCode != PRODUCT_SERVICES_SUCCESS) {
             return 1;
         }
+        Print("record", Duration([&] { required_calls::ReadRecord(product); }));
+        Print("cursor", Duration([] {
+                  required_calls::SetWaitCursor();
+                  required_calls::SetWaitCursor();
+              }));
+        Print("parses", Duration([] { required_calls::ParseTwice(instant_curl::OffersReply()); }));
     }
     return 0;
 }

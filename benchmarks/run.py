@@ -38,6 +38,10 @@ def ratio(measured, base):
     return statistics.median(a / b for a, b in zip(measured, base, strict=True))
 
 
+def medians(unit, name, *series):
+    return " / ".join(f"{statistics.median(each) / unit:.3g}" for each in series) + f" {name}"
+
+
 def report(what, measured, target, unit="", note=""):
     """A row of the table; a target is the most that is good."""
     digits = 2 if measured < 100 else 0
@@ -46,17 +50,21 @@ def report(what, measured, target, unit="", note=""):
 
 
 def measure_calls():
-    for scheme, port, rounds in (("http", 18451, 600), ("https", 18452, 300)):
+    for scheme, port, rounds in (("http", 18451, 400), ("https", 18452, 200)):
         series = run("call_benchmark.exe", f"Bench{scheme.capitalize()}.dll",
                      f"{scheme}://127.0.0.1:{port}/get_updates.php", rounds)
-        library, bare = series["library"], series["bare"]
-        report(f"update check over {scheme.upper()} / bare post", ratio(library, bare), 1.03,
-               note=f"{statistics.median(library) / 1000:.2f} / {statistics.median(bare) / 1000:.2f} ms")
+        for base, calls in (("bare", series["library"][0::2]), ("required", series["library"][1::2])):
+            what = "bare post" if base == "bare" else "bare post and required calls"
+            report(f"update check over {scheme.upper()} / {what}", ratio(calls, series[base]), 1.03,
+                   note=medians(1000, "ms", calls, series[base]))
 
 
 def measure_own_part():
-    calls = run("own_part_benchmark.exe", 1, 500)["call"]
+    series = run("own_part_benchmark.exe", 1, 500)
+    calls, parts = series["call"], [series[part] for part in ("record", "cursor", "parses")]
     report("update check without the network", statistics.median(calls), 100, " us")
+    report("the same / required calls alone", ratio(calls, map(sum, zip(*parts))), 1.1,
+           note=medians(1, "us: record, cursor, two parses", *parts))
 
 
 def measure_loading():
@@ -67,7 +75,7 @@ def measure_loading():
     library, bare = ([sum(result["load"]) for result in results] for results in series.values())
     added = [sum(result["working-set"]) for result in series["ProductServices.dll"]]
     report("loading the DLL / libcurl alone", ratio(library, bare), 1.1,
-           note=f"{statistics.median(library) / 1000:.2f} / {statistics.median(bare) / 1000:.2f} ms")
+           note=medians(1000, "ms", library, bare))
     report("working set that loading adds", statistics.median(added) / 2**20, 9.5, " MB")
 
 
@@ -80,16 +88,16 @@ def measure_dialog():
         bare += series["bare"][1:]
     report("reply to painted upgrade center, first time", statistics.median(first) / 1000, 100, " ms")
     report("reply to painted upgrade center / bare dialog", ratio(library, bare), 1.2,
-           note=f"{statistics.median(library) / 1000:.2f} / {statistics.median(bare) / 1000:.2f} ms")
+           note=medians(1000, "ms", library, bare))
 
 
 def measure_growth(what, measure, sizes=SIZES):
     """The medians in ms for each size, of rounds that go through them all."""
     rounds = [[measure(size) / 1000 for size in sizes] for _ in range(7)]
-    medians = [statistics.median(times) for times in zip(*rounds)]
-    report(f"{what}: 10 times as many", medians[-1] / medians[-2], LINEAR, " x",
-           " ".join(f"{median:.3g}" for median in medians) + " ms")
-    return medians
+    times = [statistics.median(size) for size in zip(*rounds)]
+    report(f"{what}: 10 times as many", times[-1] / times[-2], LINEAR, " x",
+           " ".join(f"{time:.3g}" for time in times) + " ms")
+    return times
 
 
 def shown_offers(count):
@@ -98,6 +106,12 @@ def shown_offers(count):
 
 def read_offers(count):
     return statistics.median(run("own_part_benchmark.exe", count, 7)["call"])
+
+
+def report_parses(count):
+    series = run("own_part_benchmark.exe", count, 30)
+    report(f"{count:,} offers in a reply / two parses of it", ratio(series["call"], series["parses"]), 1.2,
+           note=medians(1000, "ms", series["call"], series["parses"]))
 
 
 def first_call(factor):
@@ -117,7 +131,7 @@ def measure_size():
 
 
 def print_table():
-    lines = ["{:<50} {:>9} {:>9}  {:<5} {}".format(*row).rstrip()
+    lines = ["{:<56} {:>9} {:>9}  {:<5} {}".format(*row).rstrip()
              for row in [("what", "measured", "at most", "", "medians"), *rows]]
     TABLE.write_text("\n".join(lines) + "\n")
     print(TABLE.read_text(), end="")
@@ -127,17 +141,18 @@ def step(sentence):
     print(f"==> {sentence}", flush=True)
 
 
-step("Update checks beside bare posts (half a minute)")
+step("Update checks beside bare posts (some seconds)")
 measure_calls()
 measure_own_part()
-step("Loading, in fresh processes (half a minute)")
+step("Loading, in fresh processes (some seconds)")
 measure_loading()
-step("The upgrade center beside a bare dialog (half a minute)")
+step("The upgrade center beside a bare dialog (some seconds)")
 measure_dialog()
-step("Growth: offers, replies, language files (two minutes)")
+step("Growth: offers, replies, language files (a minute)")
 shown = measure_growth("offers shown, 1 to 10,000", shown_offers)
 report("10,000 offers shown", shown[-1], 1000, " ms")
 measure_growth("offers in a reply, 1 to 10,000", read_offers)
+report_parses(1000)
 first = measure_growth("language file, 88 to 88,000 lines", first_call, SIZES[:4])
 report("first call of a process, 88 lines", first[0], 2, " ms")
 measure_size()

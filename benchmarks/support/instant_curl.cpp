@@ -35,6 +35,11 @@ void OfferProducts(int offers)
     offersReply += "]";
 }
 
+const std::string& OffersReply()
+{
+    return offersReply;
+}
+
 double LastArrival()
 {
     return lastArrival;

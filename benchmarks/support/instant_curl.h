@@ -8,6 +8,9 @@ namespace instant_curl {
 /// Answers every post with `offers` offers from now on, and the connectivity probe with "1".
 void OfferProducts(int offers);
 
+/// The reply that holds the offers.
+const std::string& OffersReply();
+
 /// When the last reply had arrived: its write function had returned.
 double LastArrival();
 
