@@ -60,7 +60,6 @@ private:
 };
 
 using LanguageFile = WorkingFolder;
-using TextTables = WorkingFolder;
 
 } // namespace
 
@@ -128,16 +127,6 @@ TEST_F(LanguageFile, ThatCannotBeOpenedForWritingLeavesTheBuiltInTexts)
     }
     CloseHandle(readersOnly);
     EXPECT_FALSE(fs::exists("missing.lang"));
-}
-
-TEST_F(TextTables, KeepTheFirstLanguageOfTheProcess)
-{
-    WriteFile("lang/DE/Vemo_DE.lang", Utf16(L"Null\nEins"));
-    WriteFile("lang/FR/Vemo_FR.lang", Utf16(L"zéro"));
-    TextTable& first = GetTextTable(L"DE");
-    WriteFile("lang/DE/Vemo_DE.lang", Utf16(L"anders"));
-    EXPECT_EQ(&GetTextTable(L"FR"), &first);
-    EXPECT_EQ(Texts(first), (std::vector<std::wstring>{L"Null", L"Eins"}));
 }
 
 TEST(TextLookup, IsBoundByTheNumberOfEntries)

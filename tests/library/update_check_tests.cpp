@@ -144,15 +144,6 @@ TEST_F(UpdateCheck, LetsTheErrorsOfAMalformedReplyLeave)
     EXPECT_EQ(Check(), (Outcome{NothingReported, L"untouched", "bad conversion"}));
 }
 
-TEST_F(UpdateCheck, OfAnUnknownProductReports950)
-{
-    context.productVersion = L"9.9";
-    EXPECT_EQ(Check(), (Outcome{950, L"No data of the installed product was found.", ""}));
-    context.productVersion = L"1.0";
-    EXPECT_EQ(Check().code, 950u) << "the first product stays";
-    EXPECT_TRUE(service.Requests().empty());
-}
-
 TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
 {
     namespace fs = std::filesystem;

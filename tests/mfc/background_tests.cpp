@@ -1,5 +1,4 @@
 #include "scripted_dialog.h"
-#include "support/resource_counts.h"
 
 namespace {
 
@@ -69,19 +68,4 @@ TEST(BackgroundImage, IsDeletedOnlyWhereTheDialogOwnsIt)
         }
         EXPECT_EQ(GetObjectType(last), owned ? 0u : OBJ_BITMAP);
     }
-}
-
-TEST(BackgroundImage, LeavesNoGdiObjectBehind)
-{
-    const auto run = [](int dialogs) {
-        for (int i = 0; i < dialogs; ++i) {
-            ScriptedDialog dialog;
-            RunAndLook(dialog, [&] { dialog.SetBackgroundImage(MakePicture(), CDialogEx::BACKGR_TOPLEFT); });
-        }
-    };
-    run(5);
-    const int before = CountGdiObjects();
-    ASSERT_GT(before, 0);
-    run(200);
-    EXPECT_LE(CountGdiObjects(), before);
 }

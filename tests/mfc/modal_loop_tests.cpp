@@ -57,6 +57,22 @@ TEST(ModalLoop, EndsAtASentMessageWhileItWaits)
     }
 }
 
+TEST(Dialog, DisablesItsParentWhileItRuns)
+{
+    for (const BOOL wasEnabled : {TRUE, FALSE}) {
+        CWnd parent;
+        parent.SubclassWindow(
+            CreateWindowW(L"STATIC", L"", WS_POPUP, 0, 0, 8, 8, nullptr, nullptr, nullptr, nullptr));
+        EnableWindow(parent.m_hWnd, wasEnabled);
+        ScriptedDialog dialog(&parent);
+        RunAndLook(dialog, [&] {
+            EXPECT_EQ(GetWindow(dialog.m_hWnd, GW_OWNER), parent.m_hWnd);
+            EXPECT_FALSE(IsWindowEnabled(parent.m_hWnd));
+        });
+        EXPECT_EQ(IsWindowEnabled(parent.m_hWnd), wasEnabled);
+    }
+}
+
 TEST(Dialog, IsCentredWhereNothingPlacedIt)
 {
     RECT screen{};

@@ -19,7 +19,7 @@ constexpr int Stuck = -2; ///< The result of a dialog that nothing else has ende
 class ScriptedDialog : public CDialogEx
 {
 public:
-    ScriptedDialog() : CDialogEx(IDD_CONTROLS) {}
+    explicit ScriptedDialog(CWnd* parent = nullptr) : CDialogEx(IDD_CONTROLS, parent) {}
 
     std::function<void()> atStart = [] {};                   ///< In OnInitDialog.
     std::function<void(WPARAM number)> atStep = [](auto) {}; ///< At each WM_STEP.
