@@ -62,4 +62,4 @@ start_nginx
 start_display
 prepare_wine_prefix
 start_wine_services
-python3 -B benchmarks/run.py "$tree/bin" build/bench.txt
+/usr/bin/python3 -B benchmarks/run.py "$tree/bin" build/bench.txt

@@ -8,10 +8,9 @@ import statistics
 import subprocess
 import sys
 
-REPOSITORY = pathlib.Path(__file__).parent.parent
-sys.path.insert(0, str(REPOSITORY / "tests"))
-from support import pe  # noqa: E402
+import pefile
 
+REPOSITORY = pathlib.Path(__file__).parent.parent
 BIN, TABLE = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
 LANGUAGE_FILE = pathlib.Path("lang/DE/Vemo_DE.lang")
 SIZES = (1, 10, 100, 1000, 10000)
@@ -124,10 +123,10 @@ def first_call(factor):
 
 
 def measure_size():
-    dll = pe.PeFile(BIN / "ProductServices.dll")
-    resources = dll.table(2)
-    size = next(size for _, _, size, position in dll.sections if position == resources)
-    report("size of the DLL without its resources", (len(dll.data) - size) / 1024, 640, " KB")
+    dll = BIN / "ProductServices.dll"
+    resources, = (section for section in pefile.PE(dll).sections if section.Name.startswith(b".rsrc"))
+    report("size of the DLL without its resources",
+           (dll.stat().st_size - resources.SizeOfRawData) / 1024, 640, " KB")
 
 
 def print_table():

@@ -4,7 +4,6 @@ import os
 import pathlib
 import re
 import shutil
-import struct
 import subprocess
 import tempfile
 import unittest
@@ -38,17 +37,6 @@ def header_version(header):
     return ".".join(re.findall(r"#define PRODUCT_SERVICES_VERSION_\w+ (\d+)", header.read_text("utf-8")))
 
 
-def linker_members(library):
-    """The members of an archive, each with its name and data."""
-    data = library.read_bytes()
-    assert data.startswith(b"!<arch>\n"), library
-    position = 8
-    while position < len(data):
-        size = int(data[position + 48:position + 58])
-        yield data[position:position + 16].decode().strip(), data[position + 60:position + 60 + size]
-        position += 60 + size + size % 2
-
-
 class PackageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -70,14 +58,13 @@ class PackageTest(unittest.TestCase):
         self.assertEqual(header_version(self.package / VERSION_HEADER), self.version)
 
     def test_the_visual_studio_library_has_exactly_the_two_names(self):
-        imports = []
-        for name, data in linker_members(self.package / "lib/ProductServices.lib"):
-            if name not in ("/", "//") and data.startswith(b"\x00\x00\xff\xff"):
-                machine, = struct.unpack_from("<H", data, 6)
-                function, dll = data[20:].split(b"\0")[:2]
-                imports.append((machine, function.decode(), dll.decode()))
-        self.assertEqual(sorted(imports), [(0x8664, "CheckForUpdates", "ProductServices.dll"),
-                                           (0x8664, "Upgrade", "ProductServices.dll")])
+        library = self.package / "lib/ProductServices.lib"
+        symbols, headers = (run(*f"x86_64-w64-mingw32-{tool}".split(), library)[1]
+                            for tool in ("nm", "objdump -f"))
+        members = re.findall(r"(?m)^(\S+):\n(?:.+\n)*?.* I __imp_(\w+)$", symbols)
+        self.assertEqual(sorted(members), [("ProductServices.dll", "CheckForUpdates"),
+                                           ("ProductServices.dll", "Upgrade")])
+        self.assertEqual(set(re.findall(r"file format pei?-(\S+)", headers)), {"x86-64"})
 
     def build_hosts(self, *options):
         # A copy, as a user would have it: nothing of the repository is in reach but the toolchain.

@@ -7,7 +7,9 @@ import subprocess
 import tempfile
 import unittest
 
-from support import pe
+import pefile
+
+from test_library_file import BITMAP, resource
 
 REPOSITORY = pathlib.Path(__file__).parent.parent
 PROJECT = f"""\
@@ -107,10 +109,10 @@ class ProductFamilyTest(unittest.TestCase):
                           ["--build", build, "--target", "ProductServices", "--parallel", 2]):
             status, output = self.run_cmake(*arguments)
             self.assertEqual(status, 0, f"cmake {arguments[0]}: {output[-3000:]}")
-        library = pe.PeFile(build / "bin" / "ProductServices.dll")
-        self.assertIn(theirs.encode("utf-16-le"), library.data)
-        self.assertNotIn(samples.encode("utf-16-le"), library.data)
-        self.assertTrue(library.resources()[pe.BITMAP, 332, 1033] == picture.read_bytes()[14:],
+        library = build / "bin" / "ProductServices.dll"
+        self.assertIn(theirs.encode("utf-16-le"), library.read_bytes())
+        self.assertNotIn(samples.encode("utf-16-le"), library.read_bytes())
+        self.assertTrue(resource(pefile.PE(library), BITMAP, 332) == picture.read_bytes()[14:],
                         "the other family's picture is not in its library")
 
 

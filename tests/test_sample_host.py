@@ -146,17 +146,6 @@ class SampleHostTest(unittest.TestCase):
             self.assertEqual(status, 2, (arguments, lines))
             self.assertIn("SampleHost upgrade ...     calls Upgrade and prints the outcome", lines)
 
-    def test_texts_come_from_the_language_file(self):
-        path = self.folder / "lang" / "DE" / "Vemo_DE.lang"
-        path.parent.mkdir(parents=True)
-        german = {12: "Schließen", 22: "Neue Produkte", 38: "Jetzt kaufen", 67: "Der Benutzer ging."}
-        path.write_bytes("\n".join(german.get(i, f"Text {i}") for i in range(88)).encode("utf-16-le"))
-        with Service():
-            self.assertEqual(self.run_host("upgrade", "--language", "140"),
-                             [OFFERS[0].replace("Upgrade center", "Neue Produkte"), *OFFERS[1:],
-                              "  pressing: Schließen", "outcome: 540: Der Benutzer ging."])
-            self.assertEqual(self.run_host("upgrade", "--language", "120")[0], OFFERS[0])
-
 
 if __name__ == "__main__":
     unittest.main()

@@ -93,26 +93,6 @@ TEST(HostCallScope, BringsTheFormerModuleStateBack)
     EXPECT_STREQ(host.text, L"untouched");
 }
 
-TEST(HostCallScope, KeepsTheFirstProductAndReadsItAnew)
-{
-    ProductRecords records;
-    records.Write(L"First", L"1", L"key of first", L"1.0");
-    records.Write(L"Second", L"2", L"key of second", L"2.0");
-    MarkedContext host;
-    host.context.productName = L"First";
-    host.context.productVersion = L"1";
-    HostCallScope first(&host.context);
-    EXPECT_TRUE(first.RequireRecord());
-
-    host.context.productName = L"Second";
-    host.context.productVersion = L"2";
-    records.Write(L"First", L"1", L"new key", L"1.5");
-    HostCallScope second(&host.context);
-    EXPECT_TRUE(second.RequireRecord());
-    EXPECT_EQ(second.Record().Read(L"key"), L"new key");
-    EXPECT_EQ(second.Record().Read(L"version"), L"1.5");
-}
-
 TEST(HostCallScope, KeepsAnUnknownFirstProduct)
 {
     ProductRecords records;

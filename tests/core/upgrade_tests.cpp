@@ -45,12 +45,3 @@ TEST_F(ProductUpgradeDialog, WorksWithoutIconAndPictureAndWithManyOffers)
     }
     EXPECT_EQ(BackgroundBitmapForProduct(L"api"), nullptr);
 }
-
-TEST_F(ProductUpgradeDialog, WithoutAnOfferEndsWithResultZero)
-{
-    recording_curl::AnswerWith({.pieces = {"[]"}});
-    ProductRecord unknown{ProductRecordLocation{}};
-    EXPECT_EQ(ProductUpgrade(L"P", unknown).DoModal(), 0);
-    EXPECT_EQ(recording_curl::Recorded().calls.size(), 0u) << "no key, no question";
-    EXPECT_EQ(context.resultCode, NothingReported);
-}

@@ -166,12 +166,16 @@ TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
     EXPECT_EQ(Check(ReadsMessageBox(said)), Untouched);
     EXPECT_EQ(said, L"Product: Zeile\n74");
 
+    EXPECT_NE(service.Requests().back().find("&key=product-key&"), std::string::npos);
+
+    records.Write(L"Product", L"1.0", L"new-key", L"20.2");
     context.languageId = 120;
     context.productName = L"Other";
     context.productVersion = L"2.0";
     EXPECT_EQ(Check(ReadsMessageBox(said)), Untouched);
     EXPECT_EQ(said, L"Other: Zeile\n74") << "the caption is the caller's, the text is German";
-    EXPECT_NE(service.Requests().back().find("&key=product-key&"), std::string::npos);
+    EXPECT_NE(service.Requests().back().find("&key=new-key&"), std::string::npos) << "read anew";
+    EXPECT_NE(service.Requests().back().find("&version=20.2&"), std::string::npos) << "read anew";
 
     fs::current_path(former);
     fs::remove_all(folder);
