@@ -93,8 +93,9 @@ def measure_dialog():
 def measure_growth(what, measure, sizes=SIZES):
     """The medians in ms for each size, of rounds that go through them all."""
     rounds = [[measure(size) / 1000 for size in sizes] for _ in range(7)]
-    times = [statistics.median(size) for size in zip(*rounds)]
-    report(f"{what}: 10 times as many", times[-1] / times[-2], LINEAR, " x",
+    *_, fewer, most = by_size = list(zip(*rounds))
+    times = [statistics.median(size) for size in by_size]
+    report(f"{what}: 10 times as many", ratio(most, fewer), LINEAR, " x",
            " ".join(f"{time:.3g}" for time in times) + " ms")
     return times
 
@@ -108,8 +109,8 @@ def read_offers(count):
 
 
 def report_parses(count):
-    series = run("own_part_benchmark.exe", count, 30)
-    report(f"{count:,} offers in a reply / two parses of it", ratio(series["call"], series["parses"]), 1.2,
+    series = run("own_part_benchmark.exe", count, 15)
+    report(f"{count:,} offers in a reply / two parses of it", ratio(series["call"], series["parses"]), 1.1,
            note=medians(1000, "ms", series["call"], series["parses"]))
 
 
@@ -151,7 +152,7 @@ step("Growth: offers, replies, language files (a minute)")
 shown = measure_growth("offers shown, 1 to 10,000", shown_offers)
 report("10,000 offers shown", shown[-1], 1000, " ms")
 measure_growth("offers in a reply, 1 to 10,000", read_offers)
-report_parses(1000)
+report_parses(SIZES[-1])
 first = measure_growth("language file, 88 to 88,000 lines", first_call, SIZES[:4])
 report("first call of a process, 88 lines", first[0], 2, " ms")
 measure_size()
