@@ -4,18 +4,10 @@
 # With --interactive it opens the sample host on your display instead, until you close it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-. tools/lib/say.sh
-. tools/lib/wine.sh
-. tools/lib/sample.sh
+. scripts/lib/session.sh
 
 readonly host=build/mingw/bin/SampleHost.exe
 readonly opened=$PWD/build/opened-addresses.txt
-
-clean_up() {
-  stop_service
-  stop_wine_services
-  stop_display
-}
 
 run_host() { (cd samples && wine_run "../$host" "$@") >build/run.log 2>&1; }
 
@@ -24,19 +16,20 @@ print_host_output() { sed 's/\r$//; s/^/    /' build/run.log; }
 # show SENTENCE ARGUMENT...: says what is tried, runs the sample host, prints what it printed.
 show() {
   say "$1"
-  run_host "${@:2}" --unattended || fail "The sample host failed: $(cat build/run.log)"
+  attend run_host "${@:2}" --unattended || fail "The sample host failed: $(cat build/run.log)"
   print_host_output
 }
 
 # show_window SENTENCE TITLE PICTURE ARGUMENT...: as show, and keeps a picture of the window with that title.
 show_window() {
   say "$1"
-  run_host "${@:4}" --unattended --look 2500 &
-  local host_pid=$! window
+  launch run_host "${@:4}" --unattended --look 2500
+  local host_pid=$launched window
   window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$2\$" | head -n 1) || fail "No window came up."
   sleep 1 # for the last control to paint itself
   import -window "$window" "$3"
   wait "$host_pid" || fail "The sample host failed: $(cat build/run.log)"
+  forget "$host_pid"
   print_host_output
   printf '    picture: %s\n' "$3"
 }
@@ -59,11 +52,9 @@ show_upgrades() {
 }
 
 run_unattended() {
-  start_display
-  prepare_wine_prefix
-  start_wine_services
+  start_windows
   register_products
-  PATH=$PWD/tests/support/bin:$PATH
+  PATH=$PWD/scripts/lib/browser:$PATH
   show_checks
   show_upgrades
   say "What the service was asked"
@@ -71,24 +62,22 @@ run_unattended() {
 }
 
 run_interactive() {
-  [ -n "${DISPLAY:-}" ] || fail "There is no display here; run ./run.sh without --interactive."
   prepare_wine_prefix
   register_products
   say "The sample host is open; its Help menu calls the library. Close it to end."
-  run_host || fail "The sample host failed: $(cat build/run.log)"
+  attend run_host || fail "The sample host failed: $(cat build/run.log)"
 }
 
 case "${1:-}" in
   '') mode=run_unattended ;;
-  --interactive) mode=run_interactive ;;
+  --interactive)
+    [ -n "${DISPLAY:-}" ] || fail "There is no display here; run ./run.sh without --interactive."
+    mode=run_interactive
+    ;;
   *) fail "usage: ./run.sh [--interactive]" ;;
 esac
 
-./setup.sh
-say "Building (a minute or two the first time)"
-{ cmake --preset mingw && cmake --build --preset mingw; } >build/build.log 2>&1 \
-  || fail "The build failed; see build/build.log."
-
-trap clean_up EXIT
+begin_session
+build_project build/mingw
 start_service build/service.log
 $mode

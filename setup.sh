@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Installs what the build and the tests need on Debian 12 and builds libcurl for
 # Windows into build/deps. It does only what is missing, so it may run any number
-# of times; run.sh and test.sh call it.
+# of times; run.sh and test.sh call it. What follows are further packages to install.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-. tools/lib/say.sh
+. scripts/lib/say.sh
 
 readonly triplet=x86_64-w64-mingw32
 readonly deps="$PWD/build/deps"
@@ -12,7 +12,8 @@ readonly packages=(
   g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev
   nlohmann-json3-dev googletest
   wine wine64 xvfb fonts-wine xdotool imagemagick
-  llvm openssl python3 python3-pefile wixl
+  llvm openssl python3 python3-pefile python3-pytest wixl
+  "$@"
 )
 
 as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }

@@ -1,23 +1,14 @@
 #!/usr/bin/env bash
-# Builds everything and runs every test: the Windows programs under Wine on a display of their own.
+# Builds everything and runs every test: the Windows programs under Wine on a display of their own. What follows goes
+# to ctest. PRESET=ubsan or PRESET=coverage in the environment tests another build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-. tools/lib/say.sh
-. tools/lib/wine.sh
+. scripts/lib/session.sh
 
-clean_up() {
-  stop_wine_services
-  stop_display
-}
+preset=${PRESET:-mingw}
 
-./setup.sh
-say "Building (a few minutes the first time)"
-{ cmake --preset mingw && cmake --build --preset mingw; } >build/build.log 2>&1 \
-  || { tail -n 40 build/build.log >&2; fail "The build failed; see build/build.log."; }
-
-trap clean_up EXIT
-start_display
-prepare_wine_prefix
-start_wine_services
+begin_session
+build_project "build/$preset"
+start_windows
 say "Running the tests"
-ctest --preset mingw "$@"
+attend ctest --preset "$preset" --no-tests=error "$@"

@@ -21,7 +21,7 @@ rows = []
 
 def run(program, *arguments, folder=BIN):
     """{series: numbers} that a program printed."""
-    command = [REPOSITORY / "tools/wine.sh", BIN / program, *map(str, arguments)]
+    command = [REPOSITORY / "scripts/run_wine.sh", BIN / program, *map(str, arguments)]
     done = subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, text=True)
     if done.returncode:
         sys.exit(f"error: {program} {' '.join(map(str, arguments))} failed: {done.stdout}")

@@ -74,7 +74,7 @@ class InstallerTest(unittest.TestCase):
 
     @staticmethod
     def call_wine_library(function):
-        subprocess.run(["bash", "-c", f"set -e; . tools/lib/say.sh; . tools/lib/wine.sh; {function}"],
+        subprocess.run(["bash", "-c", f"set -e; . scripts/lib/session.sh; {function}"],
                        cwd=REPOSITORY, env=ENVIRONMENT, check=True, timeout=200)
 
     @staticmethod

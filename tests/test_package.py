@@ -84,9 +84,9 @@ class PackageTest(unittest.TestCase):
         self.assertEqual(status, 0, output)
         self.assertNotIn("warning", output)
         # Without a record of the product there is no request and no window.
-        run(REPOSITORY / "tools/wine.sh", "reg", "delete", r"HKCU\Software\Example Maker", "/f")
+        run(REPOSITORY / "scripts/run_wine.sh", "reg", "delete", r"HKCU\Software\Example Maker", "/f")
         for host in ("host_c.exe", "host_cpp.exe"):
-            status, output = run(REPOSITORY / "tools/wine.sh", build / host)
+            status, output = run(REPOSITORY / "scripts/run_wine.sh", build / host)
             self.assertEqual((status, output.strip()), (0, "950: No data of the installed product was found."))
 
     def test_the_version_file_refuses_another_major_version(self):

@@ -16,7 +16,7 @@ import unittest
 
 REPOSITORY = pathlib.Path(__file__).parent.parent
 HOST = pathlib.Path(os.environ["PRODUCT_SERVICES_BIN"], "SampleHost.exe").absolute()
-WINE = REPOSITORY / "tools" / "wine.sh"
+WINE = REPOSITORY / "scripts" / "run_wine.sh"
 SERVICE = REPOSITORY / "tools" / "product_service.py"
 RECORDS = r"HKCU\Software\Example Maker\Products\Example Draft"
 
@@ -130,7 +130,7 @@ class SampleHostTest(unittest.TestCase):
     def test_buying_hands_the_offers_address_to_the_browser(self):
         opened = self.folder / "opened"
         environment = {**os.environ, "OPENED_ADDRESSES": str(opened),
-                       "PATH": f"{REPOSITORY}/tests/support/bin:{os.environ['PATH']}"}
+                       "PATH": f"{REPOSITORY}/scripts/lib/browser:{os.environ['PATH']}"}
         with Service():
             lines = self.run_host("upgrade", "--buy", "2", env=environment)
         self.assertEqual(lines[-1], "outcome: 930: Browser opened, continue running!")

@@ -3,7 +3,7 @@
 # BIN_DIR holds what was built (build/mingw/bin); RELEASE is the product version in the record (2026.1).
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-. "$here/../../tools/lib/say.sh"
+. "$here/../../scripts/lib/say.sh"
 
 (($# >= 1 && $# <= 3)) || fail "usage: samples/installer/build.sh OUTPUT.msi [BIN_DIR [RELEASE]]"
 output=$1

@@ -3,7 +3,7 @@
 # Needs a configured mingw build (test.sh makes one) and the packages clang-format and clang-tidy.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-. tools/lib/say.sh
+. scripts/lib/say.sh
 
 for tool in clang-format clang-tidy; do
   command -v "$tool" >/dev/null || fail "$tool is missing; install Debian's package $tool."
@@ -16,7 +16,7 @@ if [ "${1:-}" = --fix ]; then
 fi
 
 say "Checking the format of ${#sources[@]} files"
-clang-format --dry-run -Werror "${sources[@]}" || fail "Run tools/lint.sh --fix."
+clang-format --dry-run -Werror "${sources[@]}" || fail "Run scripts/lint.sh --fix."
 
 say "Running clang-tidy over the library (a few minutes)"
 readonly gcc=/usr/lib/gcc/x86_64-w64-mingw32/12-posix/include/c++

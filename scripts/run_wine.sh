@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs a Windows program under Wine, in the Wine prefix of the build tree: tools/wine.sh PROGRAM [ARGUMENT...]
+# Runs a Windows program under Wine, in the Wine prefix of the build tree: scripts/run_wine.sh PROGRAM [ARGUMENT...]
 set -uo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/lib/wine.sh"
 
