@@ -1,13 +1,10 @@
-# What differs between product families is compiled for each; the rest is in product_services_core.
-set(PRODUCT_FAMILY_SOURCES
-    "${CMAKE_SOURCE_DIR}/src/platform/product_record.cpp"
-    "${CMAKE_SOURCE_DIR}/src/service/endpoints.cpp"
-    "${CMAKE_SOURCE_DIR}/src/ui/background_bitmap.cpp")
+# What a product family brings is compiled for each; the rest is in product_services_core.
+set(PRODUCT_FAMILY_SOURCE "${CMAKE_SOURCE_DIR}/src/platform/family.cpp")
 
 # add_product_services_library(TARGET NAME HEADER_DIR PICTURE_DIR): the DLL NAME.dll of a product family.
 function(add_product_services_library target name header_dir picture_dir)
     add_library(${target} SHARED
-        ${PRODUCT_FAMILY_SOURCES}
+        ${PRODUCT_FAMILY_SOURCE}
         "${CMAKE_SOURCE_DIR}/src/host/application.cpp"
         "${CMAKE_SOURCE_DIR}/src/host/exports.cpp"
         "${CMAKE_SOURCE_DIR}/src/product_services.def"

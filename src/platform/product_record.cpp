@@ -1,8 +1,7 @@
 #include "platform/product_record.h"
 
+#include "platform/family.h"
 #include "platform/registry.h"
-
-#include "product_family.h"
 
 #include <utility>
 
@@ -22,7 +21,7 @@ ProductRecordLocation FindProductRecord(const std::wstring& productName, const s
         return {};
     }
     const std::wstring path =
-        std::wstring(product_family::RecordRegistryPath) + L'\\' + productName + L'\\' + productVersion;
+        std::wstring(Family.recordRegistryPath) + L'\\' + productName + L'\\' + productVersion;
     for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
         if (OpenRegistryKey(root, path)) {
             return {root, path};

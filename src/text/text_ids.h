@@ -18,7 +18,8 @@ inline constexpr TextId BrowserOpened = 71;
 inline constexpr TextId NoConnection = 72;
 inline constexpr TextId NoProductRecord = 73;
 inline constexpr TextId LatestVersion = 74;
-/// Holds the same English text as id 75, which nothing uses; a language file may tell them apart.
+/// Has the text of `UnstableConnection` in English; nothing shows it.
+inline constexpr TextId UnstableConnectionSpare = 75;
 inline constexpr TextId UnstableConnection = 77;
 
 } // namespace product_services::text_ids

@@ -2,9 +2,8 @@
 
 #include "ui/background_bitmap.h"
 
+#include "platform/family.h"
 #include "ui/resource.h"
-
-#include "product_family.h"
 
 #include <iterator>
 
@@ -14,12 +13,12 @@ namespace {
 // In the order of KnownApiKeys. Meant: three product lines share one picture.
 constexpr int KnownBackgrounds[]{IDB_BACKGROUND_332, IDB_BACKGROUND_333,  IDB_BACKGROUND_333,
                                  IDB_BACKGROUND_333, IDB_BACKGROUND_1077, IDB_BACKGROUND_335};
-static_assert(std::size(KnownBackgrounds) == std::size(product_family::KnownApiKeys));
+static_assert(std::size(KnownBackgrounds) == std::size(Family.knownApiKeys));
 
 int BackgroundId(const std::wstring& apiKey)
 {
     for (std::size_t i = 0; i < std::size(KnownBackgrounds); ++i) {
-        if (apiKey == product_family::KnownApiKeys[i]) {
+        if (apiKey == Family.knownApiKeys[i]) {
             return KnownBackgrounds[i];
         }
     }

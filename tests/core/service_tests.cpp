@@ -2,6 +2,7 @@
 #include "service/curl_error_texts.h"
 #include "service/service_client.h"
 #include "service/text_conversion.h"
+#include "product_family.h"
 #include "service/update_query.h"
 #include "support/recording_curl.h"
 
@@ -92,7 +93,7 @@ TEST(Probe, HoldsForExactlyOne)
 {
     AnswerWith({.pieces = {"1"}});
     EXPECT_TRUE(ServiceClient::IsServiceReachable());
-    EXPECT_EQ(Recorded().url, "http://127.0.0.1:18444/check.php");
+    EXPECT_EQ(Recorded().url, "http://" TESTS_ADDRESS ":18444/check.php");
     EXPECT_EQ(Recorded().body, "");
     for (const char* reply :
          {"", "1\n", " 1", "1 ", "11", "0", "true", "\xFF", "1\xC3", "\xF0\x9F\x98\x80"}) {

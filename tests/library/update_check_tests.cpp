@@ -33,7 +33,7 @@ TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
     EXPECT_EQ(request.substr(0, start.size()), start);
     EXPECT_EQ(request.substr(start.size() + 64), "&version=20.1&up=1");
     const std::string head = service.LastRequest();
-    EXPECT_EQ(head.rfind("POST /get_updates.php HTTP/1.1\r\nHost: 127.0.0.1:18444\r\nAccept: */*\r\n", 0), 0u)
+    EXPECT_EQ(head.rfind("POST /get_updates.php HTTP/1.1\r\nHost: " TESTS_ADDRESS ":18444\r\nAccept: */*\r\n", 0), 0u)
         << head;
     EXPECT_EQ(head.find("Expect"), head.npos);
     EXPECT_EQ(head.find("User-Agent"), head.npos);

@@ -1,5 +1,7 @@
 #include "support/loopback_server.h"
 
+#include "product_family.h"
+
 #include <stdexcept>
 #include <ws2tcpip.h>
 
@@ -72,7 +74,7 @@ LoopbackServer::LoopbackServer()
 
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_addr.s_addr = inet_addr(TESTS_ADDRESS);
     address.sin_port = htons(Port);
     m_listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
     const BOOL reuse = TRUE;

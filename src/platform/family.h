@@ -1,0 +1,16 @@
+#pragma once
+
+namespace product_services {
+
+/// What the maker's product_family.h says. Texts and keys are never null.
+struct ProductFamily
+{
+    const wchar_t* serviceBaseAddress;
+    const wchar_t* recordRegistryPath;
+    const wchar_t* knownApiKeys[6];
+};
+
+/// The product family that this library was built for.
+extern const ProductFamily Family;
+
+} // namespace product_services
