@@ -1,4 +1,4 @@
-// The module state: which module's resources and application object are in force on this thread.
+// The module state: which module's resources and application object are in force.
 #pragma once
 
 #include <afx.h>
@@ -9,14 +9,13 @@ class AFX_MODULE_STATE
 {
 public:
     CWinApp* m_pCurrentWinApp = nullptr;
-    HINSTANCE m_hCurrentInstanceHandle = nullptr;
     HINSTANCE m_hCurrentResourceHandle = nullptr;
 };
 
 /// The state of the module that this is linked into.
 AFX_MODULE_STATE* AFXAPI AfxGetStaticModuleState();
 
-/// The state in force on this thread.
+/// The state in force.
 AFX_MODULE_STATE* AFXAPI AfxGetModuleState();
 
 /// Puts a state in force for the rest of the enclosing scope; the former one comes back on every way out.

@@ -27,48 +27,47 @@ struct AFX_MSGMAP_ENTRY
 
 struct AFX_MSGMAP
 {
-    const AFX_MSGMAP* baseMap;
+    const AFX_MSGMAP* (*baseMap)();
     const AFX_MSGMAP_ENTRY* entries;
 };
 
-#define DECLARE_MESSAGE_MAP()                                                                                \
-protected:                                                                                                   \
-    static const AFX_MSGMAP* GetThisMessageMap();                                                            \
+// clang-format off
+#define DECLARE_MESSAGE_MAP()                       \
+protected:                                          \
+    static const AFX_MSGMAP* GetThisMessageMap();   \
     const AFX_MSGMAP* GetMessageMap() const override;
 
-#define BEGIN_MESSAGE_MAP(theClass, baseClass)                                                               \
-    const AFX_MSGMAP* theClass::GetMessageMap() const                                                        \
-    {                                                                                                        \
-        return GetThisMessageMap();                                                                          \
-    }                                                                                                        \
-    const AFX_MSGMAP* theClass::GetThisMessageMap()                                                          \
-    {                                                                                                        \
-        using ThisClass [[maybe_unused]] = theClass;                                                         \
-        using TheBaseClass = baseClass;                                                                      \
-        static const AFX_MSGMAP_ENTRY entries[]                                                              \
-        {
+#define BEGIN_MESSAGE_MAP(theClass, baseClass)                \
+    const AFX_MSGMAP* theClass::GetMessageMap() const         \
+    {                                                         \
+        return GetThisMessageMap();                           \
+    }                                                         \
+    const AFX_MSGMAP* theClass::GetThisMessageMap()           \
+    {                                                         \
+        using ThisClass [[maybe_unused]] = theClass;          \
+        using TheBaseClass = baseClass;                       \
+        static constexpr AFX_MSGMAP_ENTRY entries[]{
 
-#define ON_COMMAND(id, memberFxn)                                                                            \
-    {WM_COMMAND, BN_CLICKED, static_cast<UINT>(id),                                                          \
-     [](CCmdTarget& target, const AFX_MESSAGE&) { (static_cast<ThisClass&>(target).*(memberFxn))(); }},
+#define ON_COMMAND(id, memberFxn)                             \
+            {WM_COMMAND, BN_CLICKED, static_cast<UINT>(id),   \
+             [](CCmdTarget& target, const AFX_MESSAGE&) {     \
+                 (static_cast<ThisClass&>(target).*(memberFxn))(); \
+             }},
 
 #define ON_BN_CLICKED(id, memberFxn) ON_COMMAND(id, memberFxn)
 
-#define ON_NOTIFY(wNotifyCode, id, memberFxn)                                                                \
-    {WM_NOTIFY, static_cast<UINT>(wNotifyCode), static_cast<UINT>(id),                                       \
-     [](CCmdTarget& target, const AFX_MESSAGE& message) {                                                    \
-         (static_cast<ThisClass&>(target).*(memberFxn))(message.notification, message.result);               \
-     }},
+#define ON_NOTIFY(wNotifyCode, id, memberFxn)                                      \
+            {WM_NOTIFY, static_cast<UINT>(wNotifyCode), static_cast<UINT>(id),     \
+             [](CCmdTarget& target, const AFX_MESSAGE& message) {                  \
+                 (static_cast<ThisClass&>(target).*(memberFxn))(message.notification, message.result); \
+             }},
 
-#define END_MESSAGE_MAP()                                                                                    \
-    {                                                                                                        \
-        0, 0, 0, nullptr                                                                                     \
-    }                                                                                                        \
-    }                                                                                                        \
-    ;                                                                                                        \
-    static const AFX_MSGMAP map{TheBaseClass::GetThisMessageMap(), entries};                                 \
-    return &map;                                                                                             \
+#define END_MESSAGE_MAP()                                     \
+            {0, 0, 0, nullptr}};                              \
+        static constexpr AFX_MSGMAP map{&TheBaseClass::GetThisMessageMap, entries}; \
+        return &map;                                          \
     }
+// clang-format on
 
 class CCmdTarget : public CObject
 {
@@ -89,14 +88,10 @@ class CWinApp : public CCmdTarget
 public:
     CWinApp();
 
-    virtual BOOL InitInstance();
-    virtual int ExitInstance();
-
     HICON LoadIcon(UINT nIDResource) const;
 };
 
 CWinApp* AFXAPI AfxGetApp();
-HINSTANCE AFXAPI AfxGetInstanceHandle();
 HINSTANCE AFXAPI AfxGetResourceHandle();
 
 class CDataExchange;

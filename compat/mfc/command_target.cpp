@@ -1,5 +1,12 @@
 #include <afxwin.h>
 
+CRuntimeClass CObject::classCObject{"CObject", static_cast<int>(sizeof(CObject)), nullptr};
+
+CRuntimeClass* CObject::GetRuntimeClass() const
+{
+    return RUNTIME_CLASS(CObject);
+}
+
 IMPLEMENT_DYNAMIC(CCmdTarget, CObject)
 
 const AFX_MSGMAP* CCmdTarget::GetThisMessageMap()
@@ -16,7 +23,7 @@ const AFX_MSGMAP* CCmdTarget::GetMessageMap() const
 
 bool CCmdTarget::RouteMessage(UINT message, UINT code, UINT id, const AFX_MESSAGE& arguments)
 {
-    for (const AFX_MSGMAP* map = GetMessageMap(); map; map = map->baseMap) {
+    for (const AFX_MSGMAP* map = GetMessageMap(); map; map = map->baseMap ? map->baseMap() : nullptr) {
         for (const AFX_MSGMAP_ENTRY* entry = map->entries; entry->nMessage; ++entry) {
             if (entry->nMessage == message && entry->nCode == code && entry->nID == id) {
                 entry->invoke(*this, arguments);

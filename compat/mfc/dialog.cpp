@@ -16,27 +16,26 @@ RECT WindowRect(HWND window)
     return rect;
 }
 
+// MFC registers the classes of the common controls by itself.
+void RegisterCommonControls()
+{
+    const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_WIN95_CLASSES};
+    ::InitCommonControlsEx(&controls);
+}
+
 } // namespace
 
 CDialog::CDialog(UINT nIDTemplate, CWnd* pParentWnd) : m_templateId(nIDTemplate), m_parent(pParentWnd) {}
 
 INT_PTR CDialog::DoModal()
 {
-    const HWND parent = m_parent ? m_parent->m_hWnd : nullptr;
-    const bool disablesParent = parent && ::IsWindowEnabled(parent);
-    if (disablesParent) {
-        ::EnableWindow(parent, FALSE);
-    }
+    RegisterCommonControls();
     m_continuesModal = true;
     m_modalResult = -1;
     if (::CreateDialogParamW(
-            AfxGetResourceHandle(), MAKEINTRESOURCEW(m_templateId), parent, DialogProc,
-            reinterpret_cast<LPARAM>(this))) {
+            AfxGetResourceHandle(), MAKEINTRESOURCEW(m_templateId), m_parent ? m_parent->m_hWnd : nullptr,
+            DialogProc, reinterpret_cast<LPARAM>(this))) {
         RunModalLoop(MLF_SHOWONIDLE);
-    }
-    // Before the dialog goes, so that activation returns to the parent and not to another application.
-    if (disablesParent) {
-        ::EnableWindow(parent, TRUE);
     }
     DestroyWindow();
     return m_modalResult;
@@ -56,7 +55,8 @@ INT_PTR CALLBACK CDialog::DialogProc(HWND dialog, UINT message, WPARAM, LPARAM l
     return reinterpret_cast<CDialog*>(lParam)->InitDialog(dialog);
 }
 
-// A dialog that its template and its own initialisation leave in the corner comes up centred.
+// A dialog that its template and its own initialisation leave in the corner comes up centred; one that has ended
+// already leaves the focus where it is.
 INT_PTR CDialog::InitDialog(HWND dialog)
 {
     SubclassWindow(dialog);
@@ -66,7 +66,7 @@ INT_PTR CDialog::InitDialog(HWND dialog)
     if (before.left == 0 && before.top == 0 && ::EqualRect(&before, &after)) {
         CenterWindow();
     }
-    return setsFocus;
+    return ContinueModal() && setsFocus;
 }
 
 BOOL CDialog::OnInitDialog()
@@ -90,4 +90,24 @@ void CDialog::OnOK()
 void CDialog::OnCancel()
 {
     EndDialog(IDCANCEL);
+}
+
+void CWnd::DoDataExchange(CDataExchange*) {}
+
+BOOL CWnd::UpdateData(BOOL bSaveAndValidate)
+{
+    CDataExchange exchange(this, bSaveAndValidate);
+    DoDataExchange(&exchange);
+    return TRUE;
+}
+
+// Binds at the first exchange. A control that the template lacks stays unbound.
+void AFXAPI DDX_Control(CDataExchange* pDX, int nIDC, CWnd& rControl)
+{
+    if (rControl.m_hWnd) {
+        return;
+    }
+    if (HWND control = ::GetDlgItem(pDX->m_pDlgWnd->m_hWnd, nIDC)) {
+        rControl.SubclassWindow(control);
+    }
 }

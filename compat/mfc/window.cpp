@@ -7,8 +7,8 @@ END_MESSAGE_MAP()
 
 namespace {
 
-// The windows of this thread that have an object: a dialog and its controls, so a list is short enough.
-thread_local CWnd* firstAttached = nullptr;
+// The windows that have an object: a dialog and its controls, so a list is short enough.
+CWnd* firstAttached = nullptr;
 
 } // namespace
 

@@ -16,6 +16,7 @@
 
 #include "product_services/version.h"
 
+#include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -44,6 +45,22 @@ enum ProductServicesResultCode
     PRODUCT_SERVICES_NO_PRODUCT_RECORD = 950
 };
 
+/** The language of the texts, for HostContext::languageId. */
+enum ProductServicesLanguage
+{
+    PRODUCT_SERVICES_LANGUAGE_EN = 120, /**< English; its texts come from a file like the others'. */
+    PRODUCT_SERVICES_LANGUAGE_CZ = 130, /**< Czech. */
+    PRODUCT_SERVICES_LANGUAGE_DE = 140, /**< German. */
+    PRODUCT_SERVICES_LANGUAGE_ES = 150, /**< Spanish. */
+    PRODUCT_SERVICES_LANGUAGE_FR = 160, /**< French. */
+    PRODUCT_SERVICES_LANGUAGE_IT = 170, /**< Italian. */
+    PRODUCT_SERVICES_LANGUAGE_JA = 180, /**< Japanese. */
+    PRODUCT_SERVICES_LANGUAGE_PL = 190, /**< Polish. */
+    PRODUCT_SERVICES_LANGUAGE_RU = 200, /**< Russian. */
+    PRODUCT_SERVICES_LANGUAGE_TW = 220, /**< Chinese in traditional characters. */
+    PRODUCT_SERVICES_LANGUAGE_ZH = 230  /**< Chinese in simplified characters. */
+};
+
 /**
  * The record that a host passes to every call. The host owns it and every buffer that it points to;
  * texts are NUL-terminated UTF-16 and stay valid for the whole call. A null text reads as an empty one.
@@ -60,9 +77,9 @@ typedef struct HostContext
     /** In: service API key of the calling product. */
     const wchar_t* apiKey;
     /**
-     * In: language of the texts: 120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,
-     * 220 TW, 230 ZH, any other value US. Texts come from lang\DE\Vemo_DE.lang (and so on) under the
-     * working directory, or are English when there is no such file that the user may write to.
+     * In: a ProductServicesLanguage; any other value is the language US. Texts come from
+     * lang\DE\Vemo_DE.lang (and so on) under the working directory, or are English when there is no such
+     * file that the user may write to.
      */
     int32_t languageId;
     /** Never read or written by the library, like all members named reserved. */
@@ -80,26 +97,18 @@ typedef struct HostContext
     int32_t reserved4;
 } HostContext;
 
-#ifdef __cplusplus
-#define PRODUCT_SERVICES_ASSERT(condition, text) static_assert(condition, text)
-#else
-#define PRODUCT_SERVICES_ASSERT(condition, text) _Static_assert(condition, text)
-#endif
-
-PRODUCT_SERVICES_ASSERT(sizeof(wchar_t) == 2, "texts are UTF-16");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, productName) == 0, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, productVersion) == 8, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, apiKey) == 16, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, languageId) == 24, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, reserved1) == 32, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, resultCode) == 40, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, resultText) == 48, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, reserved2) == 56, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, reserved3) == 64, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(offsetof(HostContext, reserved4) == 72, "HostContext layout");
-PRODUCT_SERVICES_ASSERT(sizeof(HostContext) == 80, "HostContext layout");
-
-#undef PRODUCT_SERVICES_ASSERT
+static_assert(sizeof(wchar_t) == 2, "texts are UTF-16");
+static_assert(offsetof(HostContext, productName) == 0, "HostContext layout");
+static_assert(offsetof(HostContext, productVersion) == 8, "HostContext layout");
+static_assert(offsetof(HostContext, apiKey) == 16, "HostContext layout");
+static_assert(offsetof(HostContext, languageId) == 24, "HostContext layout");
+static_assert(offsetof(HostContext, reserved1) == 32, "HostContext layout");
+static_assert(offsetof(HostContext, resultCode) == 40, "HostContext layout");
+static_assert(offsetof(HostContext, resultText) == 48, "HostContext layout");
+static_assert(offsetof(HostContext, reserved2) == 56, "HostContext layout");
+static_assert(offsetof(HostContext, reserved3) == 64, "HostContext layout");
+static_assert(offsetof(HostContext, reserved4) == 72, "HostContext layout");
+static_assert(sizeof(HostContext) == 80, "HostContext layout");
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,6 +1,5 @@
 #include "host/host_call_scope.h"
 
-#include "service/service_client.h"
 #include "update/update_check.h"
 #include "upgrade/upgrade_center.h"
 
@@ -10,24 +9,16 @@ using namespace product_services;
 
 void CheckForUpdates(HostContext* context)
 {
-    if (!context) {
-        return;
-    }
-    HostCallScope call(context);
-    if (call.RequireRecord()) {
-        RunUpdateCheck(call.Record());
+    if (context) {
+        HostCallScope call(context);
+        RunUpdateCheck(call);
     }
 }
 
 void Upgrade(HostContext* context)
 {
-    if (!context) {
-        return;
-    }
-    HostCallScope call(context);
-    // Meant: the probe runs, and takes its time, before it is known whether there is a record.
-    const bool isReachable = ServiceClient::IsServiceReachable();
-    if (call.RequireRecord()) {
-        RunUpgradeCenter(call.Record(), isReachable);
+    if (context) {
+        HostCallScope call(context);
+        RunUpgradeCenter(call);
     }
 }

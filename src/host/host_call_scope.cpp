@@ -1,12 +1,21 @@
 #include "host/host_call_scope.h"
 
 #include "host/current_call.h"
-#include "host/installed_product.h"
 #include "host/report_result.h"
 #include "text/language_code.h"
 #include "text/text_table.h"
 
+#include <optional>
+
 namespace product_services {
+namespace {
+
+constexpr int LoadAttempts = 5;
+constexpr DWORD PauseAfterFailureMs = 150;
+
+std::optional<ProductRecord> processRecord;
+
+} // namespace
 
 HostCallScope::HostCallScope(HostContext* context) : m_record(BeginCall(context)) {}
 
@@ -23,6 +32,27 @@ bool HostCallScope::RequireRecord()
         return true;
     }
     ReportResult(PRODUCT_SERVICES_NO_PRODUCT_RECORD);
+    return false;
+}
+
+ProductRecord& SelectProductRecord(const std::wstring& productName, const std::wstring& productVersion)
+{
+    // Deliberate: the first caller's product stays for the life of the process, one without a record too.
+    if (!processRecord) {
+        processRecord.emplace(FindProductRecord(productName, productVersion));
+    }
+    return *processRecord;
+}
+
+bool LoadProductRecord(ProductRecord& record)
+{
+    for (int attempt = 0; attempt < LoadAttempts; ++attempt) {
+        if (record.Load()) {
+            return true;
+        }
+        // Deliberate: after the last failure too, so that an absent record costs 750 ms.
+        Sleep(PauseAfterFailureMs);
+    }
     return false;
 }
 

@@ -5,6 +5,8 @@
 #include "platform/product_record.h"
 #include "product_services/product_services.h"
 
+#include <string>
+
 namespace product_services {
 
 /// The frame of an exported call, on its stack: while it lives, dialogs and pictures come from this library
@@ -29,5 +31,13 @@ private:
     AFX_MAINTAIN_STATE2 m_moduleState{AfxGetStaticModuleState()};
     ProductRecord& m_record;
 };
+
+/// The record of this process. The first call chooses its product; later calls get the same record, whatever
+/// product they name. Owned by the library.
+ProductRecord& SelectProductRecord(const std::wstring& productName, const std::wstring& productVersion);
+
+/// Reads the record anew, up to five times with a pause of 150 ms after every failed attempt; false where all
+/// have failed.
+bool LoadProductRecord(ProductRecord& record);
 
 } // namespace product_services

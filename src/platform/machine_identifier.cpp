@@ -12,6 +12,9 @@ namespace {
 
 constexpr wchar_t HashedPrefix[] = L"ProductServices machine identifier\n";
 
+// Kept, since the computer stays the same.
+std::wstring identifier;
+
 using Sha256Digest = std::array<unsigned char, 32>;
 
 std::wstring ComputerName()
@@ -65,7 +68,9 @@ std::wstring ComputeMachineIdentifier()
 
 std::wstring MachineIdentifier()
 {
-    static const std::wstring identifier = ComputeMachineIdentifier();
+    if (identifier.empty()) {
+        identifier = ComputeMachineIdentifier();
+    }
     return identifier;
 }
 

@@ -27,7 +27,8 @@ std::optional<std::wstring> ReadRegistryText(HKEY key, const wchar_t* name)
     LSTATUS status = ERROR_MORE_DATA;
     while (status == ERROR_MORE_DATA) {
         auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-        status = RegGetValueW(key, nullptr, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes);
+        // A text with variables to be expanded is no text.
+        status = RegGetValueW(key, nullptr, name, RRF_RT_REG_SZ | RRF_NOEXPAND, nullptr, text.data(), &bytes);
         if (status == ERROR_MORE_DATA) {
             text.resize(std::max(2 * text.size(), bytes / sizeof(wchar_t) + 1));
         }

@@ -56,7 +56,7 @@ constexpr CurlErrorText CurlErrorTexts[]{
         L"identify an existing file. Did you check file permissions?"},
     {41, L"Function not found. A required zlib function was not found."},
     {42, L"Aborted by callback. A callback returned \"abort\" to libcurl."},
-    {43, L"A function was called with a bad parameter."},
+    {43, L"Internal error. A function was called with a bad parameter."},
     {45, L"Interface error. A specified outgoing interface could not be used. Set which interface "
         L"to use for outgoing connections' source IP address with CURLOPT_INTERFACE."},
     {47, L"Too many redirects. When following redirects, libcurl hit the maximum amount. Set your "

@@ -8,7 +8,7 @@ namespace product_services {
 std::string BuildUpdateQuery(
     std::wstring apiKey, std::wstring productKey, std::wstring version, std::wstring up)
 {
-    // Meant: the service expects the values as they are, without percent-encoding.
+    // Deliberate: the service expects the values as they are, without percent-encoding.
     return ToUtf8(
         L"api_key=" + apiKey + L"&key=" + productKey + L"&hardware_id=" + MachineIdentifier() + L"&version=" +
         version + L"&up=" + up);

@@ -1,33 +1,36 @@
 #include "text/language_code.h"
 
+#include "product_services/product_services.h"
+
 namespace product_services {
 
 std::wstring LanguageCodeFromId(std::int32_t languageId)
 {
     switch (languageId) {
-    case 120:
+    case PRODUCT_SERVICES_LANGUAGE_EN:
         return L"EN";
-    case 130:
+    case PRODUCT_SERVICES_LANGUAGE_CZ:
         return L"CZ";
-    case 140:
+    case PRODUCT_SERVICES_LANGUAGE_DE:
         return L"DE";
-    case 150:
+    case PRODUCT_SERVICES_LANGUAGE_ES:
         return L"ES";
-    case 160:
+    case PRODUCT_SERVICES_LANGUAGE_FR:
         return L"FR";
-    case 170:
+    case PRODUCT_SERVICES_LANGUAGE_IT:
         return L"IT";
-    case 180:
+    case PRODUCT_SERVICES_LANGUAGE_JA:
         return L"JA";
-    case 190:
+    case PRODUCT_SERVICES_LANGUAGE_PL:
         return L"PL";
-    case 200:
+    case PRODUCT_SERVICES_LANGUAGE_RU:
         return L"RU";
-    case 220:
+    case PRODUCT_SERVICES_LANGUAGE_TW:
         return L"TW";
-    case 230:
+    case PRODUCT_SERVICES_LANGUAGE_ZH:
         return L"ZH";
     default:
+        // Deliberate: not "EN", so that an unknown language has a folder of its own.
         return L"US";
     }
 }

@@ -1,6 +1,7 @@
 #include "text/language_file.h"
 
 #include "text/default_texts.h"
+#include "text/utf16.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -16,7 +17,7 @@ struct CloseFile
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-// Meant: the file is opened for writing too, though nothing is written. A file that the user may not
+// Deliberate: the file is opened for writing too, though nothing is written. A file that the user may not
 // write to counts as absent.
 File OpenLanguageFile(const std::wstring& path)
 {
@@ -47,16 +48,6 @@ void FillFromLines(TextTable& table, std::wstring_view characters)
     }
 }
 
-bool IsHighSurrogate(wchar_t unit)
-{
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(wchar_t unit)
-{
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
 } // namespace
 
 std::wstring LanguageFilePath(const std::wstring& languageCode)
@@ -72,28 +63,6 @@ void LoadLanguageFile(TextTable& table, const std::wstring& path)
         return;
     }
     FillFromLines(table, DecodeUtf16(ReadAll(file.get())));
-}
-
-// The standard library's decoder for UTF-16 refuses every surrogate pair where wchar_t has 16 bits.
-std::wstring DecodeUtf16(std::string_view bytes)
-{
-    std::wstring characters;
-    characters.reserve(bytes.size() / 2);
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        const auto low = static_cast<unsigned char>(bytes[i]);
-        const auto high = static_cast<unsigned char>(bytes[i + 1]);
-        characters.push_back(static_cast<wchar_t>(low | high << 8));
-    }
-    for (std::size_t i = 0; i < characters.size(); ++i) {
-        const bool isPair =
-            IsHighSurrogate(characters[i]) && i + 1 < characters.size() && IsLowSurrogate(characters[i + 1]);
-        if (isPair) {
-            ++i;
-        } else if (IsHighSurrogate(characters[i]) || IsLowSurrogate(characters[i])) {
-            characters.resize(i);
-        }
-    }
-    return characters;
 }
 
 } // namespace product_services

@@ -3,7 +3,6 @@
 #include "text/text_table.h"
 
 #include <string>
-#include <string_view>
 
 namespace product_services {
 
@@ -13,9 +12,5 @@ std::wstring LanguageFilePath(const std::wstring& languageCode);
 /// Fills `table` from a language file: UTF-16 little-endian, a text a line, "|" for a line break, the first
 /// line for id 0. Where the file cannot be opened for reading and writing, fills in the built-in texts.
 void LoadLanguageFile(TextTable& table, const std::wstring& path);
-
-/// The characters of UTF-16 little-endian `bytes` up to the first damage: half a code unit or half a
-/// surrogate pair. A byte-order mark is a character like any other.
-std::wstring DecodeUtf16(std::string_view bytes);
 
 } // namespace product_services

@@ -10,7 +10,7 @@
 namespace product_services {
 namespace {
 
-// In the order of KnownApiKeys. Meant: three product lines share one picture.
+// In the order of KnownApiKeys. Deliberate: three product lines share one picture.
 constexpr int KnownBackgrounds[]{IDB_BACKGROUND_332, IDB_BACKGROUND_333,  IDB_BACKGROUND_333,
                                  IDB_BACKGROUND_333, IDB_BACKGROUND_1077, IDB_BACKGROUND_335};
 static_assert(std::size(KnownBackgrounds) == std::size(Family.knownApiKeys));

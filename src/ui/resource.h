@@ -5,7 +5,7 @@
 #define IDC_UPGRADE_HEADING 1021
 #define IDC_UPGRADE_OFFERS 1031
 
-// Every dialog sends this command where its cancel button goes.
+// Goes where the cancel button goes. Nothing sends it; it is part of every dialog all the same.
 #define ID_DIALOG_EXIT 16
 
 #define IDI_LIBRARY 340

@@ -2,10 +2,11 @@
 
 namespace product_services {
 
-class ProductRecord;
+class HostCallScope;
 
 /// Asks the service for a newer release. Reports 200 and the download address of the first offer, or tells
-/// the user that there is none. Throws the JSON library's errors on a malformed reply.
-void RunUpdateCheck(const ProductRecord& record);
+/// the user that there is none; reports 950 without a stored record. Throws the JSON library's errors on a
+/// malformed reply.
+void RunUpdateCheck(HostCallScope& call);
 
 } // namespace product_services

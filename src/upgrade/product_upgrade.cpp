@@ -15,6 +15,12 @@ namespace {
 constexpr int NameColumnWidth = 250;
 constexpr int VersionColumnWidth = 100;
 
+// A static text otherwise underlines what follows an ampersand, as in a product's name.
+void ShowAmpersands(HWND text)
+{
+    ::SetWindowLongPtrW(text, GWL_STYLE, ::GetWindowLongPtrW(text, GWL_STYLE) | SS_NOPREFIX);
+}
+
 } // namespace
 
 IMPLEMENT_DYNAMIC(ProductUpgrade, CDialogEx)
@@ -36,7 +42,7 @@ BEGIN_MESSAGE_MAP(ProductUpgrade, CDialogEx)
     ON_NOTIFY(LVN_ITEMCHANGED, IDC_UPGRADE_OFFERS, &ProductUpgrade::OnOfferListItemChanged)
     ON_BN_CLICKED(IDOK, &ProductUpgrade::OnBuyNow)
     ON_BN_CLICKED(IDCANCEL, &ProductUpgrade::OnExit)
-    // Meant: part of every dialog of the library, whether something sends it or not.
+    // Deliberate: part of every dialog of the library, though nothing sends it.
     ON_BN_CLICKED(ID_DIALOG_EXIT, &ProductUpgrade::OnExit)
 END_MESSAGE_MAP()
 
@@ -55,6 +61,7 @@ BOOL ProductUpgrade::OnInitDialog()
 
 void ProductUpgrade::SetTexts()
 {
+    ShowAmpersands(::GetDlgItem(m_hWnd, IDC_UPGRADE_HEADING));
     SetDlgItemText(IDC_UPGRADE_HEADING, m_title.c_str());
     SetDlgItemText(IDOK, CurrentText(text_ids::BuyNow).c_str());
     SetDlgItemText(IDCANCEL, CurrentText(text_ids::Exit).c_str());
@@ -70,7 +77,7 @@ void ProductUpgrade::InsertColumns()
 void ProductUpgrade::InsertOffers()
 {
     m_offerList.SetRedraw(FALSE);
-    // Meant: from the last to the first, each at the top, which leaves them in the order of the reply.
+    // Deliberate: from the last to the first, each at the top, which leaves them in the order of the reply.
     for (auto offer = m_offers.rbegin(); offer != m_offers.rend(); ++offer) {
         const int row = m_offerList.InsertItem(0, offer->name.c_str());
         m_offerList.SetItemText(row, 1, offer->version.c_str());

@@ -1,20 +1,26 @@
-#include <afxwin.h>
+#include "host/host_call_scope.h"
 
 #include "upgrade/upgrade_center.h"
 
 #include "host/current_call.h"
 #include "host/report_result.h"
+#include "service/service_client.h"
 #include "upgrade/product_upgrade.h"
 
 namespace product_services {
 
-void RunUpgradeCenter(const ProductRecord& record, bool isServiceReachable)
+void RunUpgradeCenter(HostCallScope& call)
 {
-    if (!isServiceReachable) {
+    // Deliberate: the probe runs, and takes its time, before it is known whether there is a record.
+    const bool isReachable = ServiceClient::IsServiceReachable();
+    if (!call.RequireRecord()) {
+        return;
+    }
+    if (!isReachable) {
         ReportResult(PRODUCT_SERVICES_NO_CONNECTION);
         return;
     }
-    ProductUpgrade dialog(HostText(CurrentHostContext->productName), record);
+    ProductUpgrade dialog(HostText(CurrentHostContext->productName), call.Record());
     dialog.DoModal();
 }
 

@@ -18,7 +18,7 @@ constexpr int Stuck = -2; ///< The result of a dialog that nothing else has ende
 class ScriptedDialog : public CDialogEx
 {
 public:
-    explicit ScriptedDialog(CWnd* parent = nullptr) : CDialogEx(IDD_EMPTY, parent) {}
+    ScriptedDialog() : CDialogEx(IDD_EMPTY) {}
 
     std::function<void()> atStart = [] {};                   ///< In OnInitDialog.
     std::function<void(WPARAM number)> atStep = [](auto) {}; ///< At each WM_STEP.
@@ -115,22 +115,6 @@ TEST(ModalLoop, EndsAtASentMessageWhileItWaits)
         };
         EXPECT_EQ(dialog.DoModal(), result);
         sender.join();
-    }
-}
-
-TEST(Dialog, DisablesItsParentWhileItRuns)
-{
-    for (const BOOL wasEnabled : {TRUE, FALSE}) {
-        CWnd parent;
-        parent.SubclassWindow(
-            CreateWindowW(L"STATIC", L"", WS_POPUP, 0, 0, 8, 8, nullptr, nullptr, nullptr, nullptr));
-        EnableWindow(parent.m_hWnd, wasEnabled);
-        ScriptedDialog dialog(&parent);
-        RunAndLook(dialog, [&] {
-            EXPECT_EQ(GetWindow(dialog.m_hWnd, GW_OWNER), parent.m_hWnd);
-            EXPECT_FALSE(IsWindowEnabled(parent.m_hWnd));
-        });
-        EXPECT_EQ(IsWindowEnabled(parent.m_hWnd), wasEnabled);
     }
 }
 

@@ -4,14 +4,16 @@
 #include "support/loopback_server.h"
 
 #include "product_services/product_services.h"
-#include "support/heap_check.h"
-#include "support/product_record_fixture.h"
+#include "support/import_hook.h"
+#include "support/product_records.h"
 
 #include <automation.h>
 
+#include <algorithm>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <string>
+#include <set>
 #include <thread>
 
 inline constexpr std::uint32_t NothingReported = 0xFFFFFFFF;
@@ -20,7 +22,7 @@ inline constexpr std::uint32_t NothingReported = 0xFFFFFFFF;
 struct Outcome
 {
     std::uint32_t code = NothingReported;
-    std::wstring text;
+    std::wstring text = L"untouched";
     std::string exception;
 
     bool operator==(const Outcome&) const = default;
@@ -32,84 +34,98 @@ inline void PrintTo(const Outcome& outcome, std::ostream* stream)
             << outcome.exception;
 }
 
-inline const Outcome Untouched{NothingReported, L"untouched", ""};
+inline const Outcome Untouched{};
 
 class LibraryTest : public testing::Test
 {
 protected:
-    using User = std::function<void(DWORD hostThread)>;
+    using User = std::function<void(HWND dialog)>;
 
-    LibraryTest()
+    LibraryTest() { records.Write(L"Product", L"1.0", L"product-key", L"20.1"); }
+
+    ~LibraryTest() override { FreeLibrary(library); }
+
+    /// No heap of the process has a block that was written to past its end or after it was freed: under Wine
+    /// with WINEDEBUG=warn+heap.
+    void TearDown() override
     {
-        m_library = LoadLibraryW(L"ProductServicesForTests.dll");
-        context.productName = L"Product";
-        context.productVersion = L"1.0";
-        context.apiKey = L"api-key";
-        context.languageId = 120;
-        context.resultText = m_text.data();
-        records.Write(L"Product", L"1.0", L"product-key", L"20.1");
+        HANDLE heaps[64];
+        const DWORD count = GetProcessHeaps(64, heaps);
+        EXPECT_TRUE(std::all_of(heaps, heaps + count, [](HANDLE heap) { return HeapValidate(heap, 0, nullptr); }));
     }
-
-    void TearDown() override { EXPECT_TRUE(HeapsAreSound()); }
-
-    ~LibraryTest() override { FreeLibrary(m_library); }
 
     Outcome Check(const User& user = {}) { return Call("CheckForUpdates", user); }
     Outcome ShowUpgrades(const User& user = {}) { return Call("Upgrade", user); }
 
-    /// Calls an export on this thread while `user` works its windows from another.
+    /// Calls an export on this thread while another watches its windows: gives the dialog that is expected to
+    /// `user` and closes every other, as a failure.
     Outcome Call(const char* name, const User& user)
     {
+        // A record and a buffer of this call alone, as another command of the host would have them.
+        HostContext context = host;
+        std::vector<wchar_t> text(64 * 1024, L'#');
+        std::wcscpy(text.data(), L"untouched");
         context.resultCode = NothingReported;
-        m_text.assign(m_text.size(), L'#');
-        std::wcscpy(m_text.data(), L"untouched");
+        context.resultText = host.resultText ? text.data() : nullptr;
+
         Outcome outcome;
-        std::thread userThread;
-        if (user) {
-            userThread = std::thread(user, GetCurrentThreadId());
-        }
+        std::atomic<bool> isDone = false;
+        std::thread watcher([&, thread = GetCurrentThreadId()] { Watch(thread, user, isDone); });
         try {
             reinterpret_cast<decltype(&CheckForUpdates)>(
-                reinterpret_cast<void*>(GetProcAddress(m_library, name)))(&context);
+                reinterpret_cast<void*>(GetProcAddress(library, name)))(&context);
         } catch (const std::exception& error) {
             outcome.exception = error.what();
         }
-        if (userThread.joinable()) {
-            userThread.join();
-        }
+        isDone = true;
+        watcher.join();
         outcome.code = context.resultCode;
-        outcome.text = m_text.data();
+        outcome.text = text.data();
         return outcome;
     }
 
-    /// The dialog that the call shows. Where none comes up, fails the test and ends the call.
-    static HWND ShownDialog(DWORD hostThread)
+    /// Makes the language of `host` one whose text of each id is "text <id>".
+    void InstallLanguage()
     {
-        const HWND dialog = automation::WaitForDialog(hostThread);
-        if (!dialog) {
-            ADD_FAILURE() << "no dialog came up";
-            PostThreadMessageW(hostThread, WM_QUIT, 0, 0);
+        CreateDirectoryW(L"lang", nullptr);
+        CreateDirectoryW(L"lang\\PL", nullptr);
+        std::wstring lines;
+        for (int id = 0; id < 88; ++id) {
+            lines += L"text " + std::to_wstring(id) + L"\n";
         }
-        return dialog;
+        std::ofstream("lang\\PL\\Vemo_PL.lang", std::ios::binary)
+            .write(reinterpret_cast<const char*>(lines.data()), static_cast<std::streamsize>(lines.size() * 2));
+        host.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     }
-
-    /// A user who reads one message box into `said` and presses OK.
-    static User ReadsMessageBox(std::wstring& said)
-    {
-        return [&said](DWORD hostThread) {
-            const HWND box = ShownDialog(hostThread);
-            said = automation::WindowText(box) + L": " + automation::MessageBoxText(box);
-            automation::Press(box, IDOK);
-        };
-    }
-
-    HMODULE Library() const { return m_library; }
 
     ProductRecords records;
     LoopbackServer service;
-    HostContext context{};
+    HMODULE library = LoadLibraryW(L"ProductServicesForTests.dll");
+    wchar_t anyText = 0;
+    HostContext host{L"Product", L"1.0",    L"api-key", PRODUCT_SERVICES_LANGUAGE_EN, nullptr, 0,
+                     &anyText,   nullptr, nullptr,    0};
 
 private:
-    HMODULE m_library;
-    std::vector<wchar_t> m_text = std::vector<wchar_t>(64 * 1024);
+    static void Watch(DWORD thread, const User& user, const std::atomic<bool>& isDone)
+    {
+        std::set<HWND> seen;
+        for (; !isDone; Sleep(5)) {
+            for (HWND dialog : automation::VisibleDialogs(thread)) {
+                if (!seen.insert(dialog).second) {
+                    continue;
+                }
+                if (user && seen.size() == 1) {
+                    user(dialog);
+                } else {
+                    ADD_FAILURE() << "an unexpected dialog";
+                }
+                if (!user || !automation::WaitFor([&] { return !IsWindow(dialog) || isDone; }, 5000)) {
+                    ADD_FAILURE() << "a dialog that stays open";
+                    PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+                    PostThreadMessageW(thread, WM_QUIT, 0, 0);
+                }
+            }
+        }
+        EXPECT_EQ(seen.size(), user ? 1u : 0u) << "dialogs";
+    }
 };

@@ -3,44 +3,33 @@
 #include "product_family.h"
 
 #include <stdexcept>
+#include <utility>
 #include <ws2tcpip.h>
 
 namespace {
 
 constexpr unsigned short Port = 18444;
 
-std::size_t ContentLength(const std::string& head)
+bool IsWhole(const std::string& request)
 {
-    const std::size_t at = head.find("Content-Length: ");
-    return at == head.npos ? 0 : std::stoul(head.substr(at + 16));
+    const std::size_t end = request.find("\r\n\r\n");
+    const std::size_t length = request.find("Content-Length: ");
+    return end != request.npos &&
+           request.size() >= end + 4 + (length < end ? std::stoul(request.substr(length + 16)) : 0);
 }
 
 std::string ReceiveRequest(SOCKET connection)
 {
     std::string request;
     char block[4096];
-    for (;;) {
-        const std::size_t end = request.find("\r\n\r\n");
-        if (end != request.npos && request.size() >= end + 4 + ContentLength(request)) {
-            return request;
-        }
+    while (!IsWhole(request)) {
         const int count = recv(connection, block, sizeof block, 0);
         if (count <= 0) {
             return {};
         }
         request.append(block, static_cast<std::size_t>(count));
     }
-}
-
-void SendAll(SOCKET connection, const std::string& bytes)
-{
-    for (std::size_t sent = 0; sent < bytes.size();) {
-        const int count = send(connection, bytes.data() + sent, static_cast<int>(bytes.size() - sent), 0);
-        if (count <= 0) {
-            return;
-        }
-        sent += static_cast<std::size_t>(count);
-    }
+    return request;
 }
 
 void Close(SOCKET connection, bool resets)
@@ -81,7 +70,7 @@ LoopbackServer::LoopbackServer()
     setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
     if (bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
         listen(m_listener, 16) != 0) {
-        throw std::runtime_error("port 18444 is in use");
+        throw std::runtime_error("port 18444 is in use on " TESTS_ADDRESS);
     }
     m_thread = std::thread([this] { Run(); });
 }
@@ -107,16 +96,10 @@ void LoopbackServer::Answer(const std::string& path, Reply reply)
     m_replies[path] = std::move(reply);
 }
 
-std::vector<std::string> LoopbackServer::Requests() const
+std::vector<std::string> LoopbackServer::TakeRequests()
 {
     const std::lock_guard lock(m_mutex);
-    return m_requests;
-}
-
-std::string LoopbackServer::LastRequest() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_lastRequest;
+    return std::exchange(m_requests, {});
 }
 
 void LoopbackServer::Run()
@@ -127,10 +110,7 @@ void LoopbackServer::Run()
         FD_SET(m_listener, &readable);
         timeval poll{0, 20'000};
         if (select(0, &readable, nullptr, nullptr, &poll) > 0) {
-            const SOCKET connection = accept(m_listener, nullptr, nullptr);
-            if (connection != INVALID_SOCKET) {
-                Serve(connection);
-            }
+            Serve(accept(m_listener, nullptr, nullptr));
         }
     }
 }
@@ -144,16 +124,12 @@ void LoopbackServer::Serve(SOCKET connection)
     const std::string request = ReceiveRequest(connection);
     Reply reply;
     if (const std::size_t start = request.find(' '); start != request.npos) {
-        const std::string path = request.substr(start + 1, request.find(' ', start + 1) - start - 1);
         const std::lock_guard lock(m_mutex);
-        m_lastRequest = request;
-        if (m_keepsRequests) {
-            m_requests.push_back(path + " " + request.substr(request.find("\r\n\r\n") + 4));
-        }
-        reply = m_replies[path];
+        m_requests.push_back(request);
+        reply = m_replies[request.substr(start + 1, request.find(' ', start + 1) - start - 1)];
     }
     for (const std::string& piece : reply.pieces) {
-        SendAll(connection, piece);
+        send(connection, piece.data(), static_cast<int>(piece.size()), 0);
         std::this_thread::sleep_for(reply.pauseBetweenPieces);
     }
     Close(connection, reply.resets);

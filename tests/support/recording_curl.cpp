@@ -7,48 +7,32 @@
 
 #undef curl_easy_setopt
 
+RecordingCurl recordingCurl;
+
 namespace {
 
-recording_curl::Recording recording;
-recording_curl::Answer answer;
-curl_write_callback writeCallback = nullptr;
 int handleObject;
 curl_slist listObject{};
 
-void Record(const std::string& call)
+CURLcode Record(const std::string& call)
 {
-    recording.calls.push_back(call);
+    recordingCurl.calls.push_back(call);
+    return CURLE_OK;
 }
 
 } // namespace
-
-namespace recording_curl {
-
-void AnswerWith(Answer newAnswer)
-{
-    recording = {};
-    answer = std::move(newAnswer);
-}
-
-const Recording& Recorded()
-{
-    return recording;
-}
-
-} // namespace recording_curl
 
 extern "C" {
 
 CURLcode curl_global_init(long flags)
 {
-    Record("global_init " + std::to_string(flags));
-    return CURLE_OK;
+    return Record("global_init " + std::to_string(flags));
 }
 
 CURL* curl_easy_init()
 {
     Record("easy_init");
-    return answer.givesHandle ? &handleObject : nullptr;
+    return recordingCurl.givesHandle ? &handleObject : nullptr;
 }
 
 CURLcode curl_easy_setopt(CURL*, CURLoption option, ...)
@@ -56,32 +40,29 @@ CURLcode curl_easy_setopt(CURL*, CURLoption option, ...)
     std::va_list arguments;
     va_start(arguments, option);
     std::string value;
-    if (option == CURLOPT_URL) {
-        recording.url = va_arg(arguments, const char*);
-    } else if (option == CURLOPT_POSTFIELDS) {
-        recording.body = va_arg(arguments, const char*);
-    } else if (option == CURLOPT_WRITEFUNCTION) {
-        writeCallback = va_arg(arguments, curl_write_callback);
-    } else {
+    if (option == CURLOPT_WRITEFUNCTION) {
+        recordingCurl.write = va_arg(arguments, curl_write_callback);
+    } else if (option < CURLOPTTYPE_OBJECTPOINT) {
         value = " " + std::to_string(va_arg(arguments, long));
+    } else {
+        value = std::string(" ") + va_arg(arguments, const char*);
     }
     va_end(arguments);
-    Record("setopt " + std::to_string(option) + value);
-    return CURLE_OK;
+    return Record("setopt " + std::to_string(option) + value);
 }
 
 CURLcode curl_easy_perform(CURL*)
 {
     Record("perform");
-    recording.cursorDuringTransfer = GetCursor();
-    for (std::string& piece : answer.pieces) {
+    recordingCurl.cursorDuringTransfer = SetCursor(LoadCursorW(nullptr, IDC_ARROW));
+    for (std::string& piece : recordingCurl.pieces) {
         // Two-byte elements where they fit, to see the size multiplied.
         const std::size_t size = piece.size() % 2 ? 1 : 2;
-        if (writeCallback(piece.data(), size, piece.size() / size, nullptr) != piece.size()) {
+        if (recordingCurl.write(piece.data(), size, piece.size() / size, nullptr) != piece.size()) {
             return CURLE_WRITE_ERROR;
         }
     }
-    return answer.result;
+    return recordingCurl.result;
 }
 
 void curl_easy_cleanup(CURL* handle)

@@ -6,27 +6,18 @@
 #include <vector>
 #include <windows.h>
 
-namespace recording_curl {
-
-struct Recording
+struct RecordingCurl
 {
-    std::vector<std::string> calls;
-    std::string url;
-    std::string body;
-    HCURSOR cursorDuringTransfer = nullptr;
-};
-
-struct Answer
-{
-    CURLcode result = CURLE_OK;
-    /// What the write callback gets, one call a piece.
-    std::vector<std::string> pieces;
+    // What it answers with.
     bool givesHandle = true;
+    std::vector<std::string> pieces = {}; ///< What the write callback gets, one call a piece.
+    CURLcode result = CURLE_OK;
+
+    // What it saw.
+    std::vector<std::string> calls = {};
+    HCURSOR cursorDuringTransfer = nullptr;
+    curl_write_callback write = nullptr;
 };
 
-/// Forgets what was recorded and answers every transfer from now on with `answer`.
-void AnswerWith(Answer answer);
-
-const Recording& Recorded();
-
-} // namespace recording_curl
+/// The one that answers; assign to it to start anew.
+extern RecordingCurl recordingCurl;

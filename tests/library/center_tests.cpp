@@ -1,0 +1,284 @@
+#include "support/library_fixture.h"
+
+#include "ui/resource.h"
+
+#include <commctrl.h>
+
+using automation::ControlText;
+using automation::Press;
+
+namespace {
+
+constexpr char TwoOffers[] = R"([{"name":"First","version":"2","url":"https://shop/first"},)"
+                             R"({"name":"Second","version":"3.1","url":"https://shop/second?a=b&c=%20"}])";
+
+const Outcome Quit{540, L"User chose to quit!", ""};
+const Outcome Bought{930, L"Browser opened, continue running!", ""};
+const Outcome NoConnection{940, L"For upgrade center to appear, you need a stable internet connection!", ""};
+
+std::vector<std::wstring> opened;
+
+HINSTANCE WINAPI NoteOpened(
+    HWND, const wchar_t* verb, const wchar_t* file, const wchar_t* parameters, const wchar_t* folder, int show)
+{
+    const bool isPlain = !verb && !parameters && !folder && show == SW_SHOWNORMAL;
+    opened.push_back(isPlain ? file : L"opened otherwise");
+    return nullptr;
+}
+
+int dialogsShown = 0;
+
+// Sees every dialog of the thread that is about to become visible, however short.
+LRESULT CALLBACK CountShownDialogs(int code, WPARAM wParam, LPARAM lParam)
+{
+    const auto* message = reinterpret_cast<const CWPSTRUCT*>(lParam);
+    const bool shows = (message->message == WM_SHOWWINDOW && message->wParam) ||
+                       (message->message == WM_WINDOWPOSCHANGING &&
+                        (reinterpret_cast<const WINDOWPOS*>(message->lParam)->flags & SWP_SHOWWINDOW));
+    dialogsShown += shows && GetClassLongPtrW(message->hwnd, GCW_ATOM) == 0x8002;
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+HWND List(HWND center)
+{
+    return GetDlgItem(center, IDC_UPGRADE_OFFERS);
+}
+
+// Text, width and alignment of a column.
+std::wstring Column(HWND list, int index)
+{
+    wchar_t text[64] = {};
+    LVCOLUMNW column{};
+    column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT;
+    column.pszText = text;
+    column.cchTextMax = 64;
+    SendMessageW(list, LVM_GETCOLUMNW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&column));
+    return text + (L" " + std::to_wstring(column.cx)) + L" " + std::to_wstring(column.fmt & LVCFMT_JUSTIFYMASK);
+}
+
+class UpgradeCenter : public LibraryTest
+{
+protected:
+    UpgradeCenter() { service.AnswerUpdates(Reply::Http(TwoOffers)); }
+
+    // Shows the center to somebody who looks at it and leaves.
+    Outcome Look(const std::function<void(HWND)>& look)
+    {
+        return ShowUpgrades([&](HWND center) {
+            look(center);
+            Press(center, IDCANCEL);
+        });
+    }
+};
+
+} // namespace
+
+TEST_F(UpgradeCenter, ListsTheOffersInTheOrderOfTheReplyWithTheTextsOfTheTable)
+{
+    InstallLanguage();
+    service.AnswerUpdates(Reply::Http(
+        R"([{"name":")" + std::string(300, 'x') + R"(","version":"2","url":"a"},)" +
+        "{\"name\":\"\xD7\xA2\xE7\x89\x88\",\"version\":\"\",\"url\":\"b\"},{\"name\":\"\",\"version\":\"3\","
+        "\"url\":\"c\"}]"));
+    const Outcome outcome = Look([&](HWND center) {
+        EXPECT_EQ(automation::WindowText(center), L"Product - text 22");
+        EXPECT_EQ(ControlText(center, IDC_UPGRADE_HEADING), L"Product - text 22");
+        EXPECT_EQ(ControlText(center, IDOK), L"text 38");
+        EXPECT_EQ(ControlText(center, IDCANCEL), L"text 12");
+        EXPECT_EQ(Column(List(center), 0), L"text 23 250 0");
+        EXPECT_EQ(Column(List(center), 1), L"text 24 100 2");
+        EXPECT_EQ(
+            automation::ListRows(List(center), 2),
+            (std::vector<std::vector<std::wstring>>{
+                {std::wstring(300, L'x'), L"2"}, {L"\x5E2\x7248", L""}, {L"", L"3"}}));
+        EXPECT_EQ(SendMessageW(List(center), LVM_GETSELECTEDCOUNT, 0, 0), 0);
+    });
+    EXPECT_EQ(outcome, (Outcome{540, L"text 67", ""}));
+    const std::vector<std::string> requests = service.TakeRequests();
+    ASSERT_EQ(requests.size(), 2u);
+    EXPECT_EQ(requests[0].find("POST /check.php"), 0u);
+    EXPECT_NE(requests[1].find("api_key=api-key&key=product-key&hardware_id="), std::string::npos);
+    EXPECT_NE(requests[1].find("&version=20.1&up=0"), std::string::npos);
+}
+
+TEST_F(UpgradeCenter, LooksAndIsOperatedAsItsTemplateSays)
+{
+    Look([&](HWND center) {
+        RECT client;
+        GetClientRect(center, &client);
+        EXPECT_EQ(client.right, 663);
+        EXPECT_EQ(client.bottom, 421);
+        const auto style = static_cast<DWORD>(GetWindowLongPtrW(center, GWL_STYLE));
+        EXPECT_EQ(style & (WS_POPUP | WS_SYSMENU | WS_CAPTION), WS_POPUP | WS_SYSMENU | WS_BORDER);
+        EXPECT_TRUE(GetWindowLongPtrW(center, GWL_EXSTYLE) & WS_EX_APPWINDOW);
+        EXPECT_EQ(GetWindow(center, GW_OWNER), nullptr);
+        const auto icon = reinterpret_cast<HICON>(SendMessageW(center, WM_GETICON, ICON_BIG, 0));
+        EXPECT_EQ(icon, LoadIconW(library, MAKEINTRESOURCEW(IDI_LIBRARY)));
+        EXPECT_EQ(SendMessageW(center, WM_GETICON, ICON_SMALL, 0), 0);
+
+        const auto listStyle = static_cast<DWORD>(GetWindowLongPtrW(List(center), GWL_STYLE));
+        EXPECT_EQ(listStyle & (LVS_TYPEMASK | LVS_SINGLESEL), LVS_REPORT | static_cast<DWORD>(LVS_SINGLESEL));
+        // Left, top, width and height in dialog units.
+        const std::pair<int, RECT> places[]{
+            {IDOK, {316, 238, 50, 14}},
+            {IDCANCEL, {376, 238, 50, 14}},
+            {IDC_UPGRADE_OFFERS, {166, 30, 259, 201}},
+            {IDC_UPGRADE_HEADING, {167, 13, 258, 8}},
+        };
+        for (auto [id, place] : places) {
+            RECT actual;
+            GetWindowRect(GetDlgItem(center, id), &actual);
+            MapWindowPoints(nullptr, center, reinterpret_cast<POINT*>(&actual), 2);
+            MapDialogRect(center, &place);
+            place.right += place.left;
+            place.bottom += place.top;
+            EXPECT_TRUE(EqualRect(&actual, &place)) << id;
+        }
+        RECT window;
+        GetWindowRect(center, &window);
+        EXPECT_NEAR(window.left + window.right, GetSystemMetrics(SM_CXSCREEN), 2) << "centred";
+
+        EXPECT_EQ(LOWORD(SendMessageW(center, DM_GETDEFID, 0, 0)), IDOK);
+        GUITHREADINFO focus{};
+        focus.cbSize = sizeof focus;
+        GetGUIThreadInfo(GetWindowThreadProcessId(center, nullptr), &focus);
+        EXPECT_EQ(focus.hwndFocus, GetDlgItem(center, IDOK));
+        EXPECT_EQ(GetNextDlgTabItem(center, GetDlgItem(center, IDOK), FALSE), GetDlgItem(center, IDCANCEL));
+        EXPECT_EQ(GetNextDlgTabItem(center, GetDlgItem(center, IDCANCEL), FALSE), List(center));
+
+        // The first row is painted: some pixel of it has the colour of its text.
+        RECT row{LVIR_LABEL, 0, 0, 0};
+        SendMessageW(List(center), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
+        HDC painted = GetDC(List(center));
+        EXPECT_TRUE(automation::WaitFor([&] {
+            int dark = 0;
+            for (int x = row.left; x < row.left + 40; ++x) {
+                for (int y = row.top; y < row.bottom; ++y) {
+                    dark += GetPixel(painted, x, y) == GetSysColor(COLOR_WINDOWTEXT);
+                }
+            }
+            return dark > 10;
+        }, 3000));
+        ReleaseDC(List(center), painted);
+    });
+}
+
+TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
+{
+    const std::pair<const char*, User> ways[]{
+        {"Exit", [](HWND center) { Press(center, IDCANCEL); }},
+        {"Escape", [](HWND center) { PostMessageW(List(center), WM_KEYDOWN, VK_ESCAPE, 0); }},
+        {"system menu", [](HWND center) { PostMessageW(center, WM_SYSCOMMAND, SC_CLOSE, 0); }},
+        {"command 16", [](HWND center) { PostMessageW(center, WM_COMMAND, 16, 0); }},
+        {"sent from elsewhere", [](HWND center) { SendMessageW(center, WM_COMMAND, 2, 0); }},
+    };
+    for (const auto& [name, leave] : ways) {
+        EXPECT_EQ(ShowUpgrades(leave), Quit) << name;
+    }
+}
+
+TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
+{
+    const ImportHook browser(library, "ShellExecuteW", NoteOpened);
+    const Outcome outcome = ShowUpgrades([&](HWND center) {
+        SendMessageW(center, WM_COMMAND, IDOK, 0);
+        EXPECT_TRUE(IsWindowVisible(center)) << "without a selection it stays open";
+        automation::SelectRow(List(center), 1);
+        Press(center, IDOK);
+    });
+    EXPECT_EQ(outcome, Bought);
+    const User buysFirstWithEnter = [](HWND center) {
+        automation::SelectRow(List(center), 0);
+        PostMessageW(List(center), WM_KEYDOWN, VK_RETURN, 0);
+    };
+    EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
+    service.AnswerUpdates(Reply::Http(R"([{"name":"X","version":"2","url":""}])"));
+    EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
+    EXPECT_EQ(opened, (std::vector<std::wstring>{L"https://shop/second?a=b&c=%20", L"https://shop/first", L""}));
+}
+
+TEST_F(UpgradeCenter, ShowsNoWindowWithoutOffers)
+{
+    const std::tuple<const char*, Reply, Outcome> replies[]{
+        {"empty", Reply::Http(""), {920, L"No upgrades found!", ""}},
+        {"refusal", Reply::Http(R"({"status":0})"), NoConnection},
+        {"closed without a reply", {}, NoConnection},
+        {"other status", Reply::Http(R"({"status":7})"), Untouched},
+        {"empty list", Reply::Http("[]"), Untouched},
+        {"empty object", Reply::Http("{}"), Untouched},
+    };
+    HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, CountShownDialogs, nullptr, GetCurrentThreadId());
+    for (const auto& [name, reply, outcome] : replies) {
+        service.AnswerUpdates(reply);
+        EXPECT_EQ(ShowUpgrades(), outcome) << name;
+    }
+    service.TakeRequests();
+    host.apiKey = L"";
+    EXPECT_EQ(ShowUpgrades(), Untouched);
+    host.apiKey = L"api-key";
+    records.WriteValue(L"Product", L"1.0", L"key", L"");
+    EXPECT_EQ(ShowUpgrades(), Untouched);
+    EXPECT_EQ(service.TakeRequests().size(), 2u) << "the probes alone";
+    EXPECT_EQ(dialogsShown, 0);
+
+    records.WriteValue(L"Product", L"1.0", L"key", L"product-key");
+    service.AnswerUpdates(Reply::Http(TwoOffers));
+    EXPECT_EQ(Look([](HWND) {}), Quit);
+    EXPECT_GT(dialogsShown, 0) << "the hook sees a dialog that is shown";
+    UnhookWindowsHookEx(hook);
+}
+
+TEST_F(UpgradeCenter, LetsTheErrorsOfAMalformedReplyLeave)
+{
+    const std::pair<std::string, std::string> errors[]{
+        {"<html>", "[json.exception.parse_error.101]"},
+        {R"({"status":"0"})", "[json.exception.type_error.302] type must be number, but is string"},
+        {R"({"name":"X"})", "[json.exception.type_error.305]"},
+        {R"([{"name":"X","version":"2","url":"u"},{"name":"Y"}])",
+         "[json.exception.type_error.302] type must be string, but is null"},
+    };
+    for (const auto& [reply, error] : errors) {
+        service.AnswerUpdates(Reply::Http(reply));
+        const Outcome outcome = ShowUpgrades();
+        EXPECT_EQ(outcome, (Outcome{NothingReported, L"untouched", outcome.exception})) << reply;
+        EXPECT_EQ(outcome.exception.substr(0, error.size()), error) << reply;
+    }
+}
+
+TEST_F(UpgradeCenter, ProbesBeforeItLooksForTheRecord)
+{
+    for (const Reply& reply : {Reply::Http("1\n"), Reply{}}) {
+        service.Answer("/check.php", reply);
+        EXPECT_EQ(ShowUpgrades(), NoConnection);
+    }
+    RegDeleteTreeW(HKEY_CURRENT_USER, product_family::RecordRegistryPath);
+    EXPECT_EQ(ShowUpgrades().code, 950u) << "comes before a missing connection";
+    EXPECT_EQ(service.TakeRequests().size(), 3u) << "probes, and no query for offers";
+}
+
+TEST_F(UpgradeCenter, PaintsThePictureOfTheProductLine)
+{
+    const std::pair<const wchar_t*, int> pictures[]{
+        {L"known1a-111111-aaaaaaa", 332},  {L"known2b-222222-bbbbbbb", 333}, {L"known3c-333333-ccccccc", 333},
+        {L"known4d-444444-ddddddd", 333},  {L"known5e-555555-eeeeeee", 1077}, {L"known6f-666666-fffffff", 335},
+        {L"KNOWN1A-111111-aaaaaaa", 343},  {L"known1a-111111-aaaaaaa ", 343},
+    };
+    for (const auto& [apiKey, picture] : pictures) {
+        HDC original = CreateCompatibleDC(nullptr);
+        HGDIOBJ former = SelectObject(original, LoadBitmapW(library, MAKEINTRESOURCEW(picture)));
+        host.apiKey = apiKey;
+        Look([&](HWND center) {
+            HDC painted = GetDC(center);
+            // At the corners, in the picture, and behind the transparent heading, right of its text.
+            for (const POINT at : {POINT{0, 0}, {120, 200}, {60, 300}, {660, 418}, {600, 28}}) {
+                const auto isPicture = [&] {
+                    return GetPixel(painted, at.x, at.y) == GetPixel(original, at.x, at.y);
+                };
+                EXPECT_TRUE(automation::WaitFor(isPicture, 2000)) << picture << " at " << at.x << ", " << at.y;
+            }
+            ReleaseDC(center, painted);
+        });
+        DeleteObject(SelectObject(original, former));
+        DeleteDC(original);
+    }
+}

@@ -1,0 +1,65 @@
+#include "support/library_fixture.h"
+#include "support/resource_counts.h"
+
+namespace {
+
+constexpr char Offer[] = R"([{"name":"X","version":"2","url":"https://a/b"}])";
+
+// What the process holds does not grow.
+class Counts : public LibraryTest
+{
+protected:
+    // Runs `work` until it has settled, then `times` more, and compares.
+    void ExpectLevel(int times, const std::function<void()>& work)
+    {
+        constexpr int Settling = 50;
+        for (int i = 0; i < Settling; ++i) {
+            work();
+        }
+        CountResources(); // which makes what it needs itself on its first run
+        const ResourceCounts before = CountResources();
+        for (int i = 0; i < times; ++i) {
+            work();
+        }
+        const ResourceCounts after = CountResources();
+        EXPECT_LE(after.gdiObjects, before.gdiObjects);
+        EXPECT_LE(after.windows, before.windows);
+        // A handle may be on its way out in another thread.
+        EXPECT_LE(after.kernelHandles, before.kernelHandles + 3);
+        EXPECT_LE(after.privateBytes, before.privateBytes + 512 * 1024);
+    }
+};
+
+} // namespace
+
+TEST_F(Counts, SeeALeak)
+{
+    const ResourceCounts before = CountResources();
+    CreateBitmap(8, 8, 1, 32, nullptr);
+    CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    CreateWindowW(L"STATIC", L"", WS_POPUP, 0, 0, 8, 8, nullptr, nullptr, nullptr, nullptr);
+    const std::vector<char> memory(8 << 20, 'x');
+    const ResourceCounts after = CountResources();
+    EXPECT_GT(after.gdiObjects, before.gdiObjects);
+    EXPECT_GT(after.kernelHandles, before.kernelHandles);
+    EXPECT_GT(after.windows, before.windows);
+    EXPECT_GE(after.privateBytes, before.privateBytes + memory.size());
+}
+
+TEST_F(Counts, StayLevelOverTwoThousandChecks)
+{
+    service.AnswerUpdates(Reply::Http(Offer));
+    ExpectLevel(2000, [&] {
+        ASSERT_EQ(Check().code, 200u);
+        service.TakeRequests();
+    });
+}
+
+TEST_F(Counts, StayLevelOverTwoHundredUpgradeCenters)
+{
+    service.AnswerUpdates(Reply::Http(Offer));
+    ExpectLevel(200, [&] {
+        ASSERT_EQ(ShowUpgrades([](HWND center) { automation::Press(center, IDCANCEL); }).code, 540u);
+        service.TakeRequests();
+    });
+}
