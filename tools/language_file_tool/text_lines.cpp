@@ -2,6 +2,7 @@
 
 #include "text/default_texts.h"
 #include "text/language_file.h"
+#include "text/utf16.h"
 
 #include <algorithm>
 

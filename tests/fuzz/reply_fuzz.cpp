@@ -1,0 +1,48 @@
+// Feeds any bytes to what reads replies and language files, natively under libFuzzer; scripts/fuzz.sh builds and runs it.
+#include "service/service_reply.h"
+#include "service/text_conversion.h"
+#include "text/utf16.h"
+
+#include <cstdlib>
+
+using namespace product_services;
+
+// The library's own conversion calls Windows.
+std::wstring product_services::ToWide(const std::string& utf8)
+{
+    return {utf8.begin(), utf8.end()};
+}
+
+static void ReadReply(const std::string& text)
+{
+    try {
+        if (!ReadStatus(ParseServiceReply(text))) {
+            ServiceReply reply = ParseServiceReply(text);
+            for (std::size_t i = 0, count = reply.size(); i < count; ++i) {
+                ReadOffer(reply, i);
+            }
+        }
+    } catch (const ServiceReply::exception& error) {
+        const bool isExpected = error.id == 101 || error.id == 302 || error.id == 305 || error.id == 406;
+        isExpected ? void() : std::abort();
+    }
+}
+
+static void ReadLanguageFile(const std::string& bytes)
+{
+    std::wstring whole = DecodeUtf16(bytes);
+    std::string again;
+    for (const wchar_t unit : whole) {
+        again += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8 & 0xFF)};
+    }
+    // What was read is the beginning of the file, and stands a second reading.
+    bytes.starts_with(again) && DecodeUtf16(again) == whole ? void() : std::abort();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size)
+{
+    const std::string bytes(reinterpret_cast<const char*>(data), size);
+    ReadReply(bytes);
+    ReadLanguageFile(bytes);
+    return 0;
+}
