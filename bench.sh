@@ -8,19 +8,22 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 readonly tree=build/bench
 readonly nginx=$PWD/$tree/nginx
 
-# Debian's own nginx service stays off: invoke-rc.d starts nothing in runlevel 1.
-install_nginx() {
-  [ -x /usr/sbin/nginx ] || RUNLEVEL=1 ./setup.sh nginx
+# Unpacked and not installed: the installed package would start a service of its own.
+fetch_nginx() {
+  mkdir -p "$nginx/temp"
+  [ -x "$nginx/usr/sbin/nginx" ] && return 0
+  say "Fetching nginx"
+  (cd "$nginx" && rm -f nginx_*.deb && apt-get download nginx && dpkg-deb -x nginx_*.deb .) >"$nginx/apt.log" 2>&1 \
+    || fail "nginx could not be fetched (no network, or old package lists: apt-get update); see $nginx/apt.log."
 }
 
 start_nginx() {
-  mkdir -p "$nginx/temp"
   cp benchmarks/nginx.conf "$nginx/"
   openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=127.0.0.1 \
     -keyout "$nginx/key.pem" -out "$nginx/certificate.pem" >"$nginx/openssl.log" 2>&1 \
     || fail "The certificate could not be made; see $nginx/openssl.log."
   rm -f "$nginx/nginx.pid"
-  launch /usr/sbin/nginx -p "$nginx/" -c "$nginx/nginx.conf" >"$nginx/nginx.log" 2>&1
+  launch "$nginx/usr/sbin/nginx" -p "$nginx/" -c "$nginx/nginx.conf" >"$nginx/nginx.log" 2>&1
   for _ in $(seq 100); do
     [ -s "$nginx/nginx.pid" ] && return 0
     sleep 0.1
@@ -30,7 +33,7 @@ start_nginx() {
 
 begin_session
 build_project "$tree" -DPRODUCT_SERVICES_BENCHMARKS=ON -DBUILD_TESTING=OFF
-install_nginx
+fetch_nginx
 start_nginx
 start_windows
 attend /usr/bin/python3 -B benchmarks/run.py "$tree/bin" build/bench.txt

@@ -1,4 +1,4 @@
-// A DLL that holds nothing but libcurl and imports what the library imports.
+// A DLL that holds libcurl and one post, and imports what the library imports.
 #include <curl/curl.h>
 #include <windows.h>
 
@@ -6,9 +6,7 @@
 #include <shlwapi.h>
 
 extern "C" __declspec(dllexport) CURLcode
-    Post(const char* address, const char* body, curl_write_callback write);
-
-CURLcode Post(const char* address, const char* body, curl_write_callback write)
+    Post(const char* address, const char* body, curl_write_callback write)
 {
     curl_global_init(CURL_GLOBAL_ALL);
     CURL* handle = curl_easy_init();
@@ -22,12 +20,6 @@ CURLcode Post(const char* address, const char* body, curl_write_callback write)
 }
 
 // One function of each DLL that the library imports and libcurl does not.
-extern "C" __declspec(dllexport) void* Import(int index);
-
-void* Import(int index)
-{
-    void* const functions[]{
-        reinterpret_cast<void*>(BitBlt), reinterpret_cast<void*>(ShellExecuteW),
-        reinterpret_cast<void*>(StrCpyW), reinterpret_cast<void*>(MessageBoxW)};
-    return functions[index];
-}
+extern "C" __declspec(dllexport) void* const Imports[]{
+    reinterpret_cast<void*>(BitBlt), reinterpret_cast<void*>(ShellExecuteW), reinterpret_cast<void*>(StrCpyW),
+    reinterpret_cast<void*>(MessageBoxW)};

@@ -1,8 +1,9 @@
-"""Runs the benchmark programs under Wine and prints the table of what they measured.
+"""Runs the benchmark program under Wine and prints the table of what it measured.
 
 run.py BIN TABLE: the folder of the built programs; the file that takes the table too.
 """
 
+import json
 import pathlib
 import statistics
 import subprocess
@@ -10,150 +11,117 @@ import sys
 
 import pefile
 
-REPOSITORY = pathlib.Path(__file__).parent.parent
-BIN, TABLE = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+REPOSITORY = pathlib.Path(__file__).resolve().parent.parent
+BIN, TABLE = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
 LANGUAGE_FILE = pathlib.Path("lang/DE/Vemo_DE.lang")
-SIZES = (1, 10, 100, 1000, 10000)
+UNITS = {"us": 1, "ms": 1000, "MB": 2**20}
+SIZES = 1, 10, 100, 1000, 10000
+HTTP = dict(dll="BenchHttp.dll", rounds=400, address="http://127.0.0.1:18451/get_updates.php")
+HTTPS = dict(dll="BenchHttps.dll", rounds=200, address="https://127.0.0.1:18452/get_updates.php")
+
+# What; the series measured and the one beside it; the most that is good of their ratio; how they are run.
+RATIOS = (
+    ("update check over HTTP", "check", "bare post", 1.03, HTTP),
+    ("update check over HTTP", "check", "post and required calls", 1.03, HTTP),
+    ("update check over HTTPS", "check", "bare post", 1.03, HTTPS),
+    ("update check over HTTPS", "check", "post and required calls", 1.03, HTTPS),
+    ("update check without the network", "check", "required calls", 1.1, dict(rounds=500)),
+    ("the same with 10,000 offers", "check", "required calls", 1.1, dict(rounds=15, offers=10000)),
+    ("reply to painted upgrade center", "upgrade center", "bare dialog", 1.2, dict(rounds=7, processes=5, offers=3)),
+)
+# What; the series; the most that is good; how it is run.
+AMOUNTS = (
+    ("update check without the network", "check", 100, "us", dict(rounds=500)),
+    ("first call of a process, 88 lines", "check", 2, "ms", dict(processes=7, language_files=1)),
+    ("reply to painted upgrade center, first time", "upgrade center", 100, "ms", dict(processes=7, offers=3)),
+    ("10,000 offers shown", "upgrade center", 1000, "ms", dict(rounds=7, offers=10000)),
+    ("working set that loading adds", "working set", 9.5, "MB", dict(processes=25, dll="ProductServices.dll")),
+)
+# What; the series; what grows and to which sizes; how it is run.
+GROWTH = (
+    ("offers shown, 1 to 10,000", "upgrade center", "offers", SIZES, dict(rounds=3)),
+    ("offers in a reply, 1 to 10,000", "check", "offers", SIZES, dict(rounds=7)),
+    ("language file, 88 to 88,000 lines", "check", "language_files", SIZES[:4], {}),
+)
 # The most that the last step of ten may cost; n log n would be 13.3.
 LINEAR = 12.5
-rows = []
 
 
-def run(program, *arguments, folder=BIN):
-    """{series: numbers} that a program printed."""
-    command = [REPOSITORY / "scripts/run_wine.sh", BIN / program, *map(str, arguments)]
-    done = subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, text=True)
-    if done.returncode:
-        sys.exit(f"error: {program} {' '.join(map(str, arguments))} failed: {done.stdout}")
-    series = {}
-    for line in done.stdout.splitlines():
-        name, number = line.split()
-        series.setdefault(name, []).append(float(number))
-    return series
+def prepare_folder(offers, language_files):
+    """A working directory with a reply of so many offers and a language file as long as so many samples."""
+    folder = BIN / f"language-{language_files}"
+    file = folder / LANGUAGE_FILE
+    file.parent.mkdir(parents=True, exist_ok=True)
+    if language_files:
+        sample = (REPOSITORY / "samples" / LANGUAGE_FILE).read_text("utf-16-le")
+        file.write_text("\n".join([sample] * language_files), "utf-16-le")
+    (folder / "reply.json").write_text(json.dumps(
+        [{"name": f"Example Product {i}", "version": "2026.2", "url": f"https://127.0.0.1/buy?offer={i}"}
+         for i in range(offers)]))
+    return folder
 
 
-def ratio(measured, base):
-    """The median of the ratios of neighbours: a busy moment of the machine meets both."""
-    return statistics.median(a / b for a, b in zip(measured, base, strict=True))
+def run(*series, dll="BenchOffline.dll", rounds=1, processes=1, address="none", offers=1, language_files=0):
+    """The numbers of each series, which took turns."""
+    folder = prepare_folder(offers, language_files)
+    command = [REPOSITORY / "scripts/run_wine.sh", BIN / "benchmark.exe", dll, address, str(rounds), *series]
+    measured = {name: [] for name in series}
+    for _ in range(processes):
+        done = subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, text=True)
+        if done.returncode:
+            sys.exit(f"error: measuring {series} with {dll} failed: {done.stdout}")
+        for line in done.stdout.splitlines():
+            name, number = line.split(": ")
+            measured[name].append(float(number))
+    return measured.values()
 
 
-def medians(unit, name, *series):
-    return " / ".join(f"{statistics.median(each) / unit:.3g}" for each in series) + f" {name}"
+def median(numbers, unit):
+    return statistics.median(numbers) / UNITS[unit]
 
 
-def report(what, measured, target, unit="", note=""):
-    """A row of the table; a target is the most that is good."""
+def write_row(*cells):
+    row = "{:<58} {:>9} {:>9}  {:<5} {}".format(*cells).rstrip()
+    print(row, flush=True)
+    with TABLE.open("a") as table:
+        table.write(row + "\n")
+
+
+def report(what, measured, at_most, unit="", medians=""):
     digits = 2 if measured < 100 else 0
-    verdict = "ok" if measured <= target else "over"
-    rows.append((what, f"{measured:.{digits}f}{unit}", f"{target:g}{unit}", verdict, note))
+    write_row(what, f"{measured:.{digits}f} {unit}".rstrip(), f"{at_most} {unit}".rstrip(),
+              "ok" if measured <= at_most else "over", medians)
 
 
-def measure_calls():
-    for scheme, port, rounds in (("http", 18451, 400), ("https", 18452, 200)):
-        series = run("call_benchmark.exe", f"Bench{scheme.capitalize()}.dll",
-                     f"{scheme}://127.0.0.1:{port}/get_updates.php", rounds)
-        for base, calls in (("bare", series["library"][0::2]), ("required", series["library"][1::2])):
-            what = "bare post" if base == "bare" else "bare post and required calls"
-            report(f"update check over {scheme.upper()} / {what}", ratio(calls, series[base]), 1.03,
-                   note=medians(1000, "ms", calls, series[base]))
+def report_ratio(what, measured, base, at_most):
+    """The median of the ratios of neighbours: a busy moment of the machine meets both."""
+    ratio = statistics.median(a / b for a, b in zip(measured, base, strict=True))
+    report(what, ratio, at_most, medians=f"{median(measured, 'ms'):.3g} / {median(base, 'ms'):.3g} ms")
 
 
-def measure_own_part():
-    series = run("own_part_benchmark.exe", 1, 500)
-    calls, parts = series["call"], [series[part] for part in ("record", "cursor", "parses")]
-    report("update check without the network", statistics.median(calls), 100, " us")
-    report("the same / required calls alone", ratio(calls, map(sum, zip(*parts))), 1.1,
-           note=medians(1, "us: record, cursor, two parses", *parts))
+def report_growth(what, rounds):
+    """Each round goes through all sizes, so that the last two of it are neighbours."""
+    step = statistics.median(each[-1] / each[-2] for each in rounds)
+    medians = " ".join(f"{median(each, 'ms'):.3g}" for each in zip(*rounds))
+    report(f"{what}: 10 times as many", step, LINEAR, "x", f"{medians} ms")
 
 
-def measure_loading():
-    series = {"ProductServices.dll": [], "CurlAlone.dll": []}
-    for _ in range(25):
-        for dll, results in series.items():
-            results.append(run("load_benchmark.exe", dll))
-    library, bare = ([sum(result["load"]) for result in results] for results in series.values())
-    added = [sum(result["working-set"]) for result in series["ProductServices.dll"]]
-    report("loading the DLL / libcurl alone", ratio(library, bare), 1.1,
-           note=medians(1000, "ms", library, bare))
-    report("working set that loading adds", statistics.median(added) / 2**20, 9.5, " MB")
+def load(dll):
+    (duration,), = run("load", dll=dll)
+    return duration
 
 
-def measure_dialog():
-    first, library, bare = [], [], []
-    for _ in range(5):
-        series = run("dialog_benchmark.exe", 3, 7)
-        first.append(series["library"][0])
-        library += series["library"][1:]
-        bare += series["bare"][1:]
-    report("reply to painted upgrade center, first time", statistics.median(first) / 1000, 100, " ms")
-    report("reply to painted upgrade center / bare dialog", ratio(library, bare), 1.2,
-           note=medians(1000, "ms", library, bare))
-
-
-def measure_growth(what, measure, sizes=SIZES):
-    """The medians in ms for each size, of rounds that go through them all."""
-    rounds = [[measure(size) / 1000 for size in sizes] for _ in range(7)]
-    *_, fewer, most = by_size = list(zip(*rounds))
-    times = [statistics.median(size) for size in by_size]
-    report(f"{what}: 10 times as many", ratio(most, fewer), LINEAR, " x",
-           " ".join(f"{time:.3g}" for time in times) + " ms")
-    return times
-
-
-def shown_offers(count):
-    return statistics.median(run("dialog_benchmark.exe", count, 3)["library"])
-
-
-def read_offers(count):
-    return statistics.median(run("own_part_benchmark.exe", count, 7)["call"])
-
-
-def report_parses(count):
-    series = run("own_part_benchmark.exe", count, 15)
-    report(f"{count:,} offers in a reply / two parses of it", ratio(series["call"], series["parses"]), 1.1,
-           note=medians(1000, "ms", series["call"], series["parses"]))
-
-
-def first_call(factor):
-    """The first call of a process, with a language file of so many times the sample's lines."""
-    folder = BIN / f"lang-{factor}"
-    (folder / LANGUAGE_FILE).parent.mkdir(parents=True, exist_ok=True)
-    text = (REPOSITORY / "samples" / LANGUAGE_FILE).read_text("utf-16-le")
-    (folder / LANGUAGE_FILE).write_text("\n".join([text] * factor), "utf-16-le")
-    return run("own_part_benchmark.exe", 1, 1, folder=folder)["call"][0]
-
-
-def measure_size():
-    dll = BIN / "ProductServices.dll"
-    resources, = (section for section in pefile.PE(dll).sections if section.Name.startswith(b".rsrc"))
-    report("size of the DLL without its resources",
-           (dll.stat().st_size - resources.SizeOfRawData) / 1024, 640, " KB")
-
-
-def print_table():
-    lines = ["{:<56} {:>9} {:>9}  {:<5} {}".format(*row).rstrip()
-             for row in [("what", "measured", "at most", "", "medians"), *rows]]
-    TABLE.write_text("\n".join(lines) + "\n")
-    print(TABLE.read_text(), end="")
-
-
-def step(sentence):
-    print(f"==> {sentence}", flush=True)
-
-
-step("Update checks beside bare posts (some seconds)")
-measure_calls()
-measure_own_part()
-step("Loading, in fresh processes (some seconds)")
-measure_loading()
-step("The upgrade center beside a bare dialog (some seconds)")
-measure_dialog()
-step("Growth: offers, replies, language files (a minute)")
-shown = measure_growth("offers shown, 1 to 10,000", shown_offers)
-report("10,000 offers shown", shown[-1], 1000, " ms")
-measure_growth("offers in a reply, 1 to 10,000", read_offers)
-report_parses(SIZES[-1])
-first = measure_growth("language file, 88 to 88,000 lines", first_call, SIZES[:4])
-report("first call of a process, 88 lines", first[0], 2, " ms")
-measure_size()
-print_table()
+TABLE.write_text("")
+write_row("what", "measured", "at most", "", "medians")
+for what, measured, base, at_most, how in RATIOS:
+    report_ratio(f"{what} / {base}", *run(measured, base, **how), at_most)
+loads = [(load("ProductServices.dll"), load("CurlAlone.dll")) for _ in range(25)]
+report_ratio("loading the DLL / libcurl alone", *zip(*loads), 1.1)
+for what, series, at_most, unit, how in AMOUNTS:
+    report(what, median(*run(series, **how), unit), at_most, unit)
+for what, series, grows, sizes, how in GROWTH:
+    report_growth(what, [[statistics.median(*run(series, **{grows: size}, **how)) for size in sizes]
+                         for _ in range(7)])
+dll = BIN / "ProductServices.dll"
+resources, = (section for section in pefile.PE(dll).sections if section.Name.startswith(b".rsrc"))
+report("size of the DLL without its resources", (dll.stat().st_size - resources.SizeOfRawData) / 1024, 640, "KB")

@@ -3,7 +3,12 @@
 
 namespace product_family {
 
-inline constexpr wchar_t ServiceBaseAddress[] = BENCHMARK_SERVICE;
+inline constexpr wchar_t ServiceBaseAddress[] =
+#ifdef PRODUCT_FAMILY_WITHOUT_TLS
+    L"http://127.0.0.1:18451";
+#else
+    L"https://127.0.0.1:18452";
+#endif
 
 inline constexpr wchar_t RecordRegistryPath[] = L"Software\\ProductServicesBenchmarks\\Products";
 
