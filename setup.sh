@@ -56,23 +56,35 @@ fetch_curl_source() {
   apt-get "${options[@]}" update && (cd "$work" && apt-get "${options[@]}" source curl)
 }
 
+# Schannel for TLS, HTTP alone, no thread for resolving names, and no path of this machine in the library.
+readonly curl_options=(
+  -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_C_COMPILER=$triplet-gcc-posix -DCMAKE_RC_COMPILER=$triplet-windres
+  -DCMAKE_BUILD_TYPE=MinSizeRel
+  -DCMAKE_FIND_ROOT_PATH=/usr/$triplet -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY
+  -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY
+  -DCURL_USE_SCHANNEL=ON -DHTTP_ONLY=ON -DENABLE_THREADED_RESOLVER=OFF
+  -DCURL_CA_BUNDLE=none -DCURL_CA_PATH=none
+  -DBUILD_SHARED_LIBS=OFF -DBUILD_CURL_EXE=OFF -DCURL_ZLIB=OFF
+  -DUSE_LIBIDN2=OFF -DCURL_USE_LIBSSH2=OFF -DBUILD_TESTING=OFF
+)
+readonly curl_flags="-ffunction-sections -fdata-sections -fstack-protector-strong"
+
+# Built with these very options, or built anew.
 build_curl() {
-  [ -f "$deps/$triplet/lib/libcurl.a" ] && return 0
+  local options="${curl_options[*]} $curl_flags"
+  [ "$(cat "$deps/$triplet/options.txt" 2>/dev/null)" = "$options" ] && return 0
+  rm -rf "$deps"/curl.?????? "$deps/$triplet"
   local work; work=$(mktemp -d "$deps/curl.XXXXXX")
   say "Fetching libcurl's source"
   fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
-    || fail "libcurl's source could not be fetched (no network, or no package sources?); see $deps/curl.log."
+    || { rm -rf "$work"; fail "libcurl's source could not be fetched (no network, or no package sources?); see $deps/curl.log."; }
   say "Building libcurl for Windows (about a minute)"
-  { cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja \
-      -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_C_COMPILER=$triplet-gcc-posix -DCMAKE_RC_COMPILER=$triplet-windres \
-      -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_C_FLAGS="-ffunction-sections -fdata-sections -fstack-protector-strong" \
-      -DCMAKE_FIND_ROOT_PATH=/usr/$triplet -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY \
-      -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY -DCMAKE_INSTALL_PREFIX="$work/install" \
-      -DCURL_USE_SCHANNEL=ON -DHTTP_ONLY=ON -DBUILD_SHARED_LIBS=OFF -DBUILD_CURL_EXE=OFF -DCURL_ZLIB=OFF \
-      -DUSE_LIBIDN2=OFF -DCURL_USE_LIBSSH2=OFF -DBUILD_TESTING=OFF \
+  { cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja "${curl_options[@]}" \
+      -DCMAKE_C_FLAGS="$curl_flags -ffile-prefix-map=$work=." -DCMAKE_INSTALL_PREFIX="$work/install" \
     && cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
     || fail "libcurl could not be built; see $deps/curl.log."
   cp "$work"/curl-*/COPYING "$work/install/COPYING.curl"
+  echo "$options" >"$work/install/options.txt"
   mv "$work/install" "$deps/$triplet"
   rm -rf "$work"
 }

@@ -26,6 +26,7 @@ protected:
         EXPECT_LE(after.windows, before.windows);
         // A handle may be on its way out in another thread.
         EXPECT_LE(after.kernelHandles, before.kernelHandles + 3);
+        EXPECT_LE(after.tlsIndexes, before.tlsIndexes);
         EXPECT_LE(after.privateBytes, before.privateBytes + 512 * 1024);
     }
 };
@@ -44,6 +45,25 @@ TEST_F(Counts, SeeALeak)
     EXPECT_GT(after.kernelHandles, before.kernelHandles);
     EXPECT_GT(after.windows, before.windows);
     EXPECT_GE(after.privateBytes, before.privateBytes + memory.size());
+}
+
+TEST_F(Counts, StayLevelOverTwoHundredLoadsOfTheLibrary)
+{
+    FreeLibrary(library);
+    ExpectLevel(200, [&] {
+        library = LoadLibraryW(L"ProductServicesForTests.dll");
+        // In turn, since each load makes the texts anew.
+        const bool isPolish = host.languageId == PRODUCT_SERVICES_LANGUAGE_PL;
+        isPolish ? void(host.languageId = PRODUCT_SERVICES_LANGUAGE_EN) : InstallLanguage();
+        service.AnswerUpdates(Reply::Http(Offer));
+        ASSERT_EQ(Check().code, 200u);
+        service.AnswerUpdates(Reply::Http(""));
+        ASSERT_EQ(ShowUpgrades(), (Outcome{920, isPolish ? L"No upgrades found!" : L"text 70", ""}));
+        service.TakeRequests();
+        FreeLibrary(library);
+        ASSERT_EQ(GetModuleHandleW(L"ProductServicesForTests.dll"), nullptr);
+    });
+    library = nullptr;
 }
 
 TEST_F(Counts, StayLevelOverTwoThousandChecks)

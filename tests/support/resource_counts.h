@@ -12,6 +12,7 @@ struct ResourceCounts
     int gdiObjects;
     int windows;
     int kernelHandles;
+    int tlsIndexes;
     std::size_t privateBytes;
 };
 
@@ -77,6 +78,19 @@ inline int CountKernelHandles()
     return count;
 }
 
+// Windows gives a process 1,088: those that are not to be had are in use.
+inline int CountTlsIndexes()
+{
+    std::vector<DWORD> free;
+    for (DWORD index = TlsAlloc(); index != TLS_OUT_OF_INDEXES; index = TlsAlloc()) {
+        free.push_back(index);
+    }
+    for (const DWORD index : free) {
+        TlsFree(index);
+    }
+    return 1088 - static_cast<int>(free.size());
+}
+
 inline std::size_t CountPrivateBytes()
 {
     std::size_t bytes = 0;
@@ -90,5 +104,5 @@ inline std::size_t CountPrivateBytes()
 
 inline ResourceCounts CountResources()
 {
-    return {CountGdiObjects(), CountWindows(), CountKernelHandles(), CountPrivateBytes()};
+    return {CountGdiObjects(), CountWindows(), CountKernelHandles(), CountTlsIndexes(), CountPrivateBytes()};
 }
