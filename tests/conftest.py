@@ -1,5 +1,6 @@
 """What the tests share: the folder of the build, programs under Wine, and the development service."""
 
+import functools
 import os
 import pathlib
 import re
@@ -11,13 +12,13 @@ import pytest
 
 REPOSITORY = pathlib.Path(__file__).parent.parent
 ADDRESS = os.environ["TESTS_ADDRESS"]
+OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8"}
 MAKER_KEY = r"HKCU\Software\Example Maker"
 
 
 def run(*command, **options):
     """Exit status and output of a program, which ends with all that it started when it takes too long."""
-    ended = subprocess.run(["/usr/bin/timeout", "30", *map(str, command)], stdout=subprocess.PIPE,
-                           stderr=subprocess.STDOUT, encoding="utf-8", check=False, **options)
+    ended = subprocess.run(["/usr/bin/timeout", "30", *map(str, command)], **OUTPUT, check=False, **options)
     return ended.returncode, ended.stdout
 
 
@@ -41,26 +42,21 @@ def build():
 
 @pytest.fixture(scope="session")
 def wine():
-    def run_wine(*command, **options):
-        status, output = run(REPOSITORY / "scripts/run_wine.sh", *command, **options)
-        return status, output.splitlines()
-    return run_wine
+    """Runs a Windows program as run() does."""
+    return functools.partial(run, REPOSITORY / "scripts/run_wine.sh")
 
 
 @pytest.fixture
 def service(tmp_path):
-    services, offers = [], tmp_path / "catalogue.json"
-    offers.write_text(catalogue(), "utf-8")
+    services = []
+    (tmp_path / "catalogue.json").write_text(catalogue(), "utf-8")
 
     def start(*options, port=0):
-        command = [sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--address", ADDRESS, "--port",
-                   str(port), "--catalogue", offers, *options]
-        started = subprocess.Popen(command, encoding="utf-8", cwd=tmp_path, stdout=subprocess.PIPE,
-                                   stderr=subprocess.STDOUT)
-        services.append(started)
-        ready = started.stdout.readline()
-        started.port = int(re.match(r"Product service ready at https://[0-9.]+:(\d+) ", ready)[1])
-        return started
+        command = f"{REPOSITORY}/tools/product_service.py --address {ADDRESS} --port {port} --catalogue catalogue.json"
+        services.append(subprocess.Popen([sys.executable, "-B", *command.split(), *options], cwd=tmp_path, **OUTPUT))
+        ready = services[-1].stdout.readline()
+        services[-1].port = int(re.match(r"Product service ready at https://[0-9.]+:(\d+) ", ready)[1])
+        return services[-1]
     yield start
     for started in services:
         started.kill()

@@ -2,18 +2,13 @@
 
 import re
 import shutil
-import zipfile
 
 import pytest
 
 from conftest import MAKER_KEY, run
 
-FILES = set("""CHANGELOG.md LICENSE SECURITY.md docs/host-guide.md lang/DE/Vemo_DE.lang bin/ProductServices.dll
-lib/libProductServices.dll.a include/product_services/product_services.h include/product_services/version.h
-licenses/curl.txt licenses/gcc-runtime.txt licenses/mingw-w64.txt licenses/nlohmann-json.txt
-samples/installer/sample_host.wxs tools/product_service.py tools/catalogue.json""".split())
-COMPILERS = [f"-DCMAKE_{language}_COMPILER=x86_64-w64-mingw32-{name}-posix" for language, name in (
-    ("C", "gcc"), ("CXX", "g++"))]
+FILES = set("""LICENSE SECURITY.md docs/host-guide.md lang/DE/Vemo_DE.lang tools/product_service.py tools/catalogue.json
+licenses/curl.txt licenses/gcc-runtime.txt licenses/mingw-w64.txt licenses/nlohmann-json.txt""".split())
 
 
 @pytest.fixture(scope="module")
@@ -21,8 +16,7 @@ def package(build, tmp_path_factory):
     folder = tmp_path_factory.mktemp("package")
     assert run("cpack", "-B", folder, cwd=build)[0] == 0
     archive, = folder.glob("product-services-*-windows-x64.zip")
-    with zipfile.ZipFile(archive) as packed:
-        packed.extractall(folder)
+    shutil.unpack_archive(archive, folder)
     return folder / archive.stem
 
 
@@ -41,15 +35,13 @@ def test_the_visual_studio_library_has_exactly_the_two_names(package):
 def test_hosts_in_c_and_cpp_build_and_run(package, tmp_path, wine):
     # A copy, as a user would have it: nothing of the repository is in reach but the toolchain.
     hosts = shutil.copytree(package / "samples/minimal_hosts", tmp_path / "hosts")
-    configure = ["cmake", "-G", "Ninja", "-S", hosts, "-B", tmp_path, "-DCMAKE_SYSTEM_NAME=Windows", *COMPILERS,
-                 f"-DCMAKE_PREFIX_PATH={package}"]
-    for command in (configure, ["cmake", "--build", tmp_path]):
-        status, output = run(*command)
+    settings = [f"-DCMAKE_{name}" for name in (
+        f"PREFIX_PATH={package}", "SYSTEM_NAME=Windows", "C_COMPILER=x86_64-w64-mingw32-gcc-posix",
+        "CXX_COMPILER=x86_64-w64-mingw32-g++-posix")]
+    for command in (["-G", "Ninja", "-S", hosts, "-B", tmp_path, *settings], ["--build", tmp_path]):
+        status, output = run("cmake", *command)
         assert status == 0 and "warning" not in output, output
     # Without a record of the product there is no request and no window.
     wine("reg", "delete", MAKER_KEY, "/f")
     for host in ("host_c.exe", "host_cpp.exe"):
-        assert wine(tmp_path / host) == (0, ["950: No data of the installed product was found."])
-    project = hosts / "CMakeLists.txt"
-    project.write_text(project.read_text("utf-8").replace("ProductServices 1.0", "ProductServices 2.0"), "utf-8")
-    assert "compatible with requested version" in " ".join(run(*configure)[1].split())
+        assert wine(tmp_path / host) == (0, "950: No data of the installed product was found.\n")

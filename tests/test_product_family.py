@@ -2,64 +2,57 @@
 
 import shutil
 
-import pytest
-
 from conftest import REPOSITORY, run
 
 HEADER, ICON, BITMAP = "product_family.h", "library.ico", "background_335.bmp"
-FIRST_KEY = b'L"draft20-7k2m9q-x4v8p1w",'
-NO_SIZE, KEYS = f"{ICON} has no 32-bit picture of these sizes: ", "KnownApiKeys must be six keys"
+FIRST_KEY, KEYS = b'L"draft20-7k2m9q-x4v8p1w",', "KnownApiKeys must be six keys"
 PROJECT = f"""cmake_minimum_required(VERSION 3.25)
 project(Check NONE)
 include("{REPOSITORY}/cmake/CheckProductFamily.cmake")
 check_product_family("${{CMAKE_SOURCE_DIR}}/family")"""
 
 
-@pytest.fixture
-def family(tmp_path):
-    shutil.copytree(REPOSITORY / "product_family/sample", tmp_path / "family", ignore=shutil.ignore_patterns("artwork"))
-    return tmp_path / "family"
+def copy_family(folder):
+    return shutil.copytree(REPOSITORY / "product_family/sample", folder / "family", dirs_exist_ok=True)
 
 
-def test_pictures_that_the_build_cannot_use_are_named(family, tmp_path):
+def test_pictures_that_the_build_cannot_use_are_named(tmp_path):
     (tmp_path / "CMakeLists.txt").write_text(PROJECT, "utf-8")
     for name, offset, value, sentence in (
-            (ICON, 0, b"", ""), (HEADER, 0, None, f"has no file {HEADER}."), (BITMAP, 0, None, f"has no file {BITMAP}."),
+            (ICON, 0, b"", ""), *((name, 0, None, f"has no file {name}.") for name in (HEADER, ICON, BITMAP)),
             (BITMAP, 18, b"\xd5", f"{BITMAP} is 725 x 463 pixels with 24 bits each;"),
-            (BITMAP, 22, b"\xd0", f"{BITMAP} is 726 x 464 pixels with 24 bits each;"),
-            (BITMAP, 28, b"\x20", f"{BITMAP} is 726 x 463 pixels with 32 bits each;"),
+            (BITMAP, 22, b"\xd0\1\0\0\1\0\x20", f"{BITMAP} is 726 x 464 pixels with 32 bits each;"),
             (BITMAP, 30, b"\x01", f"{BITMAP} is not an uncompressed bitmap."),
             (BITMAP, -1, b"", f"{BITMAP} is cut short."),
             # The entry of the picture with 32 pixels, and the number of pictures.
-            (ICON, 6 + 16 * 2 + 6, b"\x08", f"{NO_SIZE}32."), (ICON, 4, b"\x06", f"{NO_SIZE}128, 256."),
+            (ICON, 6 + 16 * 2 + 6, b"\x08", "sizes: 32."), (ICON, 4, b"\x06", "sizes: 128, 256."),
             (ICON, 2, b"\x02", f"{ICON} is not an icon.")):
-        good = (family / name).read_bytes()
-        if value is None:
-            (family / name).unlink()
-        else:
-            (family / name).write_bytes(good[:offset] + value + (good[offset + len(value):] if offset >= 0 else b""))
+        file = copy_family(tmp_path) / name
+        good = file.read_bytes()
+        file.unlink()
+        if value is not None:
+            file.write_bytes(good[:offset] + value + good[offset + len(value):len(good) + min(offset, 0)])
         status, output = run("cmake", "-G", "Ninja", "-S", tmp_path, "-B", tmp_path / "check")
         assert (status != 0, output.count("CMake Error")) == (bool(sentence),) * 2, output
         assert sentence in " ".join(output.split())  # cmake wraps its messages
-        (family / name).write_bytes(good)
 
 
-def test_a_family_is_built_from_outside_the_repository_and_its_header_checked(family, tmp_path):
-    def cmake(*command):
-        return run("cmake", *command, cwd=REPOSITORY)
+def test_a_family_is_built_from_outside_the_repository_and_its_header_checked(tmp_path):
+    family = copy_family(tmp_path)
     tree, objects = tmp_path / "tree", "src/CMakeFiles/ProductServices.dir"
-    assert cmake("--preset", "mingw", "-B", tree, f"-DPRODUCT_FAMILY_DIR={family}", "-DBUILD_TESTING=OFF")[0] == 0
+    settings = (f"-DPRODUCT_FAMILY_DIR={family}", "-DBUILD_TESTING=OFF")
+    assert run("cmake", "--preset", "mingw", "-B", tree, *settings, cwd=REPOSITORY)[0] == 0
     good = (family / HEADER).read_bytes()
     for old, new, sentence in ((b"https:", b"http:", "ServiceBaseAddress must be an https address"),
                                (b':18443"', b':18443/"', "ServiceBaseAddress must not end with a slash"),
                                (b'Products"', b'Products\\\\"', "RecordRegistryPath must be the path of a key"),
                                (FIRST_KEY, b"nullptr,", KEYS), (FIRST_KEY, b'L"",', KEYS), (FIRST_KEY, b"", KEYS)):
         (family / HEADER).write_bytes(good.replace(old, new))
-        status, output = cmake("--build", tree, "--target", f"{objects}/platform/family.cpp.obj")
+        status, output = run("cmake", "--build", tree, "--target", f"{objects}/platform/family.cpp.obj")
         assert status and sentence in output, (new, output)
     (family / HEADER).write_bytes(good.replace(b":18443", b":18443/theirs"))
     (family / BITMAP).write_bytes((family / BITMAP).read_bytes()[:-4] + b"\1\2\3\4")
     for name, part in (("platform/family.cpp.obj", ":18443/theirs".encode("utf-16-le")),
                        ("ui/product_services.rc.res", (family / BITMAP).read_bytes()[14:])):
-        assert cmake("--build", tree, "--target", f"{objects}/{name}")[0] == 0
+        assert run("cmake", "--build", tree, "--target", f"{objects}/{name}")[0] == 0
         assert part in (tree / objects / name).read_bytes()
