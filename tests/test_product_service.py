@@ -10,6 +10,7 @@ from conftest import ADDRESS, REPOSITORY, catalogue, end, run
 OFFERS = json.dumps(json.loads(catalogue())["DRAFT-2026-DEMO"]["2026.1"]).encode()
 UNKNOWN, MALFORMED = (b'{"status": 0, "error": "%s"}' % error for error in (b"unknown product key", b"malformed query"))
 UPDATES, TLS = "/get_updates.php", ssl._create_unverified_context()
+TLS.options &= ~ssl.OP_IGNORE_UNEXPECTED_EOF
 
 
 def query(key="DRAFT-2026-DEMO", version="2026.1", up="1", api_key="a"):
@@ -36,9 +37,8 @@ def test_each_request_has_its_answer_and_its_line(service):
         (UPDATES, query(up="0", api_key="a&up=0&version=9"), ("200", OFFERS), "version=2026.1 up=0 (upgrade center)"),
         (UPDATES, query(version="2026.2"), ("200", b""), "-> nothing newer"),
         (UPDATES, query(version="1999"), ("200", b""), "-> version not in the catalogue"),
-        (UPDATES, query(key="A&B=%41+\u00e9\n"), ("200", UNKNOWN), r"key=A&B=%41+é\x0a version="),
-        (UPDATES, b"api_key=a&key=b&hardware_id=h&up=1", ("400", MALFORMED), "query=api_key=a&key=b"),
-        ("/other", b"", ("404", b"No such path.\n"), "404")]
+        (UPDATES, query(key="A&key=%41+\u00e9\n"), ("200", UNKNOWN), r"key=A&key=%41+é\x0a version="),
+        (UPDATES, b"api_key=a&key=b&hardware_id=h&up=1", ("400", MALFORMED), "query=api_key=a&key=b")]
     running = service()
     assert [ask(running, path, body) for path, body, _, _ in cases] == [answer for _, _, answer, _ in cases]
     assert b"<h1>model-2026-1</h1>" in ask(running, "/buy/model-2026-1", method="GET")[1]
