@@ -5,22 +5,37 @@ endif()
 
 find_program(PYTHON3 python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
 
+# The sample family's library at an address of this build folder's own, with the sample host beside it.
+set(sample_family_dir "${CMAKE_SOURCE_DIR}/product_family/sample")
+set(over_tls_dir "${CMAKE_BINARY_DIR}/over_tls")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${sample_family_dir}/product_family.h")
+file(READ "${sample_family_dir}/product_family.h" header)
+string(REGEX REPLACE "https://[^:/]+" "https://${TESTS_ADDRESS}" header "${header}")
+file(CONFIGURE OUTPUT "${over_tls_dir}/family/product_family.h" CONTENT "${header}" @ONLY)
+add_product_services_library(ProductServicesOverTls ProductServices "${over_tls_dir}/family" "${sample_family_dir}")
+set_target_properties(ProductServicesOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${over_tls_dir}")
+add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
+    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:SampleHost> "${over_tls_dir}"
+    DEPENDS SampleHost)
+add_custom_target(sample_host_over_tls ALL DEPENDS "${over_tls_dir}/SampleHost.exe")
+
+add_executable(crash crash/crash.cpp)
+target_link_libraries(crash PRIVATE compiler_settings)
+
 # add_python_test(NAME [PROPERTY VALUE...]): runs tests/NAME.py with the folder of the built programs at hand.
 function(add_python_test name)
     add_test(NAME python.${name}
-        COMMAND "${PYTHON3}" -B "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
-    set_tests_properties(python.${name} PROPERTIES TIMEOUT 120
-        ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" ${ARGN})
+        COMMAND "${PYTHON3}" -B -m pytest -q -p no:cacheprovider "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
+    set_tests_properties(python.${name} PROPERTIES TIMEOUT 60
+        ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};TESTS_ADDRESS=${TESTS_ADDRESS}" ${ARGN})
 endfunction()
 
-add_python_test(test_library_file)
+# The longest first. A lock: the sample host's service has one port, and the sample product one record.
+add_python_test(test_sample_host RESOURCE_LOCK sample_product)
+add_python_test(test_product_family)
+add_python_test(test_installer RESOURCE_LOCK sample_product)
+add_python_test(test_package RESOURCE_LOCK sample_product)
 add_python_test(test_product_service)
-# It builds the library once more.
-add_python_test(test_product_family TIMEOUT 600)
-# The sample family's service has one port, and the sample product one record.
-add_python_test(test_sample_host TIMEOUT 300 RESOURCE_LOCK sample_service_port)
-# Its hosts are of the sample product, and must not find its record.
-add_python_test(test_package TIMEOUT 300 RESOURCE_LOCK sample_service_port)
+add_python_test(test_crash)
+add_python_test(test_library_file)
 add_python_test(test_language_file_tool)
-# It uses what was installed with the sample family's service.
-add_python_test(test_installer TIMEOUT 300 RESOURCE_LOCK sample_service_port)

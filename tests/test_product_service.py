@@ -1,137 +1,74 @@
-"""Runs the development product service for real and talks to it over HTTPS."""
+"""Talks to the development product service over HTTPS."""
 
-import http.client
 import json
-import pathlib
 import signal
 import socket
 import ssl
-import struct
-import subprocess
-import sys
-import tempfile
-import unittest
 
-SCRIPT = pathlib.Path(__file__).parent.parent / "tools" / "product_service.py"
-OFFERS = json.loads(SCRIPT.with_name("catalogue.json").read_text("utf-8"))["DRAFT-2026-DEMO"]["2026.1"]
-COMMAND = [sys.executable, SCRIPT]
-CLOSED = "closed without an answer"
+from conftest import ADDRESS, REPOSITORY, catalogue, end, run
+
+OFFERS = json.dumps(json.loads(catalogue())["DRAFT-2026-DEMO"]["2026.1"]).encode()
+UNKNOWN, MALFORMED = (b'{"status": 0, "error": "%s"}' % error for error in (b"unknown product key", b"malformed query"))
+UPDATES, TLS = "/get_updates.php", ssl._create_unverified_context()
+TLS.options &= ~ssl.OP_IGNORE_UNEXPECTED_EOF
 
 
 def query(key="DRAFT-2026-DEMO", version="2026.1", up="1", api_key="a"):
     return f"api_key={api_key}&key={key}&hardware_id=h&version={version}&up={up}".encode()
 
 
-class Service:
-    """The running service on a free port."""
-
-    def __init__(self, *options):
-        self.process = subprocess.Popen([*COMMAND, "--port", "0", *options], encoding="utf-8",
-                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.port = int(self.process.stdout.readline().split("127.0.0.1:")[1].split()[0])
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.process.kill()
-        self.process.communicate()
-
-    def connect(self):
-        return socket.create_connection(("127.0.0.1", self.port), timeout=20)
-
-    def ask(self, path, body=b"", method="POST"):
-        """(status, body) of one request, JSON decoded, or CLOSED."""
-        connection = http.client.HTTPSConnection("127.0.0.1", self.port, timeout=20,
-                                                 context=ssl._create_unverified_context())
-        try:
-            connection.request(method, path, body)
-            response = connection.getresponse()
-            reply = response.read()
-            return response.status, json.loads(reply) if reply[:1] in (b"[", b"{") else reply
-        except http.client.RemoteDisconnected:
-            return CLOSED
-        finally:
-            connection.close()
+def connect(service):
+    return socket.create_connection((ADDRESS, service.port), timeout=20)
 
 
-class AnswersTest(unittest.TestCase):
-    def test_each_request_has_its_answer_and_its_line(self):
-        updates, unknown = "/get_updates.php", {"status": 0, "error": "unknown product key"}
-        malformed = {"status": 0, "error": 'malformed query: no field "version" in its place'}
-        cases = [
-            ("/check.php", b"", 200, b"1", '-> "1"'),
-            (updates, query(), 200, OFFERS, "version=2026.1 up=1 (update check) -> 3 offers"),
-            (updates, query(up="0"), 200, OFFERS, "up=0 (upgrade center) -> 3 offers"),
-            (updates, query(version="2026.2"), 200, b"", "-> nothing newer"),
-            (updates, query(version="1999"), 200, b"", "-> version not in the catalogue"),
-            (updates, query(key="A&B=%41+\u00e9\r\n"), 200, unknown, r"key=A&B=%41+é\x0d\x0a version="),
-            (updates, query(api_key="a&up=0&version=9"), 200, OFFERS, "version=2026.1 up=1"),
-            (updates, b"api_key=a&key=b&hardware_id=h&up=1", 400, malformed, "query=api_key=a&key=b"),
-            ("/other", b"", 404, b"No such path.\n", "404"),
-        ]
-        with Service() as service:
-            for path, body, status, expected, logged in cases:
-                with self.subTest(path=path, body=body):
-                    self.assertEqual(service.ask(path, body), (status, expected))
-                    line = service.process.stdout.readline()
-                    self.assertTrue(line.startswith(f"POST {path} "), line)
-                    self.assertIn(logged, line)
-            self.assertEqual(service.ask("/check.php", method="GET")[0], 405)
-            page = service.ask(OFFERS[1]["url"].removeprefix("https://127.0.0.1:18443"), method="GET")[1]
-            self.assertIn(f'<h1>{OFFERS[1]["name"]} {OFFERS[1]["version"]}</h1>', page.decode("utf-8"))
-
-    def test_options_override_the_answers(self):
-        with tempfile.NamedTemporaryFile() as file:
-            file.write(b"\xffany bytes\0")
-            file.flush()
-            refusal = {"status": 0, "error": "refused on request"}
-            for options, expected in ((("--answer", "offers"), (200, OFFERS)),
-                                      (("--answer", "refusal"), (200, refusal)),
-                                      (("--answer", "empty"), (200, b"")),
-                                      (("--answer", "close"), CLOSED),
-                                      (("--answer-file", file.name), (200, b"\xffany bytes\0"))):
-                with self.subTest(options), Service(*options, "--check-answer", "1 ") as service:
-                    self.assertEqual(service.ask("/get_updates.php", query(key="unknown")), expected)
-                    self.assertEqual(service.ask("/check.php"), (200, b"1 "))
+def ask(service, path, body=b"", method="POST"):
+    """Status and body of a reply, which must come as one TLS record and with the end of TLS after it."""
+    with TLS.wrap_socket(connect(service), suppress_ragged_eofs=False) as client:
+        client.sendall(f"{method} {path} HTTP/1.1\r\nContent-Length: {len(body)}\r\n\r\n".encode() + body)
+        head, _, reply = client.recv(16384).partition(b"\r\n\r\n")
+        assert client.recv(1) == b""
+        return head[9:12].decode(), reply
 
 
-class ConnectionsTest(unittest.TestCase):
-    def test_bad_clients_hold_up_nothing_and_both_signals_end_cleanly(self):
-        tls = ssl._create_unverified_context()
-        for number in (signal.SIGINT, signal.SIGTERM):
-            with self.subTest(number), Service() as service, \
-                    service.connect(), tls.wrap_socket(service.connect()) as slow:
-                slow.sendall(b"POST /check.php HTTP/1.1\r\n")
-                with service.connect() as plain:
-                    plain.sendall(b"GET / HTTP/1.0\r\n\r\n")
-                    plain.recv(100)
-                with tls.wrap_socket(service.connect()) as cut:
-                    cut.sendall(b"POST /get_updates.php HTTP/1.1\r\nContent-Length: 9\r\n\r\nab")
-                    cut.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
-                self.assertEqual(service.ask("/check.php"), (200, b"1"))
-                service.process.send_signal(number)
-                log, errors = service.process.communicate(timeout=20)
-                self.assertEqual((service.process.returncode, errors), (0, ""))
-                self.assertIn("connection without a TLS handshake", log)
-
-    def test_what_it_cannot_start_with_is_said_in_one_sentence(self):
-        with tempfile.TemporaryDirectory() as folder, socket.create_server(("127.0.0.1", 0)) as used:
-            port, catalogue = used.getsockname()[1], pathlib.Path(folder, "catalogue.json")
-            cases = [("--port", port, None, f"127.0.0.1:{port}: Address already in use"),
-                     ("--answer-file", folder, None, f"{folder}: Is a directory"),
-                     ("--catalogue", catalogue, "{\n!", "line 2"),
-                     ("--catalogue", catalogue, '{"K": {"1": [{"name": "n"}]}}', '"K" version "1", offer 1'),
-                     ("--catalogue", catalogue, '{"K": {}, "K": {}}', '"K" stands there twice')]
-            for option, value, text, reason in cases:
-                catalogue.write_text(text or "", "utf-8")
-                with self.subTest(option, reason=reason):
-                    run = subprocess.run([*COMMAND, option, str(value)], capture_output=True,
-                                         encoding="utf-8", timeout=20, check=False)
-                    self.assertEqual((run.returncode, run.stdout), (1, ""))
-                    self.assertRegex(run.stderr, r"\Aproduct_service: [^\n]+\n\Z")
-                    self.assertIn(reason, run.stderr)
+def test_each_request_has_its_answer_and_its_line(service):
+    cases = [
+        ("/check.php", b"", ("200", b"1"), '-> "1"'),
+        (UPDATES, query(), ("200", OFFERS), "  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> 3 offers"),
+        (UPDATES, query(up="0", api_key="a&up=0&version=9"), ("200", OFFERS), "version=2026.1 up=0 (upgrade center)"),
+        (UPDATES, query(version="2026.2"), ("200", b""), "-> nothing newer"),
+        (UPDATES, query(version="1999"), ("200", b""), "-> version not in the catalogue"),
+        (UPDATES, query(key="A&key=%41+\u00e9\n"), ("200", UNKNOWN), r"key=A&key=%41+é\x0a version="),
+        (UPDATES, b"api_key=a&key=b&hardware_id=h&up=1", ("400", MALFORMED), "query=api_key=a&key=b")]
+    running = service()
+    assert [ask(running, path, body) for path, body, _, _ in cases] == [answer for _, _, answer, _ in cases]
+    assert b"<h1>model-2026-1</h1>" in ask(running, "/buy/model-2026-1", method="GET")[1]
+    for line, (path, _, _, logged) in zip(end(running), cases):
+        assert line.startswith(f"POST {path} ") and logged in line
 
 
-if __name__ == "__main__":
-    unittest.main()
+def test_options_override_the_answers(service, tmp_path):
+    (tmp_path / "file").write_bytes(b"\xffx\0")
+    for option, answer in (("=offers", ("200", OFFERS)), ("=close", ("", b"")), ("-file=file", ("200", b"\xffx\0"))):
+        running = service(f"--answer{option}", "--check-answer=1 ")
+        assert (ask(running, UPDATES), ask(running, "/check.php")) == (answer, ("200", b"1 "))
+
+
+def test_bad_clients_hold_up_nothing_and_both_signals_end_it_in_order(service):
+    for number in (signal.SIGINT, signal.SIGTERM):
+        running = service()
+        with connect(running), connect(running) as plain, TLS.wrap_socket(connect(running)) as slow:
+            slow.sendall(b"POST /check.php HTTP/1.1\r\n")
+            plain.sendall(b"GET / HTTP/1.0\r\n\r\n")
+            assert "connection without a TLS handshake" in running.stdout.readline()
+            assert ask(running, "/check.php") == ("200", b"1")
+            end(running, number)
+
+
+def test_what_it_cannot_start_with_is_said_in_one_sentence(tmp_path):
+    (tmp_path / "offers").write_text('{"K": {"1": [{"name": "n"}]}}', "utf-8")
+    with socket.create_server((ADDRESS, 0)) as used:
+        for option, reason in ((f"--port={used.getsockname()[1]}", ": Address already in use"),
+                               (f"--answer-file={tmp_path}", f"{tmp_path}: Is a directory"),
+                               (f"--catalogue={tmp_path}/offers", '"K" version "1", offer 1')):
+            status, output = run(REPOSITORY / "tools/product_service.py", "--address", ADDRESS, option)
+            assert (status, output.count("\n"), output[:17]) == (1, 1, "product_service: ") and reason in output
