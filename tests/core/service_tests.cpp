@@ -1,10 +1,10 @@
+#include "support/recording_curl.h"
+
 #include "platform/machine_identifier.h"
-#include "product_family.h"
-#include "service/curl_error_texts.h"
 #include "service/service_client.h"
 #include "service/text_conversion.h"
 #include "service/update_query.h"
-#include "support/recording_curl.h"
+#include "support/product_records.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -12,32 +12,30 @@
 #include <stdexcept>
 
 using namespace product_services;
-using ServiceClient::Post;
+
+static std::string Post(CURLcode withResult, const std::vector<std::string>& withPieces, bool withHandle = true)
+{
+    result = withResult;
+    pieces = withPieces;
+    givesHandle = withHandle;
+    calls.clear();
+    return ServiceClient::Post("a=1&b=\xC3\xA9", L"https://service/\xE9");
+}
 
 TEST(Post, SetsFourOptionsAndReleasesInOrder)
 {
-    recordingCurl = {.pieces = {"first piece, and a long one", std::string("la\0t", 4)}};
-    EXPECT_EQ(Post("a=1&b=\xC3\xA9", L"https://service/\xE9"), std::string("la\0t", 4));
-    EXPECT_EQ(
-        recordingCurl.calls,
-        (std::vector<std::string>{
-            "global_init 3", "easy_init", "append first Expect:", "setopt 10002 https://service/\xC3\xA9",
-            "setopt 10015 a=1&b=\xC3\xA9", "setopt 20011", "setopt 64 0", "perform", "cleanup",
-            "free null form", "free list"}));
-    EXPECT_EQ(recordingCurl.cursorDuringTransfer, LoadCursorW(nullptr, IDC_WAIT));
+    const std::string withZero("la\0t", 4);
+    EXPECT_EQ(Post(CURLE_OK, {"first piece, and a long one", withZero}), withZero);
+    const std::vector<std::string> expected{
+        "global_init 3", "easy_init", "append first Expect:", "setopt 10002 https://service/\xC3\xA9",
+        "setopt 10015 a=1&b=\xC3\xA9", "setopt 20011 ", "setopt 64 0", "perform", "cleanup",
+        "free null form", "free list"};
+    EXPECT_EQ(calls, expected);
+    EXPECT_EQ(cursorDuringTransfer, LoadCursorW(nullptr, IDC_WAIT));
     EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_WAIT)) << "the wait cursor comes back and stays";
-}
 
-TEST(Post, WithoutAHandleSendsAndReleasesNothing)
-{
-    recordingCurl = {.pieces = {"old reply"}};
-    Post("", L"u");
-    recordingCurl = {.givesHandle = false};
-    EXPECT_EQ(Post("", L"u"), "");
-    EXPECT_EQ(
-        recordingCurl.calls, (std::vector<std::string>{"global_init 3", "easy_init", "append first Expect:"}));
-    recordingCurl = {};
-    EXPECT_EQ(Post("", L"u"), "") << "the buffer is emptied for every post";
+    EXPECT_EQ(Post(CURLE_OK, {}, false), "") << "without a handle, after another reply";
+    EXPECT_EQ(calls, std::vector(expected.begin(), expected.begin() + 3)) << "nothing sent, nothing released";
 }
 
 TEST(Post, TurnsEveryFailureIntoADocument)
@@ -45,13 +43,10 @@ TEST(Post, TurnsEveryFailureIntoADocument)
     std::uint64_t checksum = 14695981039346656037u;
     int withText = 0;
     for (int code = 1; code < 110; ++code) {
-        recordingCurl = {.pieces = {"half a reply"}, .result = static_cast<CURLcode>(code)};
-        const std::string document = Post("", L"u");
-        const wchar_t* text = FindCurlErrorText(static_cast<CURLcode>(code));
-        EXPECT_EQ(
-            document, (code == 34 ? "" : "{\"status\":0,\"error\":\"") + ToUtf8(text ? text : L"") + "\"}");
-        EXPECT_EQ(nlohmann::json::accept(document), code != 21 && code != 34 && code != 42) << code;
-        withText += text ? 1 : 0;
+        const std::string document = Post(static_cast<CURLcode>(code), {"half a reply"});
+        EXPECT_EQ(document.rfind("{\"status\":0,\"error\":\"", 0) == 0, code != 34) << document;
+        EXPECT_EQ(nlohmann::json::accept(document), code != 21 && code != 34 && code != 42) << document;
+        withText += document != "{\"status\":0,\"error\":\"\"}";
         for (const char c : std::to_string(code) + document) {
             checksum = (checksum ^ static_cast<unsigned char>(c)) * 1099511628211u;
         }
@@ -62,27 +57,24 @@ TEST(Post, TurnsEveryFailureIntoADocument)
 
 TEST(Probe, HoldsForExactlyOne)
 {
-    const auto isReachable = [](RecordingCurl curl) {
-        recordingCurl = curl;
-        return ServiceClient::IsServiceReachable();
-    };
-    EXPECT_TRUE(isReachable({.pieces = {"1"}}));
-    EXPECT_EQ(recordingCurl.calls[3], "setopt 10002 http://" TESTS_ADDRESS ":18444/check.php");
-    EXPECT_EQ(recordingCurl.calls[4], "setopt 10015 ");
-    for (const char* reply : {"", "1\n", " 1", "11", "0", "true", "1\xC3", "\xF0\x9F\x98\x80"}) {
-        EXPECT_FALSE(isReachable({.pieces = {reply}})) << reply;
+    for (const char* reply : {"1", "", "1\n", " 1", "11", "true", "1\xC3", "\xF0\x9F\x98\x80"}) {
+        Post(CURLE_OK, {reply});
+        EXPECT_EQ(ServiceClient::IsServiceReachable(), reply == std::string("1")) << reply;
     }
-    EXPECT_FALSE(isReachable({.pieces = {"1"}, .result = CURLE_COULDNT_CONNECT}));
+    EXPECT_EQ(calls[14], "setopt 10002 http://" TESTS_ADDRESS ":18444/check.php");
+    EXPECT_EQ(calls[15], "setopt 10015 ");
+    result = CURLE_COULDNT_CONNECT;
+    EXPECT_FALSE(ServiceClient::IsServiceReachable());
 }
 
 TEST(UpdateQuery, InsertsItsValuesAsTheyAreWithAHashOfTheMachinesId)
 {
     // The machine's registry is this key of the test's own, since the real id is nobody's to change.
-    HKEY machine = nullptr;
-    const std::wstring path = std::wstring(product_family::RecordRegistryPath) + L" machine";
-    RegCreateKeyW(HKEY_CURRENT_USER, path.c_str(), &machine);
+    const ProductRecords records;
     const wchar_t guid[] = L"01234567-89ab-cdef-0123-456789abcdef";
-    RegSetKeyValueW(machine, L"SOFTWARE\\Microsoft\\Cryptography", L"MachineGuid", REG_SZ, guid, sizeof guid);
+    records.Write(L"Machine\\SOFTWARE\\Microsoft\\Cryptography", L"MachineGuid", guid);
+    HKEY machine = nullptr;
+    RegOpenKeyW(HKEY_CURRENT_USER, records.Path(L"Machine").c_str(), &machine);
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine);
     EXPECT_EQ(
         BuildUpdateQuery(L"a b", L"A&B=%+", L"\xFC\x20AC", L"0"),
@@ -90,14 +82,11 @@ TEST(UpdateQuery, InsertsItsValuesAsTheyAreWithAHashOfTheMachinesId)
         "45c42dc13b5eaa0660c4e6582b9f9d958981a621e0d3b02dbcc1af9bfe59596f&version=\xC3\xBC\xE2\x82\xAC&up=0");
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
     RegCloseKey(machine);
-    RegDeleteTreeW(HKEY_CURRENT_USER, path.c_str());
 }
 
 TEST(TextConversion, RefusesWhatDoesNotFitOneUnit)
 {
-    EXPECT_EQ(ToWide("a\xC3\xBC\xE2\x82\xAC"), L"a\xFC\x20AC");
-    EXPECT_EQ(ToUtf8(L"a\xFC\x20AC"), "a\xC3\xBC\xE2\x82\xAC");
-    EXPECT_EQ(ToWide(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
+    EXPECT_EQ(ToWide(std::string("a\0\xC3\xBC\xE2\x82\xAC", 7)), std::wstring(L"a\0\xFC\x20AC", 4));
     const auto message = [](const std::function<void()>& conversion) -> std::string {
         try {
             conversion();
@@ -109,7 +98,7 @@ TEST(TextConversion, RefusesWhatDoesNotFitOneUnit)
     for (const char* utf8 : {"\xF0\x9F\x98\x80", "\xFF", "a\xE2\x82"}) {
         EXPECT_EQ(message([&] { ToWide(utf8); }), "bad conversion") << utf8;
     }
-    for (const wchar_t* wide : {L"\xD83D\xDE00", L"\xD83D", L"a\xDE00"}) {
+    for (const wchar_t* wide : {L"\xD83D\xDE00", L"a\xDE00"}) {
         EXPECT_EQ(message([&] { ToUtf8(wide); }), "bad conversion");
     }
 }

@@ -6,46 +6,34 @@
 #include <string>
 #include <windows.h>
 
-/// Writes values of any type into the key of a product and removes all records of the family at the end.
-class ProductRecords
+/// Writes values of products, each "name\version", and removes all records of the family at the end.
+struct ProductRecords
 {
-public:
     ProductRecords() { RemoveAll(); }
     ~ProductRecords() { RemoveAll(); }
 
-    void Write(
-        const std::wstring& product, const std::wstring& version, const std::wstring& key,
-        const std::wstring& installed, HKEY root = HKEY_CURRENT_USER)
+    static std::wstring Path(const std::wstring& product)
     {
-        WriteValue(product, version, L"key", key, REG_SZ, root);
-        WriteValue(product, version, L"version", installed, REG_SZ, root);
+        return std::wstring(product_family::RecordRegistryPath) + L'\\' + product;
     }
 
     /// Writes the units of `data` without a zero after them.
-    void WriteValue(
-        const std::wstring& product, const std::wstring& version, const wchar_t* name,
-        const std::wstring& data, DWORD type = REG_SZ, HKEY root = HKEY_CURRENT_USER)
+    static void Write(
+        const std::wstring& product, const wchar_t* name, const std::wstring& data, DWORD type = REG_SZ,
+        HKEY root = HKEY_CURRENT_USER)
     {
-        RegSetKeyValueW(
-            root, Path(product, version).c_str(), name, type, data.data(),
-            static_cast<DWORD>(data.size() * sizeof(wchar_t)));
+        const auto size = static_cast<DWORD>(data.size() * sizeof(wchar_t));
+        RegSetKeyValueW(root, Path(product).c_str(), name, type, data.data(), size);
     }
 
-    void Remove(const std::wstring& product, const std::wstring& version, const wchar_t* name)
+    static void Remove(const std::wstring& product, const wchar_t* name)
     {
-        RegDeleteKeyValueW(HKEY_CURRENT_USER, Path(product, version).c_str(), name);
-    }
-
-private:
-    static std::wstring Path(const std::wstring& product, const std::wstring& version)
-    {
-        return std::wstring(product_family::RecordRegistryPath) + L'\\' + product + L'\\' + version;
+        RegDeleteKeyValueW(HKEY_CURRENT_USER, Path(product).c_str(), name);
     }
 
     static void RemoveAll()
     {
-        for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
-            RegDeleteTreeW(root, product_family::RecordRegistryPath);
-        }
+        RegDeleteTreeW(HKEY_CURRENT_USER, product_family::RecordRegistryPath);
+        RegDeleteTreeW(HKEY_LOCAL_MACHINE, product_family::RecordRegistryPath);
     }
 };
