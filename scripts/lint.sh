@@ -1,28 +1,54 @@
 #!/usr/bin/env bash
-# Checks the format of our C and C++ sources and what clang-tidy says of the library; --fix formats them.
-# Needs a configured mingw build (test.sh makes one) and the packages clang-format and clang-tidy.
+# Checks all our sources: clang-format and clang-tidy C and C++, flake8 Python, shellcheck the shell scripts.
+# --fix formats C and C++ and checks nothing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/lib/say.sh
 
-for tool in clang-format clang-tidy; do
-  command -v "$tool" >/dev/null || fail "$tool is missing; install Debian's package $tool."
-done
+readonly tree=build/lint log=build/tidy.log
 
-mapfile -t sources < <(git ls-files '*.cpp' '*.c' '*.h')
+# Only configured, never built; it names the benchmarks too, which an ordinary build leaves out.
+configure_tree() {
+  cmake --preset mingw -B "$tree" -DPRODUCT_SERVICES_BENCHMARKS=ON >"$tree.log" 2>&1 \
+    || fail "The sources could not be configured; see $tree.log."
+}
+
+# The cross compiler's C++ headers, where the compiler itself says they are.
+cxx_headers() {
+  x86_64-w64-mingw32-g++-posix -E -x c++ -v /dev/null 2>&1 >/dev/null \
+    | sed -n 's|^ \(/.*/c++.*\)|--extra-arg=-cxx-isystem\1|p'
+}
+
+# No tree compiles the minimal hosts, which know the package alone, and the fuzz target: they get options of their own.
+run_clang_tidy() {
+  local status=0 command=(clang-tidy --quiet --extra-arg=--target=x86_64-w64-windows-gnu)
+  mapfile -t -O "${#command[@]}" command < <(cxx_headers)
+  printf '%s\0' "${units[@]}" | xargs -0 -P 2 -n 2 "${command[@]}" -p "$tree" || status=1
+  "${command[@]}" samples/minimal_hosts/host.c* -- -Iinclude || status=1
+  "${command[@]}" tests/fuzz/*.cpp -- -std=c++20 -Isrc -isystem build/deps/json || status=1
+  return "$status"
+}
+
+./setup.sh clang-format clang-tidy flake8 shellcheck
+mapfile -t sources < <(git ls-files '*.c' '*.cpp' '*.h')
+mapfile -t units < <(git ls-files '*.cpp' ':!samples/minimal_hosts' ':!tests/fuzz')
+mapfile -t python < <(git ls-files '*.py')
+mapfile -t shell < <(git ls-files '*.sh' .ci/run)
+
 if [ "${1:-}" = --fix ]; then
   clang-format -i "${sources[@]}"
   exit 0
 fi
 
-say "Checking the format of ${#sources[@]} files"
+say "Checking the format of ${#sources[@]} C and C++ files"
 clang-format --dry-run -Werror "${sources[@]}" || fail "Run scripts/lint.sh --fix."
 
-say "Running clang-tidy over the library (a few minutes)"
-readonly gcc=/usr/lib/gcc/x86_64-w64-mingw32/12-posix/include/c++
-git ls-files 'src/*.cpp' 'samples/*.cpp' \
-  | xargs -P 2 -n 4 clang-tidy -p build/mingw --quiet --extra-arg=--target=x86_64-w64-windows-gnu \
-      --extra-arg=-isystem"$gcc" --extra-arg=-isystem"$gcc/x86_64-w64-mingw32" \
-      --extra-arg=-isystem/usr/x86_64-w64-mingw32/include >build/tidy.log 2>&1 \
-  || { grep -E -A3 'error:|warning:' build/tidy.log >&2; fail "clang-tidy found something; see build/tidy.log."; }
+say "Running flake8 over ${#python[@]} files and shellcheck over ${#shell[@]}"
+flake8 --max-line-length 120 "${python[@]}" || fail "flake8 found something."
+shellcheck --shell=bash --severity=warning "${shell[@]}" || fail "shellcheck found something."
+
+say "Running clang-tidy (some three minutes)"
+configure_tree
+run_clang_tidy >"$log" 2>&1 \
+  || { grep -E -A3 'error:|warning:' "$log" >&2 || true; fail "clang-tidy found something; see $log."; }
 say "Nothing to mend."

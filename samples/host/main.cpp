@@ -1,36 +1,112 @@
 // A host application as small as one can be: its command line and its window call the library.
 #include "main_window.h"
-#include "options.h"
 #include "product_call.h"
 #include "unattended_user.h"
 
 #include <cstdio>
+#include <cwchar>
+#include <optional>
+#include <string_view>
 
 namespace {
 
-int RunCommand(const Options& options)
+constexpr wchar_t Usage[] =
+    L"SampleHost         ...     opens the sample host's window\n"
+    L"SampleHost check   ...     calls CheckForUpdates and prints the outcome\n"
+    L"SampleHost upgrade ...     calls Upgrade and prints the outcome\n"
+    L"\n"
+    L"  --product NAME           the calling product (Example Draft)\n"
+    L"  --version TEXT           its version (2026.1)\n"
+    L"  --api-key KEY            its service API key (Example Draft's)\n"
+    L"  --language ID            120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,\n"
+    L"                           220 TW, 230 ZH (120)\n"
+    L"  --unattended             press the buttons of what the library shows, and print what it says\n"
+    L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n"
+    L"  --look MS                look at a window for so long before pressing when unattended (0)\n";
+
+struct Options
 {
-    const ProductCall call =
-        options.command == L"check" ? ProductCall::CheckForUpdates : ProductCall::Upgrade;
-    std::wstring outcome;
-    const auto work = [&] { outcome = CallAndDescribe(call, options); };
-    if (options.isUnattended) {
-        WithUnattendedUser({options.buys, options.looksMs}, work);
+    /// Null opens the window.
+    ProductCall call = nullptr;
+    HostContext product{};
+    bool isUnattended = false;
+    UnattendedUser user;
+};
+
+bool ReadNumber(const wchar_t* text, int& number)
+{
+    wchar_t* end = nullptr;
+    number = std::wcstol(text, &end, 10);
+    return end != text && *end == L'\0';
+}
+
+bool ReadOption(Options& options, std::wstring_view name, const wchar_t* value)
+{
+    if (name == L"--product") {
+        options.product.productName = value;
+    } else if (name == L"--version") {
+        options.product.productVersion = value;
+    } else if (name == L"--api-key") {
+        options.product.apiKey = value;
+    } else if (name == L"--language") {
+        return ReadNumber(value, options.product.languageId);
+    } else if (name == L"--buy") {
+        return ReadNumber(value, options.user.buys);
+    } else if (name == L"--look") {
+        return ReadNumber(value, options.user.looksMs);
     } else {
-        work();
+        return false;
+    }
+    return true;
+}
+
+std::optional<Options> ReadOptions(int argc, wchar_t** argv)
+{
+    Options options;
+    options.product.productName = L"Example Draft";
+    options.product.productVersion = L"2026.1";
+    options.product.apiKey = L"draft20-7k2m9q-x4v8p1w";
+    options.product.languageId = 120;
+    for (int i = 1; i < argc; ++i) {
+        const std::wstring_view name = argv[i];
+        if (i == 1 && name == L"check") {
+            options.call = CheckForUpdates;
+        } else if (i == 1 && name == L"upgrade") {
+            options.call = Upgrade;
+        } else if (name == L"--unattended") {
+            options.isUnattended = true;
+        } else if (++i == argc || !ReadOption(options, name, argv[i])) {
+            return std::nullopt;
+        }
+    }
+    return options;
+}
+
+void RunCommand(Options& options)
+{
+    std::wstring outcome;
+    const auto call = [&] { outcome = CallAndDescribe(options.call, options.product); };
+    if (options.isUnattended) {
+        WithUnattendedUser(options.user, call);
+    } else {
+        call();
     }
     PrintLine(L"outcome: " + outcome);
-    return 0;
 }
 
 } // namespace
 
 int wmain(int argc, wchar_t** argv)
 {
-    const auto options = ReadOptions({argv + 1, argv + argc});
+    auto options = ReadOptions(argc, argv);
     if (!options) {
         std::fputws(Usage, stderr);
         return 2;
     }
-    return options->command.empty() ? RunMainWindow(*options) : RunCommand(*options);
+    if (options->call) {
+        RunCommand(*options);
+    } else {
+        RunMainWindow(options->product);
+    }
+    return 0;
 }

@@ -1,86 +1,62 @@
 #include "main_window.h"
 
 #include "product_call.h"
+#include "resource.h"
 
 #include <windows.h>
 
 namespace {
 
-constexpr UINT_PTR CheckCommand = 101;
-constexpr UINT_PTR UpgradeCommand = 102;
-constexpr int OutcomeId = 201;
-constexpr int Margin = 16;
-
-HMENU CreateMenuBar()
-{
-    HMENU help = CreatePopupMenu();
-    AppendMenuW(help, MF_STRING, CheckCommand, L"&Check for updates\x2026");
-    AppendMenuW(help, MF_STRING, UpgradeCommand, L"&Upgrade center\x2026");
-    HMENU bar = CreateMenu();
-    AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(help), L"&Help");
-    return bar;
-}
-
 void CallLibrary(HWND window, ProductCall call)
 {
-    const auto* options = reinterpret_cast<const Options*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    auto& product = *reinterpret_cast<HostContext*>(GetWindowLongPtrW(window, DWLP_USER));
     // The library's windows have no owner: the host itself keeps its user from a second call.
     EnableWindow(window, FALSE);
-    const std::wstring outcome = CallAndDescribe(call, *options);
+    const std::wstring outcome = CallAndDescribe(call, product);
     EnableWindow(window, TRUE);
-    SetForegroundWindow(window);
-    SetDlgItemTextW(window, OutcomeId, (L"Outcome: " + outcome).c_str());
+    // The browser is to stay in front.
+    if (product.resultCode != PRODUCT_SERVICES_BROWSER_OPENED) {
+        SetForegroundWindow(window);
+    }
+    SetDlgItemTextW(window, IDC_OUTCOME, (L"Outcome: " + outcome).c_str());
 }
 
-void CreateOutcomeText(HWND window)
+void SetIcon(HWND window, WPARAM kind, int size)
 {
-    HWND text = CreateWindowExW(
-        0, L"STATIC", L"Choose a command of the Help menu.", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, window,
-        reinterpret_cast<HMENU>(static_cast<INT_PTR>(OutcomeId)), nullptr, nullptr);
-    SendMessageW(text, WM_SETFONT, reinterpret_cast<WPARAM>(GetStockObject(DEFAULT_GUI_FONT)), TRUE);
+    HANDLE icon = LoadImageW(
+        GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDI_HOST), IMAGE_ICON, size, size, LR_DEFAULTCOLOR);
+    SendMessageW(window, WM_SETICON, kind, reinterpret_cast<LPARAM>(icon));
 }
 
-LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+void InitialiseWindow(HWND window, const HostContext& product)
+{
+    SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(&product));
+    const std::wstring name = product.productName;
+    SetWindowTextW(window, (name + L" " + product.productVersion + L" \x2013 sample host").c_str());
+    SetIcon(window, ICON_BIG, GetSystemMetrics(SM_CXICON));
+    SetIcon(window, ICON_SMALL, GetSystemMetrics(SM_CXSMICON));
+}
+
+// A dialog as the window: with the DPI awareness of the manifest the system scales it, after a change too.
+INT_PTR CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
-    case WM_CREATE:
-        CreateOutcomeText(window);
-        return 0;
-    case WM_SIZE:
-        MoveWindow(
-            GetDlgItem(window, OutcomeId), Margin, Margin, LOWORD(lParam) - 2 * Margin,
-            HIWORD(lParam) - 2 * Margin, TRUE);
-        return 0;
+    case WM_INITDIALOG:
+        InitialiseWindow(window, *reinterpret_cast<const HostContext*>(lParam));
+        return TRUE;
     case WM_COMMAND:
-        if (LOWORD(wParam) == CheckCommand) {
-            CallLibrary(window, ProductCall::CheckForUpdates);
-        } else if (LOWORD(wParam) == UpgradeCommand) {
-            CallLibrary(window, ProductCall::Upgrade);
+        if (LOWORD(wParam) == IDM_CHECK) {
+            CallLibrary(window, CheckForUpdates);
+        } else if (LOWORD(wParam) == IDM_UPGRADE) {
+            CallLibrary(window, Upgrade);
         }
-        return 0;
-    case WM_DESTROY:
-        PostQuitMessage(0);
-        return 0;
+        return TRUE;
+    case WM_CLOSE:
+        EndDialog(window, 0);
+        return TRUE;
     default:
-        return DefWindowProcW(window, message, wParam, lParam);
+        return FALSE;
     }
-}
-
-HWND CreateMainWindow(const Options& options)
-{
-    WNDCLASSW windowClass{};
-    windowClass.lpfnWndProc = MainWindowProc;
-    windowClass.hInstance = GetModuleHandleW(nullptr);
-    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-    windowClass.lpszClassName = L"SampleHost";
-    RegisterClassW(&windowClass);
-    const std::wstring title = options.productName + L" " + options.productVersion + L" \x2013 sample host";
-    HWND window = CreateWindowExW(
-        0, windowClass.lpszClassName, title.c_str(), WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT, 560,
-        240, nullptr, CreateMenuBar(), windowClass.hInstance, nullptr);
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&options));
-    return window;
 }
 
 // Started from the desktop, the program has a console of its own, which nobody needs beside the window.
@@ -94,14 +70,10 @@ void CloseOwnConsole()
 
 } // namespace
 
-int RunMainWindow(const Options& options)
+void RunMainWindow(HostContext& product)
 {
     CloseOwnConsole();
-    ShowWindow(CreateMainWindow(options), SW_SHOWDEFAULT);
-    MSG message;
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-    return 0;
+    DialogBoxParamW(
+        GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_MAIN_WINDOW), nullptr, MainWindowProc,
+        reinterpret_cast<LPARAM>(&product));
 }

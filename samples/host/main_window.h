@@ -1,6 +1,6 @@
 #pragma once
 
-#include "options.h"
+#include <product_services/product_services.h>
 
 /// Opens the sample host's window and returns when the user has closed it.
-int RunMainWindow(const Options& options);
+void RunMainWindow(HostContext& product);

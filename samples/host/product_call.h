@@ -1,14 +1,11 @@
 #pragma once
 
-#include "options.h"
+#include <product_services/product_services.h>
 
 #include <string>
 
-enum class ProductCall
-{
-    CheckForUpdates,
-    Upgrade
-};
+/// CheckForUpdates or Upgrade.
+using ProductCall = void (*)(HostContext*);
 
-/// Calls the library for the product that `options` names and says in plain words what came back.
-std::wstring CallAndDescribe(ProductCall call, const Options& options);
+/// Calls the library for the product that `context` names and says in plain words what came back.
+std::wstring CallAndDescribe(ProductCall call, HostContext& context);

@@ -3,6 +3,9 @@
 
 #include <stdio.h>
 
+/* No call reports this: the code stays so where there was nothing to report. */
+#define NOTHING_REPORTED 0xFFFFFFFF
+
 static wchar_t text[0x10000];
 
 int main(void)
@@ -12,10 +15,15 @@ int main(void)
     context.productVersion = L"2026.1";
     context.apiKey = L"draft20-7k2m9q-x4v8p1w";
     context.languageId = 120;
+    context.resultCode = NOTHING_REPORTED;
     context.resultText = text;
 
     CheckForUpdates(&context);
 
-    printf("%u: %ls\n", (unsigned)context.resultCode, text);
+    if (context.resultCode == NOTHING_REPORTED) {
+        printf("nothing was reported\n");
+    } else {
+        printf("%u: %ls\n", (unsigned)context.resultCode, text);
+    }
     return 0;
 }

@@ -1,9 +1,13 @@
 // A host in C++.
 #include <product_services/product_services.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <vector>
+
+// No call reports this: the code stays so where there was nothing to report.
+constexpr std::uint32_t NothingReported = 0xFFFFFFFF;
 
 int main()
 {
@@ -14,6 +18,7 @@ int main()
     context.productVersion = L"2026.1";
     context.apiKey = L"draft20-7k2m9q-x4v8p1w";
     context.languageId = 120;
+    context.resultCode = NothingReported;
     context.resultText = text.data();
 
     try {
@@ -22,6 +27,10 @@ int main()
         std::printf("error: %s\n", error.what());
         return 1;
     }
-    std::printf("%u: %ls\n", static_cast<unsigned>(context.resultCode), text.data());
+    if (context.resultCode == NothingReported) {
+        std::printf("nothing was reported\n");
+    } else {
+        std::printf("%u: %ls\n", static_cast<unsigned>(context.resultCode), text.data());
+    }
     return 0;
 }
