@@ -9,7 +9,7 @@ const wchar_t Usage[] =
     L"  --version TEXT           its version (2026.1)\n"
     L"  --api-key KEY            its service API key (Example Draft's)\n"
     L"  --language ID            120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,\n"
-    L"                           220 TW, 230 ZH (120)\n"
+    L"                           220 TW, 230 ZH (the language of Windows)\n"
     L"  --unattended             press the buttons of what the library shows, and print what it says\n"
     L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n"
     L"  --look MS                look at a window for so long before pressing when unattended (0)\n";

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "user_language.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,7 +13,7 @@ struct Options
     std::wstring productName = L"Example Draft";
     std::wstring productVersion = L"2026.1";
     std::wstring apiKey = L"draft20-7k2m9q-x4v8p1w";
-    int languageId = 120;
+    int languageId = UserLanguageId();
     /// The host itself presses the buttons, for a run without a user.
     bool isUnattended = false;
     /// The offer that an unattended run buys, counted from 1; 0 leaves the upgrade center.
