@@ -7,7 +7,7 @@ import re
 
 TEXT_COUNT = 88
 SINGLE_LINE_TEXTS = (12, 22, 23, 24, 38)  # what the upgrade center shows
-TEXTS_WITH_KEYS = {12: "button", 22: "heading", 38: "button"}  # where Windows takes "&" for the mark of a key
+BUTTON_TEXTS, TITLE_TEXT = (12, 38), 22
 PLACEHOLDER = re.compile(r"%(?:%|(?:\d+\$)?[-+#0]*(?:\d+|\*)?(?:\.(?:\d+|\*)?)?(?:hh|h|ll|l|w|I64|I32|j|z|t)?"
                          r"[cCdeEfFgGaAinopsSuxX])")
 RESERVED = re.compile(r"\(\w+ (\d+)\)")
@@ -61,8 +61,10 @@ def text_problems(text_id, text, english):
         yield "it holds a carriage return"
     if "\n" in text and text_id in SINGLE_LINE_TEXTS:
         yield "it has a line break, but is shown in one line"
-    if text_id in TEXTS_WITH_KEYS and "&" in text.replace("&&", ""):
-        yield f'the {TEXTS_WITH_KEYS[text_id]} takes "&" for the mark of a key; "&&" shows one'
+    if text_id in BUTTON_TEXTS and "&" in text.replace("&&", ""):
+        yield 'the button takes "&" for the mark of a key and does not show it; "&&" shows one'
+    if text_id == TITLE_TEXT and "&" in text:
+        yield 'the heading takes "&" for the mark of a key, the title does not; write a word'
 
 
 def other_encoding(data):

@@ -1,5 +1,7 @@
 #include "user_language.h"
 
+#include <product_services/product_services.h>
+
 #include <string_view>
 #include <windows.h>
 
@@ -13,9 +15,13 @@ struct Language
 
 // Chinese goes by its script: what is not named here is simplified.
 constexpr Language Languages[]{
-    {L"en", 120},    {L"cs", 130},    {L"de", 140},    {L"es", 150}, {L"fr", 160},
-    {L"it", 170},    {L"ja", 180},    {L"pl", 190},    {L"ru", 200}, {L"zh-Hant", 220},
-    {L"zh-TW", 220}, {L"zh-HK", 220}, {L"zh-MO", 220}, {L"zh", 230},
+    {L"en", PRODUCT_SERVICES_LANGUAGE_EN},    {L"cs", PRODUCT_SERVICES_LANGUAGE_CZ},
+    {L"de", PRODUCT_SERVICES_LANGUAGE_DE},    {L"es", PRODUCT_SERVICES_LANGUAGE_ES},
+    {L"fr", PRODUCT_SERVICES_LANGUAGE_FR},    {L"it", PRODUCT_SERVICES_LANGUAGE_IT},
+    {L"ja", PRODUCT_SERVICES_LANGUAGE_JA},    {L"pl", PRODUCT_SERVICES_LANGUAGE_PL},
+    {L"ru", PRODUCT_SERVICES_LANGUAGE_RU},    {L"zh-Hant", PRODUCT_SERVICES_LANGUAGE_TW},
+    {L"zh-TW", PRODUCT_SERVICES_LANGUAGE_TW}, {L"zh-HK", PRODUCT_SERVICES_LANGUAGE_TW},
+    {L"zh-MO", PRODUCT_SERVICES_LANGUAGE_TW}, {L"zh", PRODUCT_SERVICES_LANGUAGE_ZH},
 };
 
 constexpr int LanguageIdFromLocale(std::wstring_view locale)
@@ -29,9 +35,15 @@ constexpr int LanguageIdFromLocale(std::wstring_view locale)
     return 0;
 }
 
-static_assert(LanguageIdFromLocale(L"de-AT") == 140 && LanguageIdFromLocale(L"fr") == 160);
-static_assert(LanguageIdFromLocale(L"zh-Hant-TW") == 220 && LanguageIdFromLocale(L"zh-HK") == 220);
-static_assert(LanguageIdFromLocale(L"zh-Hans-CN") == 230 && LanguageIdFromLocale(L"zh-CN") == 230);
+static_assert(
+    LanguageIdFromLocale(L"de-AT") == PRODUCT_SERVICES_LANGUAGE_DE &&
+    LanguageIdFromLocale(L"fr") == PRODUCT_SERVICES_LANGUAGE_FR);
+static_assert(
+    LanguageIdFromLocale(L"zh-Hant-TW") == PRODUCT_SERVICES_LANGUAGE_TW &&
+    LanguageIdFromLocale(L"zh-HK") == PRODUCT_SERVICES_LANGUAGE_TW);
+static_assert(
+    LanguageIdFromLocale(L"zh-Hans-CN") == PRODUCT_SERVICES_LANGUAGE_ZH &&
+    LanguageIdFromLocale(L"zh-CN") == PRODUCT_SERVICES_LANGUAGE_ZH);
 static_assert(LanguageIdFromLocale(L"csb-PL") == 0 && LanguageIdFromLocale(L"pt-BR") == 0);
 
 } // namespace
