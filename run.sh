@@ -6,10 +6,10 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/lib/session.sh
 
-readonly host=build/mingw/bin/SampleHost.exe
+readonly bin=build/mingw/bin # where the language files are, too
 readonly opened=$PWD/build/opened-addresses.txt
 
-run_host() { (cd samples && wine_run "../$host" "$@") >build/run.log 2>&1; }
+run_host() { (cd "$bin" && wine_run ./SampleHost.exe "$@") >build/run.log 2>&1; }
 
 print_host_output() { sed 's/\r$//; s/^/    /' build/run.log; }
 

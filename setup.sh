@@ -13,6 +13,7 @@ readonly packages=(
   nlohmann-json3-dev googletest
   wine wine64 xvfb fonts-wine xdotool imagemagick
   llvm openssl python3 python3-pefile python3-pytest wixl
+  python3-polib gettext fonts-wqy-microhei
   "$@"
 )
 

@@ -25,11 +25,12 @@ install(FILES
     "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake" "${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
     DESTINATION lib/cmake/ProductServices)
 
-install(TARGETS LanguageFileTool RUNTIME DESTINATION bin)
-install(DIRECTORY "${CMAKE_SOURCE_DIR}/samples/lang" DESTINATION .)
+install(DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang" DESTINATION .)
+install(FILES ${po_files} "${CMAKE_SOURCE_DIR}/languages/product_services.pot" DESTINATION languages)
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/samples/minimal_hosts" DESTINATION samples)
 install(FILES "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.wxs" DESTINATION samples/installer)
 install(FILES "${CMAKE_SOURCE_DIR}/tools/product_service.py" "${CMAKE_SOURCE_DIR}/tools/catalogue.json"
+    "${CMAKE_SOURCE_DIR}/tools/language_files.py" "${CMAKE_SOURCE_DIR}/tools/language_file_check.py"
     DESTINATION tools)
 
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/docs" DESTINATION .)

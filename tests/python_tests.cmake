@@ -15,8 +15,9 @@ file(CONFIGURE OUTPUT "${over_tls_dir}/family/product_family.h" CONTENT "${heade
 add_product_services_library(ProductServicesOverTls ProductServices "${over_tls_dir}/family" "${sample_family_dir}")
 set_target_properties(ProductServicesOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${over_tls_dir}")
 add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
+    COMMAND ${CMAKE_COMMAND} -E copy_directory "${lang_dir}" "${over_tls_dir}/lang"
     COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:SampleHost> "${over_tls_dir}"
-    DEPENDS SampleHost)
+    DEPENDS SampleHost "${languages_stamp}")
 add_custom_target(sample_host_over_tls ALL DEPENDS "${over_tls_dir}/SampleHost.exe")
 
 add_executable(crash crash/crash.cpp)
@@ -38,4 +39,4 @@ add_python_test(test_package RESOURCE_LOCK sample_product)
 add_python_test(test_product_service)
 add_python_test(test_crash)
 add_python_test(test_library_file)
-add_python_test(test_language_file_tool)
+add_python_test(test_languages)

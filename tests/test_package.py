@@ -7,7 +7,8 @@ import pytest
 
 from conftest import MAKER_KEY, run
 
-FILES = set("""LICENSE SECURITY.md docs/host-guide.md lang/DE/Vemo_DE.lang tools/product_service.py tools/catalogue.json
+FILES = set("""LICENSE SECURITY.md docs/host-guide.md lang/ZH/Vemo_ZH.lang languages/de.po tools/product_service.py tools/catalogue.json
+tools/language_files.py tools/language_file_check.py languages/product_services.pot
 licenses/curl.txt licenses/gcc-runtime.txt licenses/mingw-w64.txt licenses/nlohmann-json.txt""".split())
 
 

@@ -94,6 +94,17 @@ std::vector<std::vector<std::wstring>> ListRows(HWND list, int columns)
     return rows;
 }
 
+std::wstring ColumnText(HWND list, int column)
+{
+    std::wstring text(256, L'\0');
+    LVCOLUMNW heading{};
+    heading.mask = LVCF_TEXT;
+    heading.pszText = text.data();
+    heading.cchTextMax = static_cast<int>(text.size());
+    SendMessageW(list, LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&heading));
+    return text.c_str();
+}
+
 void SelectRow(HWND list, int row)
 {
     // The list takes the focus as under a click, so that the selection is seen.

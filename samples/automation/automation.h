@@ -28,6 +28,9 @@ std::wstring MessageBoxText(HWND box);
 /// The rows of a list view in report view, each with `columns` texts.
 std::vector<std::vector<std::wstring>> ListRows(HWND list, int columns);
 
+/// The heading of a column.
+std::wstring ColumnText(HWND list, int column);
+
 void SelectRow(HWND list, int row);
 
 /// Presses a button as a click does; returns at once.

@@ -2,6 +2,7 @@
 #include "main_window.h"
 #include "product_call.h"
 #include "unattended_user.h"
+#include "user_language.h"
 
 #include <cstdio>
 #include <cwchar>
@@ -19,7 +20,7 @@ constexpr wchar_t Usage[] =
     L"  --version TEXT           its version (2026.1)\n"
     L"  --api-key KEY            its service API key (Example Draft's)\n"
     L"  --language ID            120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,\n"
-    L"                           220 TW, 230 ZH (120)\n"
+    L"                           220 TW, 230 ZH (the language of Windows)\n"
     L"  --unattended             press the buttons of what the library shows, and print what it says\n"
     L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n"
     L"  --look MS                look at a window for so long before pressing when unattended (0)\n";
@@ -66,7 +67,7 @@ std::optional<Options> ReadOptions(int argc, wchar_t** argv)
     options.product.productName = L"Example Draft";
     options.product.productVersion = L"2026.1";
     options.product.apiKey = L"draft20-7k2m9q-x4v8p1w";
-    options.product.languageId = 120;
+    options.product.languageId = UserLanguageId();
     for (int i = 1; i < argc; ++i) {
         const std::wstring_view name = argv[i];
         if (i == 1 && name == L"check") {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the sample host's installer: samples/installer/build.sh OUTPUT.msi [BIN_DIR [RELEASE]]
-# BIN_DIR holds what was built (build/mingw/bin); RELEASE is the product version in the record (2026.1).
+# BIN_DIR holds what was built, with the language files in lang (build/mingw/bin); RELEASE is the product version in
+# the record (2026.1).
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$here/../../scripts/lib/say.sh"
@@ -9,7 +10,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 output=$1
 bin_dir=${2:-$here/../../build/mingw/bin}
 release=${3:-2026.1}
-lang_dir=$here/../lang
+lang_dir=$bin_dir/lang
 
 [[ $release =~ ^20[0-9]{2}\.[0-9]+$ ]] || fail "A release is a year and a number, such as 2026.1, not \"$release\"."
 command -v wixl >/dev/null || fail "wixl is missing; install Debian's package wixl."

@@ -87,7 +87,8 @@ build_project() {
 }
 
 # Makes the prefix on first use, elsewhere and moved into place when whole. Tahoma gives dialogs the size that they
-# have on Windows; unmanaged windows close at once where no window manager runs.
+# have on Windows, and takes the signs it lacks from another font; unmanaged windows close at once where no window
+# manager runs.
 prepare_wine_prefix() {
   [ -d "$WINEPREFIX" ] && return 0
   say "Making a Wine prefix (some ten seconds)"
@@ -103,6 +104,8 @@ prepare_wine_prefix() {
 make_wine_prefix() {
   wine_run wineboot --init \
     && wine_run reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f \
+    && wine_run reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' /v Tahoma \
+      /t REG_MULTI_SZ /d 'wqy-microhei.ttc,WenQuanYi Micro Hei' /f \
     && mkdir -p "$WINEPREFIX/drive_c/windows/Fonts" \
     && cp /usr/share/wine/fonts/tahoma*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" \
     && wineserver -w

@@ -47,13 +47,11 @@ HWND List(HWND center)
 // Text, width and alignment of a column.
 std::wstring Column(HWND list, int index)
 {
-    wchar_t text[64] = {};
     LVCOLUMNW column{};
-    column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT;
-    column.pszText = text;
-    column.cchTextMax = 64;
+    column.mask = LVCF_WIDTH | LVCF_FMT;
     ListView_GetColumn(list, index, &column);
-    return text + (L" " + std::to_wstring(column.cx)) + L" " + std::to_wstring(column.fmt & LVCFMT_JUSTIFYMASK);
+    return automation::ColumnText(list, index) + L" " + std::to_wstring(column.cx) + L" " +
+           std::to_wstring(column.fmt & LVCFMT_JUSTIFYMASK);
 }
 
 // Whether some point of a window gets this colour within seconds, since painting takes its time.

@@ -1,0 +1,44 @@
+# Makes the language files from the translations: lang/XX/Vemo_XX.lang in the folder of the built programs.
+set(PRODUCT_LANGUAGES_DIR "${CMAKE_SOURCE_DIR}/languages" CACHE PATH
+    "The translations: cs.po, de.po and the like, as in the folder languages")
+
+file(GLOB po_files CONFIGURE_DEPENDS "${PRODUCT_LANGUAGES_DIR}/*.po")
+if(NOT po_files)
+    message(FATAL_ERROR "The folder of the translations, ${PRODUCT_LANGUAGES_DIR}, has no PO files.")
+endif()
+
+# Debian's Python comes first, since it has Debian's polib.
+find_program(POLIB_PYTHON NAMES python3 python PATHS /usr/bin NO_DEFAULT_PATH)
+find_program(POLIB_PYTHON NAMES python3 python py REQUIRED)
+execute_process(COMMAND "${POLIB_PYTHON}" -c "import polib" RESULT_VARIABLE polib_status ERROR_QUIET)
+if(NOT polib_status EQUAL 0)
+    message(FATAL_ERROR "Python's polib is missing: run ./setup.sh first, or: ${POLIB_PYTHON} -m pip install polib")
+endif()
+
+set(msgfmt_commands "")
+find_program(MSGFMT msgfmt)
+if(MSGFMT)
+    foreach(po_file IN LISTS po_files)
+        list(APPEND msgfmt_commands COMMAND "${MSGFMT}" -c -o "${CMAKE_BINARY_DIR}/checked.mo" "${po_file}")
+    endforeach()
+else()
+    message(STATUS "gettext's msgfmt is not there: the translations are built without its check.")
+endif()
+
+set(tool "${CMAKE_SOURCE_DIR}/tools/language_files.py")
+set(tool_check "${CMAKE_SOURCE_DIR}/tools/language_file_check.py")
+set(template "${CMAKE_SOURCE_DIR}/languages/product_services.pot")
+set(texts "${CMAKE_SOURCE_DIR}/src/text")
+set(lang_dir "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang")
+set(languages_stamp "${CMAKE_BINARY_DIR}/languages.stamp")
+add_custom_command(OUTPUT "${languages_stamp}"
+    # Ends where the template is not the one of the built-in texts.
+    COMMAND "${POLIB_PYTHON}" -B "${tool}" template "${template}"
+    ${msgfmt_commands}
+    COMMAND "${CMAKE_COMMAND}" -E rm -rf "${lang_dir}"
+    COMMAND "${POLIB_PYTHON}" -B "${tool}" build ${po_files} --into "${lang_dir}"
+    COMMAND "${POLIB_PYTHON}" -B "${tool}" check "${lang_dir}"
+    COMMAND "${CMAKE_COMMAND}" -E touch "${languages_stamp}"
+    DEPENDS ${po_files} "${template}" "${tool}" "${tool_check}" "${texts}/text_ids.h" "${texts}/default_texts.cpp"
+    COMMENT "Making the language files" VERBATIM)
+add_custom_target(language_files ALL DEPENDS "${languages_stamp}")

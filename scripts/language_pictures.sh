@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Takes pictures of everything that the library shows, in each of its languages, into build/language-pictures: the
+# upgrade center and the two message boxes of the update check. Languages can be named: language_pictures.sh DE JA
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. scripts/lib/session.sh
+
+readonly bin=build/mingw/bin pictures=$PWD/build/language-pictures
+readonly -A ids=([EN]=120 [CZ]=130 [DE]=140 [ES]=150 [FR]=160 [IT]=170 [JA]=180 [PL]=190 [RU]=200 [TW]=220 [ZH]=230)
+
+run_host() { (cd "$bin" && wine_run ./SampleHost.exe "$@" --unattended --look 1500) >build/language-pictures.log 2>&1; }
+
+# take_picture NAME CODE ARGUMENT...: of the window that the sample host shows in that language.
+take_picture() {
+  local window
+  launch run_host "${@:3}" --language "${ids[$2]}"
+  local host=$launched
+  window=$(timeout 30 xdotool search --sync --onlyvisible --name '^Example Draft' | head -n 1) \
+    || fail "No window came up; see build/language-pictures.log."
+  sleep 0.5 # for the last control to paint itself
+  import -window "$window" "$pictures/$1-$2.png"
+  wait "$host" || fail "The sample host failed; see build/language-pictures.log."
+  forget "$host"
+}
+
+codes=("$@")
+[ $# -gt 0 ] || mapfile -t codes < <(printf '%s\n' "${!ids[@]}" | sort)
+for code in "${codes[@]}"; do
+  [ -n "${ids[$code]:-}" ] || fail "No host can ask for $code; these are the languages: ${!ids[*]}."
+done
+
+begin_session
+build_project build/mingw
+start_windows
+register_products
+mkdir -p "$pictures"
+say "Taking pictures of ${codes[*]} (five seconds each)"
+for code in "${codes[@]}"; do take_picture no-internet "$code" check; done
+start_service build/service.log
+for code in "${codes[@]}"; do
+  take_picture latest-version "$code" check --version 2026.2
+  take_picture upgrade-center "$code" upgrade
+done
+say "The pictures are in build/language-pictures."
