@@ -1,5 +1,5 @@
 // libstdc++'s own handler prints the name of an uncaught exception, for which it brings a demangler of 45 KB
-// into the library. A host has no console to read it on.
+// into a library. A host has no console to read it on.
 #include <cstdlib>
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the library's own names.
