@@ -1,15 +1,18 @@
 # The package for host developers: product-services-<version>-windows-x64.zip.
 include(CMakePackageConfigHelpers)
 
-set(def_file "${CMAKE_SOURCE_DIR}/src/product_services.def")
-
-# Visual Studio's linker gets an import library of its own, with the same two names.
+# Visual Studio's linker gets import libraries of its own, with the same names.
 find_program(LLVM_DLLTOOL llvm-dlltool REQUIRED)
-set(msvc_import_library "${CMAKE_BINARY_DIR}/ProductServices.lib")
-add_custom_command(OUTPUT "${msvc_import_library}"
-    COMMAND ${LLVM_DLLTOOL} -m i386:x86-64 -D ProductServices.dll -d "${def_file}" -l "${msvc_import_library}"
-    DEPENDS "${def_file}" VERBATIM)
-add_custom_target(msvc_import_library ALL DEPENDS "${msvc_import_library}")
+set(msvc_import_libraries)
+foreach(definition src/product_services:ProductServices guard/product_services_guard:ProductServicesGuard)
+    string(REGEX REPLACE ":.*" ".def" def_file "${CMAKE_SOURCE_DIR}/${definition}")
+    string(REGEX REPLACE ".*:" "" name "${definition}")
+    add_custom_command(OUTPUT "${CMAKE_BINARY_DIR}/${name}.lib"
+        COMMAND ${LLVM_DLLTOOL} -m i386:x86-64 -D ${name}.dll -d "${def_file}" -l "${CMAKE_BINARY_DIR}/${name}.lib"
+        DEPENDS "${def_file}" VERBATIM)
+    list(APPEND msvc_import_libraries "${CMAKE_BINARY_DIR}/${name}.lib")
+endforeach()
+add_custom_target(msvc_import_library ALL DEPENDS ${msvc_import_libraries})
 
 configure_package_config_file(
     "${CMAKE_CURRENT_LIST_DIR}/ProductServicesConfig.cmake.in" "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake"
@@ -17,9 +20,9 @@ configure_package_config_file(
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
 
-install(TARGETS ProductServices RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
-install(FILES "$<TARGET_FILE:ProductServices>.debug" DESTINATION bin)
-install(FILES "${msvc_import_library}" DESTINATION lib)
+install(TARGETS ProductServices ProductServicesGuard RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+install(FILES "$<TARGET_FILE:ProductServices>.debug" "$<TARGET_FILE:ProductServicesGuard>.debug" DESTINATION bin)
+install(FILES ${msvc_import_libraries} DESTINATION lib)
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/include/product_services" DESTINATION include)
 install(FILES
     "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake" "${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
