@@ -1,4 +1,5 @@
-# The package for host developers: product-services-<version>-windows-x64.zip.
+# The package for host developers, product-services-<version>-windows-x64.zip, and with it a NuGet package for those
+# who use Visual Studio, <PRODUCT_FAMILY_ID>.<version>.nupkg.
 include(CMakePackageConfigHelpers)
 
 # Visual Studio's linker gets import libraries of its own, with the same names.
@@ -46,4 +47,9 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_SYSTEM_NAME windows-x64)
 set(CPACK_PACKAGE_FILE_NAME "product-services-${PROJECT_VERSION}-windows-x64")
 set(CPACK_PACKAGE_DIRECTORY "${CMAKE_BINARY_DIR}/package")
+set(PRODUCT_FAMILY_ID "ExampleMaker.ProductServices" CACHE STRING
+    "The id of the NuGet package: the service's address is the maker's, and so is the package")
+find_program(PYTHON3 python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
+configure_file("${CMAKE_CURRENT_LIST_DIR}/MakeNupkg.cmake.in" "${CMAKE_BINARY_DIR}/MakeNupkg.cmake" @ONLY)
+set(CPACK_POST_BUILD_SCRIPTS "${CMAKE_BINARY_DIR}/MakeNupkg.cmake")
 include(CPack)

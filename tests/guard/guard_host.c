@@ -1,41 +1,40 @@
-/* A host in C, without support for exceptions. Each argument is a call, which prints a line, or a setting. */
+/* A host in C, without support for exceptions. Each argument is a call, with its room and the size of the record. */
 #include "product_services/guarded_calls.h"
 
 #include <stdio.h>
-#include <stdlib.h>
 #include <wchar.h>
 #include <windows.h>
 
 enum { Room = 300000 };
-static wchar_t text[Room + 1];
-static GuardedCall call = {sizeof(GuardedCall), 120, L"Guarded", L"1", L"api-key", text, Room, 0, 0, 0};
-static HostContext bare = {L"Guarded", L"1", L"api-key", 120, 0, 0, text, 0, 0, 0};
+static wchar_t text[Room];
 
-static void CallBare(void)
+static uint32_t Call(char name, GuardedCall* call)
 {
-    typedef void (*Export)(HostContext*);
-    ((Export)(void*)GetProcAddress(LoadLibraryW(L"ProductServices.dll"), "CheckForUpdates"))(&bare);
+    HostContext bare = {call->productName, call->productVersion, call->apiKey, 120, 0, 0, text, 0, 0, 0};
+    GuardedCall empty = {.size = sizeof empty, .textCapacity = 1};
+    switch (name) {
+    case 'c': return GuardedCheckForUpdates(call);
+    case 'u': return GuardedUpgrade(call);
+    case '0': return GuardedUpgrade(&empty) + GuardedUpgrade(NULL);
+    case 'p': return UseWindowsProxy(L"https://127.0.0.1:18443", text, Room);
+    case 'n': return GetEnvironmentVariableW(L"no_proxy", text, Room);
+    default: ((void (*)(HostContext*))(void*)GetProcAddress(LoadLibraryW(L"ProductServices.dll"), "CheckForUpdates"))(&bare);
+    }
+    return bare.resultCode;
 }
 
 int main(int count, char** arguments)
 {
     for (int i = 1; i < count; ++i) {
-        uint32_t outcome = 0;
-        wmemset(text, L'#', Room + 1);
-        switch (arguments[i][0]) {
-        case 'c': outcome = GuardedCheckForUpdates(&call); break;
-        case 'u': outcome = GuardedUpgrade(&call); break;
-        case 'b': CallBare(); break;
-        case 'p': outcome = UseWindowsProxy(L"https://127.0.0.1:18443", text, call.textCapacity); break;
-        case 'n': outcome = GetEnvironmentVariableW(L"no_proxy", text, Room) > 0; break;
-        case '0': call.text = NULL; call.productName = call.productVersion = call.apiKey = NULL; continue;
-        case 'r': call.textCapacity = (uint32_t)atoi(arguments[i] + 1); continue;
-        case 's': call.size = (uint32_t)atoi(arguments[i] + 1); continue;
-        }
-        /* The length and the first 99 units, as far as the buffer was written to. */
-        const size_t length = wcscspn(text, L"#");
-        printf("%c %u %d cut %u length %u ", arguments[i][0], outcome, (int)call.resultCode, call.isTextCut, (unsigned)length);
-        for (size_t unit = 0; unit < length && unit < 99 && text[unit]; ++unit) {
+        GuardedCall call = {sizeof call, 120, L"Guarded", L"1", L"api-key", text, Room, 0, 0, 0};
+        char name = 0;
+        sscanf(arguments[i], "%c%u,%u", &name, &call.textCapacity, &call.size);
+        wmemset(text, L'#', Room);
+        printf("%c %u", name, Call(name, &call));
+        int written = Room;
+        for (; written > 0 && text[written - 1] == L'#'; --written) {}
+        printf(" code %d cut %u wrote %d ", (int)call.resultCode, call.isTextCut, written);
+        for (int unit = written > 151 ? written - 151 : 0; unit < written - 1; ++unit) {
             printf(text[unit] < 128 ? "%c" : "<%X>", text[unit]);
         }
         puts("");
