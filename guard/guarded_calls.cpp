@@ -23,16 +23,16 @@ std::uint32_t End(GuardedCall& call, ProductServicesOutcome outcome, const wchar
 }
 
 // The text of an error is UTF-8 with parts of the reply in it. Each byte makes one unit at most.
-std::uint32_t EndWithError(GuardedCall& call, const TextRoom& room, const char* what)
+std::uint32_t EndWithError(GuardedCall& call, wchar_t* room, const char* what)
 {
-    constexpr std::size_t Longest = TextRoom::LeastUnits - 1;
+    constexpr std::size_t Longest = LeastRoom - 1;
     const auto bytes = static_cast<int>(std::min(std::strlen(what), Longest));
-    const int units = MultiByteToWideChar(CP_UTF8, 0, what, bytes, room.Text(), bytes);
-    room.Text()[units] = L'\0';
-    return End(call, PRODUCT_SERVICES_CALL_FAILED, room.Text());
+    const int units = MultiByteToWideChar(CP_UTF8, 0, what, bytes, room, bytes);
+    room[units] = L'\0';
+    return End(call, PRODUCT_SERVICES_CALL_FAILED, room);
 }
 
-std::uint32_t CallExport(GuardedCall& call, void (*function)(HostContext*), const TextRoom& room)
+std::uint32_t CallExport(GuardedCall& call, void (*function)(HostContext*), wchar_t* room)
 {
     HostContext context{};
     context.productName = call.productName;
@@ -40,7 +40,7 @@ std::uint32_t CallExport(GuardedCall& call, void (*function)(HostContext*), cons
     context.apiKey = call.apiKey;
     context.languageId = call.languageId;
     context.resultCode = NoCode;
-    context.resultText = room.Text();
+    context.resultText = room;
     try {
         function(&context);
     } catch (const std::exception& error) {
@@ -50,7 +50,7 @@ std::uint32_t CallExport(GuardedCall& call, void (*function)(HostContext*), cons
     }
     call.resultCode = context.resultCode;
     const bool isReported = context.resultCode != NoCode;
-    return End(call, isReported ? PRODUCT_SERVICES_REPORTED : PRODUCT_SERVICES_NOTHING_REPORTED, room.Text());
+    return End(call, isReported ? PRODUCT_SERVICES_REPORTED : PRODUCT_SERVICES_NOTHING_REPORTED, room);
 }
 
 std::uint32_t Guard(GuardedCall* call, void (*Library::*function)(HostContext*))
@@ -59,8 +59,8 @@ std::uint32_t Guard(GuardedCall* call, void (*Library::*function)(HostContext*))
         return PRODUCT_SERVICES_BAD_RECORD;
     }
     call->resultCode = NoCode;
-    const TextRoom room;
-    if (!room.Text()) {
+    wchar_t* const room = RoomForText();
+    if (!room) {
         return End(*call, PRODUCT_SERVICES_NOT_CALLED, L"There is not enough memory for the text of a call.");
     }
     const Library& library = LoadProductServices();

@@ -5,6 +5,8 @@
 #include <iterator>
 #include <windows.h>
 
+#include <strsafe.h>
+
 namespace product_services_guard {
 namespace {
 
@@ -42,8 +44,8 @@ const wchar_t* LoadFailure(DWORD error)
         break;
     }
     static wchar_t sentence[80];
-    _snwprintf(
-        sentence, std::size(sentence) - 1, L"ProductServices.dll could not be loaded (Windows error %lu).",
+    StringCchPrintfW(
+        sentence, std::size(sentence), L"ProductServices.dll could not be loaded (Windows error %lu).",
         error);
     return sentence;
 }

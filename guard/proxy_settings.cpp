@@ -34,7 +34,7 @@ std::wstring CutScheme(std::wstring& text)
     if (end == text.npos) {
         return {};
     }
-    const std::wstring scheme = text.substr(0, end);
+    std::wstring scheme = text.substr(0, end);
     text.erase(0, end + 3);
     return scheme;
 }

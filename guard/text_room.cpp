@@ -7,8 +7,8 @@
 namespace product_services_guard {
 namespace {
 
-constexpr std::size_t LeastBytes = TextRoom::LeastUnits * sizeof(wchar_t);
-constexpr std::size_t GuardBytes = 64 * 1024;
+constexpr std::size_t LeastBytes = LeastRoom * sizeof(wchar_t);
+constexpr std::size_t GuardBytes = 0x10000;
 
 std::size_t FileSize(const wchar_t* path)
 {
@@ -32,29 +32,29 @@ std::size_t LargestLanguageFile()
 
 // An address has at most the 16,384 bytes that libcurl hands over at a time, and a message is shorter than
 // its language file, which the library reads at the first call. Pages that nobody writes to cost no memory.
-std::size_t Bytes()
+wchar_t* MakeRoom()
 {
-    static const std::size_t bytes = std::max(LeastBytes, LargestLanguageFile() + sizeof(wchar_t));
-    return bytes;
+    const std::size_t bytes = std::max(LeastBytes, LargestLanguageFile() + sizeof(wchar_t));
+    void* const place = VirtualAlloc(nullptr, bytes + GuardBytes, MEM_RESERVE, PAGE_NOACCESS);
+    if (place && !VirtualAlloc(place, bytes, MEM_COMMIT, PAGE_READWRITE)) {
+        VirtualFree(place, 0, MEM_RELEASE);
+        return nullptr;
+    }
+    return static_cast<wchar_t*>(place);
 }
 
 } // namespace
 
-TextRoom::TextRoom()
+wchar_t* RoomForText()
 {
-    void* const place = VirtualAlloc(nullptr, Bytes() + GuardBytes, MEM_RESERVE, PAGE_NOACCESS);
-    m_text =
-        static_cast<wchar_t*>(place ? VirtualAlloc(place, Bytes(), MEM_COMMIT, PAGE_READWRITE) : nullptr);
-    if (place && !m_text) {
-        VirtualFree(place, 0, MEM_RELEASE);
+    static wchar_t* room = nullptr;
+    if (!room) {
+        room = MakeRoom();
     }
-}
-
-TextRoom::~TextRoom()
-{
-    if (m_text) {
-        VirtualFree(m_text, 0, MEM_RELEASE);
+    if (room) {
+        *room = L'\0';
     }
+    return room;
 }
 
 } // namespace product_services_guard

@@ -5,24 +5,11 @@
 
 namespace product_services_guard {
 
-/// Room for the longest text that a call can report. The pages behind it are reserved and never committed:
-/// what would be written past the end ends the process instead.
-class TextRoom
-{
-public:
-    static constexpr std::size_t LeastUnits = 8 * 1024 * 1024;
+constexpr std::size_t LeastRoom = 0x100000;
 
-    TextRoom();
-    ~TextRoom();
-
-    TextRoom(const TextRoom&) = delete;
-    TextRoom& operator=(const TextRoom&) = delete;
-
-    /// Zeroes at first; null where there is not enough memory.
-    wchar_t* Text() const { return m_text; }
-
-private:
-    wchar_t* m_text;
-};
+/// Room for the longest text that a call can report, of LeastRoom units or more, which begins empty; null
+/// where there is not enough memory. It is made at the first call and kept. The pages behind it are reserved
+/// and never committed: what would be written past the end ends the process instead.
+wchar_t* RoomForText();
 
 } // namespace product_services_guard

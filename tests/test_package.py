@@ -15,10 +15,13 @@ VERSION_HEADER = "include/product_services/version.h"
 FILES = [
     "CHANGELOG.md", "LICENSE", "SECURITY.md",
     "bin/LanguageFileTool.exe", "bin/ProductServices.dll", "bin/ProductServices.dll.debug",
+    "bin/ProductServicesGuard.dll", "bin/ProductServicesGuard.dll.debug",
     "docs/host-guide.md", "docs/language-files.md",
-    "include/product_services/product_services.h", VERSION_HEADER,
+    "include/product_services/guarded_calls.h", "include/product_services/product_services.h",
+    "include/product_services/product_services.hpp", VERSION_HEADER,
     "lang/DE/Vemo_DE.lang", "lang/template.txt",
     "lib/ProductServices.lib", "lib/libProductServices.dll.a",
+    "lib/ProductServicesGuard.lib", "lib/libProductServicesGuard.dll.a",
     "lib/cmake/ProductServices/ProductServicesConfig.cmake",
     "lib/cmake/ProductServices/ProductServicesConfigVersion.cmake",
     "licenses/curl.txt", "licenses/gcc-runtime.txt", "licenses/mingw-w64.txt", "licenses/nlohmann-json.txt",
@@ -87,7 +90,8 @@ class PackageTest(unittest.TestCase):
         run(REPOSITORY / "scripts/run_wine.sh", "reg", "delete", r"HKCU\Software\Example Maker", "/f")
         for host in ("host_c.exe", "host_cpp.exe"):
             status, output = run(REPOSITORY / "scripts/run_wine.sh", build / host)
-            self.assertEqual((status, output.strip()), (0, "950: No data of the installed product was found."))
+            self.assertEqual((status, output.splitlines()), (0, [
+                f"{call}: 950: No data of the installed product was found." for call in ("CheckForUpdates", "Upgrade")]))
 
     def test_the_version_file_refuses_another_major_version(self):
         source = self.folder / "other"
