@@ -21,7 +21,7 @@ function(add_product_services_library target name header_dir picture_dir)
     if(MINGW)
         target_sources(${target} PRIVATE
             "${CMAKE_SOURCE_DIR}/compat/mfc/dll_main.cpp"
-            "${CMAKE_SOURCE_DIR}/src/platform/mingw_runtime.cpp")
+            "${CMAKE_SOURCE_DIR}/compat/mingw/runtime.cpp")
         separate_debug_symbols(${target})
     endif()
 endfunction()

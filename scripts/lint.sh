@@ -30,7 +30,7 @@ run_clang_tidy() {
 }
 
 ./setup.sh clang-format clang-tidy flake8 shellcheck
-mapfile -t sources < <(git ls-files '*.c' '*.cpp' '*.h')
+mapfile -t sources < <(git ls-files '*.c' '*.cpp' '*.h' '*.hpp')
 mapfile -t units < <(git ls-files '*.cpp' ':!samples/minimal_hosts' ':!tests/fuzz')
 mapfile -t python < <(git ls-files '*.py')
 mapfile -t shell < <(git ls-files '*.sh' .ci/run)

@@ -45,4 +45,5 @@ def test_hosts_in_c_and_cpp_build_and_run(package, tmp_path, wine):
     # Without a record of the product there is no request and no window.
     wine("reg", "delete", MAKER_KEY, "/f")
     for host in ("host_c.exe", "host_cpp.exe"):
-        assert wine(tmp_path / host) == (0, "950: No data of the installed product was found.\n")
+        assert wine(tmp_path / host) == (0, "".join(
+            f"{call}: 950: No data of the installed product was found.\n" for call in ("CheckForUpdates", "Upgrade")))

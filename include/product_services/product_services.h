@@ -127,7 +127,7 @@ extern "C" {
  * A null context is ignored: there is nowhere to report to.
  *
  * C++ exceptions leave the call, and a host should catch them (std::exception&, where host and library
- * come from the same compiler): an answer that is not JSON or has another shape than the service's
+ * come from the same compiler; other hosts use guarded_calls.h): an answer that is not JSON or has another shape than the service's
  * (parse error 101, type errors 302 and 305, out of range 406), or a text that is not convertible ("bad
  * conversion"). resultCode and resultText are then as the host set them.
  */

@@ -1,36 +1,29 @@
-// A host in C++.
-#include <product_services/product_services.h>
+// A host in C++17: both calls, guarded. Any compiler for 64-bit Windows will do.
+#include <product_services/product_services.hpp>
 
-#include <cstdint>
 #include <cstdio>
-#include <exception>
-#include <vector>
 
-// No call reports this: the code stays so where there was nothing to report.
-constexpr std::uint32_t NothingReported = 0xFFFFFFFF;
+namespace {
+
+void Print(const char* name, const product_services::CallResult& result)
+{
+    if (result.report) {
+        std::printf(
+            "%s: %u: %ls\n", name, static_cast<unsigned>(result.report->code), result.report->text.c_str());
+    } else if (result.error) {
+        std::printf("%s: error: %ls\n", name, result.error->c_str());
+    } else {
+        std::printf("%s: nothing was reported\n", name);
+    }
+}
+
+} // namespace
 
 int main()
 {
-    std::vector<wchar_t> text(0x10000);
+    const product_services::Product product{L"Example Draft", L"2026.1", L"draft20-7k2m9q-x4v8p1w", 120};
 
-    HostContext context{};
-    context.productName = L"Example Draft";
-    context.productVersion = L"2026.1";
-    context.apiKey = L"draft20-7k2m9q-x4v8p1w";
-    context.languageId = 120;
-    context.resultCode = NothingReported;
-    context.resultText = text.data();
-
-    try {
-        CheckForUpdates(&context);
-    } catch (const std::exception& error) {
-        std::printf("error: %s\n", error.what());
-        return 1;
-    }
-    if (context.resultCode == NothingReported) {
-        std::printf("nothing was reported\n");
-    } else {
-        std::printf("%u: %ls\n", static_cast<unsigned>(context.resultCode), text.data());
-    }
+    Print("CheckForUpdates", product_services::CheckForUpdates(product));
+    Print("Upgrade", product_services::Upgrade(product));
     return 0;
 }

@@ -31,7 +31,7 @@ end_session() {
 end_left_processes() {
   local file
   for file in "$session_log".*; do
-    [ -f "$file" ] && [ "$(start_time "${file##*.}")" = "$(cat "$file")" ] && end_groups "${file##*.}"
+    if [ -f "$file" ] && [ "$(start_time "${file##*.}")" = "$(cat "$file")" ]; then end_groups "${file##*.}"; fi
     rm -f "$file"
   done
   stop_wine_services
@@ -41,13 +41,17 @@ start_time() { cut -d' ' -f22 "/proc/$1/stat" 2>/dev/null || echo ended; }
 
 end_groups() {
   local group
-  for group in "$@"; do kill -TERM -- "-$group" 2>/dev/null; done
+  for group in "$@"; do kill -TERM -- "-$group" 2>/dev/null || true; done
   for _ in $(seq 10); do
-    for group in "$@"; do kill -0 -- "-$group" 2>/dev/null && sleep 0.1 && continue 2; done
+    for group in "$@"; do
+      if kill -0 -- "-$group" 2>/dev/null; then
+        sleep 0.1
+        continue 2
+      fi
+    done
     return 0
   done
-  for group in "$@"; do kill -KILL -- "-$group" 2>/dev/null; done
-  return 0
+  for group in "$@"; do kill -KILL -- "-$group" 2>/dev/null || true; done
 }
 
 # launch COMMAND...: starts it in the background, in a process group of its own that ends with the session; sets

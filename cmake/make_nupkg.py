@@ -1,0 +1,98 @@
+#!/usr/bin/env python3
+"""Makes the NuGet package for hosts built with Visual Studio, from the unpacked package for host developers.
+
+    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --id ExampleMaker.ProductServices --icon library.ico
+"""
+
+import argparse
+import pathlib
+import re
+import struct
+import sys
+import xml.sax.saxutils
+import zipfile
+
+TEMPLATES = pathlib.Path(__file__).parent / "nuget"
+PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
+RELATIONSHIPS = """<?xml version="1.0" encoding="utf-8"?>
+<Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships">
+  <Relationship Type="http://schemas.microsoft.com/packaging/2010/07/manifest" Target="/{}" Id="manifest" />
+</Relationships>
+"""
+
+
+def read_version(package):
+    header = (package / "include/product_services/version.h").read_text("utf-8")
+    return ".".join(re.findall(r"#define PRODUCT_SERVICES_VERSION_\w+ (\d+)", header))
+
+
+def png_of_icon(path):
+    """The icon's picture that is stored as PNG: the one of 256 pixels."""
+    data = path.read_bytes()
+    for entry in range(struct.unpack_from("<H", data, 4)[0]):
+        size, offset = struct.unpack_from("<II", data, 6 + 16 * entry + 8)
+        if data[offset:offset + len(PNG_SIGNATURE)] == PNG_SIGNATURE:
+            return data[offset:offset + size]
+    sys.exit(f"make_nupkg.py: {path} has no picture that is stored as PNG.")
+
+
+def from_template(name, values):
+    text = (TEMPLATES / name).read_text("utf-8")
+    for key, value in values.items():
+        text = text.replace(f"@{key}@", xml.sax.saxutils.escape(value))
+    return text.encode()
+
+
+def contents(package, values, icon):
+    """Names in the archive with their bytes."""
+    identifier = values["ID"]
+    files = {
+        f"{identifier}.nuspec": from_template("package.nuspec", values),
+        f"build/native/{identifier}.targets": from_template("package.targets", values),
+        "readme.md": from_template("readme.md", {}),
+        "icon.png": png_of_icon(icon),
+    }
+    for pattern, folder in (("LICENSE", ""), ("licenses/*", "licenses/"), ("bin/*.dll", "runtimes/win-x64/native/"),
+                            ("lib/*.lib", "build/native/lib/"),
+                            ("include/product_services/*", "build/native/include/product_services/")):
+        found = sorted(package.glob(pattern))
+        if not found:
+            sys.exit(f"make_nupkg.py: {package} has no {pattern}.")
+        files.update((folder + path.name, path.read_bytes()) for path in found)
+    for path in sorted(package.glob("lang/*/*.lang")):
+        files[f"build/native/{path.relative_to(package).as_posix()}"] = path.read_bytes()
+    return files
+
+
+def content_types(names):
+    suffixes = sorted({name.rpartition(".")[2] for name in names if "." in name} | {"rels"})
+    types = {"rels": "application/vnd.openxmlformats-package.relationships+xml"}
+    lines = [f'  <Default Extension="{suffix}" ContentType="{types.get(suffix, "application/octet")}" />'
+             for suffix in suffixes]
+    lines += [f'  <Override PartName="/{name}" ContentType="application/octet" />' for name in names if "." not in name]
+    return "\n".join(['<?xml version="1.0" encoding="utf-8"?>',
+                      '<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">',
+                      *lines, "</Types>", ""])
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("package", type=pathlib.Path)
+    parser.add_argument("output", type=pathlib.Path)
+    parser.add_argument("--id", required=True)
+    parser.add_argument("--icon", type=pathlib.Path, required=True)
+    options = parser.parse_args()
+    if not re.fullmatch(r"\w+([.-]\w+)*", options.id, re.ASCII) or len(options.id) > 100:
+        sys.exit(f"make_nupkg.py: {options.id!r} is no id of a NuGet package.")
+    values = {"ID": options.id, "VERSION": read_version(options.package), "AUTHORS": options.id.partition(".")[0]}
+    files = contents(options.package, values, options.icon)
+    archive = options.output / f"{options.id}.{values['VERSION']}.nupkg"
+    with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as package:
+        package.writestr("_rels/.rels", RELATIONSHIPS.format(f"{options.id}.nuspec"))
+        package.writestr("[Content_Types].xml", content_types(files))
+        for name, data in files.items():
+            package.writestr(name, data)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,60 @@
+#include "text_room.h"
+
+#include <algorithm>
+#include <string>
+#include <windows.h>
+
+namespace product_services_guard {
+namespace {
+
+constexpr std::size_t LeastBytes = LeastRoom * sizeof(wchar_t);
+constexpr std::size_t GuardBytes = 0x10000;
+
+std::size_t FileSize(const wchar_t* path)
+{
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    GetFileAttributesExW(path, GetFileExInfoStandard, &data);
+    return static_cast<std::size_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+}
+
+std::size_t LargestLanguageFile()
+{
+    std::size_t largest = 0;
+    for (const wchar_t* code :
+         {L"EN", L"CZ", L"DE", L"ES", L"FR", L"IT", L"JA", L"PL", L"RU", L"TW", L"ZH", L"US"}) {
+        wchar_t path[] = L"lang\\XX\\Vemo_XX.lang";
+        std::copy_n(code, 2, path + 5);
+        std::copy_n(code, 2, path + 13);
+        largest = std::max(largest, FileSize(path));
+    }
+    return largest;
+}
+
+// An address has at most the 16,384 bytes that libcurl hands over at a time, and a message is shorter than
+// its language file, which the library reads at the first call. Pages that nobody writes to cost no memory.
+wchar_t* MakeRoom()
+{
+    const std::size_t bytes = std::max(LeastBytes, LargestLanguageFile() + sizeof(wchar_t));
+    void* const place = VirtualAlloc(nullptr, bytes + GuardBytes, MEM_RESERVE, PAGE_NOACCESS);
+    if (place && !VirtualAlloc(place, bytes, MEM_COMMIT, PAGE_READWRITE)) {
+        VirtualFree(place, 0, MEM_RELEASE);
+        return nullptr;
+    }
+    return static_cast<wchar_t*>(place);
+}
+
+} // namespace
+
+wchar_t* RoomForText()
+{
+    static wchar_t* room = nullptr;
+    if (!room) {
+        room = MakeRoom();
+    }
+    if (room) {
+        *room = L'\0';
+    }
+    return room;
+}
+
+} // namespace product_services_guard

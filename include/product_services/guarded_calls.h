@@ -1,0 +1,104 @@
+/*
+ * Guarded calls: the two calls of ProductServices.dll for hosts that cannot catch C++ exceptions, in C, C#,
+ * Delphi, Go, Python or C++ of another compiler. They are in ProductServicesGuard.dll, which finds
+ * ProductServices.dll in its own folder and nowhere else, loads it at the first call and keeps it.
+ *
+ * Whatever the service or a language file holds, a guarded call returns, with plain values, and writes no
+ * further than the capacity that comes with the buffer. All else is as product_services.h says: the thread,
+ * one call at a time, the windows, and the first call that wins.
+ *
+ * The calls have the one calling convention of 64-bit Windows. They throw nothing.
+ */
+#ifndef PRODUCT_SERVICES_GUARDED_CALLS_H
+#define PRODUCT_SERVICES_GUARDED_CALLS_H
+
+#include "product_services/product_services.h"
+
+/** How a guarded call ended. */
+enum ProductServicesOutcome
+{
+    /** The call had nothing to report; the text is empty. */
+    PRODUCT_SERVICES_NOTHING_REPORTED = 0,
+    /** resultCode holds what was reported, the text its message or, with 200, the download address. */
+    PRODUCT_SERVICES_REPORTED = 1,
+    /** The reply made no sense, or the call failed in another way; the text is that of the error. */
+    PRODUCT_SERVICES_CALL_FAILED = 2,
+    /** ProductServices.dll could not be called; the text is a sentence that says why. */
+    PRODUCT_SERVICES_NOT_CALLED = 3,
+    /** The record is null, or its size is smaller than that of GuardedCall; nothing was written. */
+    PRODUCT_SERVICES_BAD_RECORD = 4
+};
+
+/** The record of a guarded call, which the host owns with all that it points to. Zero it, then fill it in. */
+typedef struct GuardedCall
+{
+    /** In: sizeof(GuardedCall). */
+    uint32_t size;
+    /** In: as in HostContext, like the three texts. */
+    int32_t languageId;
+    const wchar_t* productName;
+    const wchar_t* productVersion;
+    const wchar_t* apiKey;
+    /** In: the buffer for the text. Null: the text is not wanted. */
+    wchar_t* text;
+    /** In: how many wchar_t the buffer holds, the terminating NUL included. */
+    uint32_t textCapacity;
+    /** Out: a ProductServicesResultCode where the outcome is PRODUCT_SERVICES_REPORTED, else 0xFFFFFFFF. */
+    uint32_t resultCode;
+    /** Out: 1 where the text was longer than the buffer and was cut, at a whole character; else 0. */
+    uint32_t isTextCut;
+    uint32_t reserved;
+} GuardedCall;
+
+/** What UseWindowsProxy found. */
+enum ProductServicesProxy
+{
+    /** Windows has no proxy for the service; nothing was changed. */
+    PRODUCT_SERVICES_PROXY_NONE = 0,
+    /** The proxy was taken over; the text is its address. */
+    PRODUCT_SERVICES_PROXY_TAKEN = 1,
+    /** https_proxy or all_proxy is set already; nothing was changed. */
+    PRODUCT_SERVICES_PROXY_KEPT = 2,
+    /** The settings could not be read; nothing was changed, and the text is a sentence that says why. */
+    PRODUCT_SERVICES_PROXY_FAILED = 3
+};
+
+#ifdef __cplusplus
+#define PRODUCT_SERVICES_ASSERT(condition, text) static_assert(condition, text)
+#else
+#define PRODUCT_SERVICES_ASSERT(condition, text) _Static_assert(condition, text)
+#endif
+
+PRODUCT_SERVICES_ASSERT(offsetof(GuardedCall, text) == 32, "GuardedCall layout");
+PRODUCT_SERVICES_ASSERT(sizeof(GuardedCall) == 56, "GuardedCall layout");
+
+#undef PRODUCT_SERVICES_ASSERT
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** CheckForUpdates, guarded. Returns a ProductServicesOutcome. */
+uint32_t GuardedCheckForUpdates(GuardedCall* call);
+
+/** Upgrade, guarded. Returns a ProductServicesOutcome. */
+uint32_t GuardedUpgrade(GuardedCall* call);
+
+/**
+ * Takes over the proxy that the user's Windows settings name, for this process: sets the environment
+ * variables https_proxy and no_proxy, which the library's transfers read. A variable that is set already
+ * stays. Returns a ProductServicesProxy. No other call does this by itself.
+ *
+ * serviceAddress is the address of the maker's service, such as L"https://services.example.com". A
+ * configuration script is asked about it, which may take seconds; null: scripts and automatic detection are
+ * left aside.
+ *
+ * text and textCapacity are as in GuardedCall.
+ */
+uint32_t UseWindowsProxy(const wchar_t* serviceAddress, wchar_t* text, uint32_t textCapacity);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

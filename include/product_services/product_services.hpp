@@ -1,0 +1,104 @@
+// The guarded calls for C++17 and later, of any compiler: what crosses the DLL's border is the C interface of
+// guarded_calls.h. All of it is in this header.
+#ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_HPP
+#define PRODUCT_SERVICES_PRODUCT_SERVICES_HPP
+
+#include "product_services/guarded_calls.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace product_services {
+
+/// The calling product. The members mean what those of HostContext mean.
+struct Product
+{
+    std::wstring name;
+    std::wstring version;
+    std::wstring apiKey;
+    std::int32_t languageId = 0;
+};
+
+/// What a call reported.
+struct Report
+{
+    /// A ProductServicesResultCode.
+    std::uint32_t code = 0;
+    /// Its message or, with PRODUCT_SERVICES_SUCCESS, the download address.
+    std::wstring text;
+};
+
+struct CallResult
+{
+    /// Empty where the call had nothing to report, and where it failed.
+    std::optional<Report> report;
+    /// Why the call failed; empty where it did not.
+    std::optional<std::wstring> error;
+    ProductServicesOutcome outcome = PRODUCT_SERVICES_NOT_CALLED;
+    /// Whether the text was longer than 65,535 characters and was cut.
+    bool isTextCut = false;
+};
+
+struct ProxyResult
+{
+    ProductServicesProxy found = PRODUCT_SERVICES_PROXY_FAILED;
+    /// The proxy's address, or why the settings could not be read.
+    std::wstring text;
+};
+
+namespace detail {
+
+constexpr std::uint32_t TextCapacity = 0x10000;
+
+inline CallResult Call(std::uint32_t (*function)(GuardedCall*), const Product& product)
+{
+    // Not zeroed, unlike a vector.
+    const std::unique_ptr<wchar_t[]> text(new wchar_t[TextCapacity]);
+    text[0] = L'\0';
+    GuardedCall call{};
+    call.size = sizeof call;
+    call.languageId = product.languageId;
+    call.productName = product.name.c_str();
+    call.productVersion = product.version.c_str();
+    call.apiKey = product.apiKey.c_str();
+    call.text = text.get();
+    call.textCapacity = TextCapacity;
+
+    CallResult result;
+    result.outcome = static_cast<ProductServicesOutcome>(function(&call));
+    result.isTextCut = call.isTextCut != 0;
+    if (result.outcome == PRODUCT_SERVICES_REPORTED) {
+        result.report = Report{call.resultCode, text.get()};
+    } else if (result.outcome != PRODUCT_SERVICES_NOTHING_REPORTED) {
+        result.error = text.get();
+    }
+    return result;
+}
+
+} // namespace detail
+
+/// Asks whether a newer release exists.
+inline CallResult CheckForUpdates(const Product& product)
+{
+    return detail::Call(&GuardedCheckForUpdates, product);
+}
+
+/// Shows the upgrade center.
+inline CallResult Upgrade(const Product& product)
+{
+    return detail::Call(&GuardedUpgrade, product);
+}
+
+/// Takes over the proxy of Windows for this process; without the service's address, no script is asked.
+inline ProxyResult UseWindowsProxy(const std::wstring& serviceAddress = {})
+{
+    wchar_t text[1024] = L"";
+    const wchar_t* address = serviceAddress.empty() ? nullptr : serviceAddress.c_str();
+    const auto found = static_cast<ProductServicesProxy>(::UseWindowsProxy(address, text, 1024));
+    return {found, text};
+}
+
+} // namespace product_services
+
+#endif
