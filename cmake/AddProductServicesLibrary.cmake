@@ -13,6 +13,10 @@ function(add_product_services_library target name header_dir picture_dir)
     target_link_libraries(${target} PRIVATE product_services_core CURL::libcurl)
     target_compile_definitions(${target} PRIVATE _USRDLL)
     set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "")
+    # The resource compilers do not tell the build what a script includes.
+    set_property(SOURCE "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc" TARGET_DIRECTORY ${target}
+        APPEND PROPERTY OBJECT_DEPENDS "${CMAKE_SOURCE_DIR}/src/ui/upgrade_dialog.rc"
+        "${CMAKE_SOURCE_DIR}/src/ui/resource.h" "${CMAKE_SOURCE_DIR}/include/product_services/version.h")
     foreach(picture library.ico background_332.bmp background_333.bmp background_335.bmp background_343.bmp
             background_1077.bmp)
         set_property(SOURCE "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc" TARGET_DIRECTORY ${target}
@@ -23,6 +27,11 @@ function(add_product_services_library target name header_dir picture_dir)
             "${CMAKE_SOURCE_DIR}/compat/mfc/dll_main.cpp"
             "${CMAKE_SOURCE_DIR}/compat/mingw/runtime.cpp")
         separate_debug_symbols(${target})
+    else()
+        # MFC activates a DLL's own manifest for its windows.
+        target_link_options(${target} PRIVATE "/MANIFESTDEPENDENCY:type='win32' \
+name='Microsoft.Windows.Common-Controls' version='6.0.0.0' processorArchitecture='amd64' \
+publicKeyToken='6595b64144ccf1df' language='*'")
     endif()
 endfunction()
 

@@ -31,7 +31,7 @@ enum ProductServicesResultCode
     PRODUCT_SERVICES_UNKNOWN_ERROR = 400,
     /** Mapped, reported by no call: "No internet found!" */
     PRODUCT_SERVICES_NO_INTERNET = 503,
-    /** The list of offers could not be read. */
+    /** Mapped, reported by no call today: "Unable to reach server!" */
     PRODUCT_SERVICES_SERVER_UNREACHABLE = 504,
     /** The user left the upgrade center without buying. */
     PRODUCT_SERVICES_USER_QUIT = 540,
@@ -110,8 +110,13 @@ static_assert(offsetof(HostContext, reserved3) == 64, "HostContext layout");
 static_assert(offsetof(HostContext, reserved4) == 72, "HostContext layout");
 static_assert(sizeof(HostContext) == 80, "HostContext layout");
 
+/* Exceptions leave the calls. Without saying so, a compiler may take C functions for such as never throw, as Visual
+ * Studio does by default (/EHsc), and drop the handlers around them. */
 #ifdef __cplusplus
+#define PRODUCT_SERVICES_THROWS noexcept(false)
 extern "C" {
+#else
+#define PRODUCT_SERVICES_THROWS
 #endif
 
 /**
@@ -131,24 +136,26 @@ extern "C" {
  * (parse error 101, type errors 302 and 305, out of range 406), or a text that is not convertible ("bad
  * conversion"). resultCode and resultText are then as the host set them.
  */
-void CheckForUpdates(HostContext* context);
+void CheckForUpdates(HostContext* context) PRODUCT_SERVICES_THROWS;
 
 /**
  * Shows the upgrade center: the newer products on offer, of which the user may open one's purchase
  * address in the browser.
  *
  * - 930 an address was handed to the browser; 540 the user left.
- * - 920 nothing on offer (an empty answer); 940 no connection, or a refusal with status 0; 504 the list
- *   could not be read; 950 no stored record of the product, after the connection was tried and 750 ms.
+ * - 920 nothing on offer (an empty answer); 940 no connection, or a refusal with status 0; 950 no stored
+ *   record of the product, after the connection was tried and 750 ms.
  * - An empty apiKey or an empty key in the record, a refusal with another status, an empty list: no window
  *   is shown and nothing is reported.
  *
  * A null context is ignored. Exceptions leave the call as with CheckForUpdates.
  */
-void Upgrade(HostContext* context);
+void Upgrade(HostContext* context) PRODUCT_SERVICES_THROWS;
 
 #ifdef __cplusplus
 }
 #endif
+
+#undef PRODUCT_SERVICES_THROWS
 
 #endif

@@ -4,7 +4,7 @@
 namespace product_family {
 
 /// Base address of the product service, without a trailing slash: here the development service's.
-inline constexpr wchar_t ServiceBaseAddress[] = L"https://127.0.0.1:18443";
+inline constexpr wchar_t ServiceBaseAddress[] = L"https://localhost:18443";
 
 /// Where installers write product records, below HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE.
 inline constexpr wchar_t RecordRegistryPath[] = L"Software\\Example Maker\\Products";

@@ -21,6 +21,14 @@ void WINAPI NotePause(DWORD milliseconds)
     atPause();
 }
 
+int threads = 0;
+
+std::uintptr_t NoteThread(void*, unsigned, unsigned (*)(void*), void*, unsigned, unsigned*)
+{
+    ++threads;
+    return 0;
+}
+
 // Update checks whose message boxes and pauses are noted instead of taken.
 class UpdateCheck : public LibraryTest
 {
@@ -142,6 +150,17 @@ TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
     }
     service.Stop();
     EXPECT_EQ(CheckAndBox(), NoInternet) << "refused";
+}
+
+TEST_F(UpdateCheck, StartsNoThreadToResolveAName)
+{
+    ReplaceImport(library, "_beginthreadex", NoteThread);
+    // This computer's name, which libcurl does not know by itself as it does "localhost".
+    char name[256] = "http://";
+    gethostname(name + 7, sizeof name - 7);
+    SetEnvironmentVariableA("http_proxy", name);
+    EXPECT_EQ(CheckAndBox(), NoInternet);
+    EXPECT_EQ(threads, 0);
 }
 
 TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)
