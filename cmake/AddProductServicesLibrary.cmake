@@ -35,11 +35,12 @@ publicKeyToken='6595b64144ccf1df' language='*'")
     endif()
 endfunction()
 
-# Leaves NAME.dll stripped, with its symbols in NAME.dll.debug beside it.
+# Leaves NAME.dll stripped, with its symbols in NAME.dll.debug beside it. Without the date, objcopy would write the
+# time of the build into the files.
 function(separate_debug_symbols target)
-    find_program(OBJCOPY x86_64-w64-mingw32-objcopy REQUIRED)
+    set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
     add_custom_command(TARGET ${target} POST_BUILD
-        COMMAND ${OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
-        COMMAND ${OBJCOPY} --strip-all --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
+        COMMAND ${objcopy} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
+        COMMAND ${objcopy} --strip-all --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
         VERBATIM)
 endfunction()
