@@ -24,12 +24,9 @@ show() {
 show_window() {
   say "$1"
   launch run_host "${@:4}" --unattended --look 2500
-  local host_pid=$launched window
-  window=$(timeout 30 xdotool search --sync --onlyvisible --name "^$2\$" | head -n 1) || fail "No window came up."
-  sleep 1 # for the last control to paint itself
-  import -window "$window" "$3"
-  wait "$host_pid" || fail "The sample host failed: $(cat build/run.log)"
-  forget "$host_pid"
+  local host=$launched
+  keep_picture "^$2\$" "$3"
+  await "$host" || fail "The sample host failed: $(cat build/run.log)"
   print_host_output
   printf '    picture: %s\n' "$3"
 }
@@ -53,7 +50,7 @@ show_upgrades() {
 
 run_unattended() {
   start_windows
-  register_products
+  attend register_products
   PATH=$PWD/scripts/lib/browser:$PATH
   show_checks
   show_upgrades
@@ -63,7 +60,7 @@ run_unattended() {
 
 run_interactive() {
   prepare_wine_prefix
-  register_products
+  attend register_products
   say "The sample host is open; its Help menu calls the library. Close it to end."
   attend run_host || fail "The sample host failed: $(cat build/run.log)"
 }

@@ -5,6 +5,8 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/lib/say.sh
+. scripts/lib/process.sh
+trap 'end_groups "${groups[@]}"' EXIT
 
 readonly triplet=x86_64-w64-mingw32
 readonly deps="$PWD/build/deps"
@@ -17,7 +19,8 @@ readonly packages=(
   "$@"
 )
 
-as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
+# sudo has asked for the password before.
+as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo -n "$@"; fi; }
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
 
@@ -29,7 +32,8 @@ install_packages() {
   [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null \
     || fail "Packages are missing (${missing[*]}); run this as root or install sudo."
   say "Installing ${missing[*]} (a few minutes on a fresh machine)"
-  { as_root apt-get update && as_root env DEBIAN_FRONTEND=noninteractive \
+  [ "$(id -u)" -eq 0 ] || sudo -v || fail "The packages are installed with sudo."
+  { attend as_root apt-get update && attend as_root env DEBIAN_FRONTEND=noninteractive \
       apt-get install -y --no-install-recommends "${missing[@]}"; } >"$deps/apt.log" 2>&1 \
     || fail "The packages could not be installed (no network, or no such package?); see $deps/apt.log."
 }
@@ -77,12 +81,12 @@ build_curl() {
   rm -rf "$deps"/curl.?????? "$deps/$triplet"
   local work; work=$(mktemp -d "$deps/curl.XXXXXX")
   say "Fetching libcurl's source"
-  fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
+  attend fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
     || { rm -rf "$work"; fail "libcurl's source could not be fetched (no network, or no package sources?); see $deps/curl.log."; }
   say "Building libcurl for Windows (about a minute)"
-  { cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja "${curl_options[@]}" \
+  { attend cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja "${curl_options[@]}" \
       -DCMAKE_C_FLAGS="$curl_flags -ffile-prefix-map=$work=." -DCMAKE_INSTALL_PREFIX="$work/install" \
-    && cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
+    && attend cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
     || fail "libcurl could not be built; see $deps/curl.log."
   cp "$work"/curl-*/COPYING "$work/install/COPYING.curl"
   echo "$options" >"$work/install/options.txt"

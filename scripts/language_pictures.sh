@@ -8,19 +8,14 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 readonly bin=build/mingw/bin pictures=$PWD/build/language-pictures
 readonly -A ids=([EN]=120 [CZ]=130 [DE]=140 [ES]=150 [FR]=160 [IT]=170 [JA]=180 [PL]=190 [RU]=200 [TW]=220 [ZH]=230)
 
-run_host() { (cd "$bin" && wine_run ./SampleHost.exe "$@" --unattended --look 1500) >build/language-pictures.log 2>&1; }
+run_host() { (cd "$bin" && wine_run ./SampleHost.exe "$@" --unattended --look 2500) >build/language-pictures.log 2>&1; }
 
 # take_picture NAME CODE ARGUMENT...: of the window that the sample host shows in that language.
 take_picture() {
-  local window
   launch run_host "${@:3}" --language "${ids[$2]}"
   local host=$launched
-  window=$(timeout 30 xdotool search --sync --onlyvisible --name '^Example Draft' | head -n 1) \
-    || fail "No window came up; see build/language-pictures.log."
-  sleep 0.5 # for the last control to paint itself
-  import -window "$window" "$pictures/$1-$2.png"
-  wait "$host" || fail "The sample host failed; see build/language-pictures.log."
-  forget "$host"
+  keep_picture '^Example Draft' "$pictures/$1-$2.png"
+  await "$host" || fail "The sample host failed; see build/language-pictures.log."
 }
 
 codes=("$@")
@@ -32,7 +27,7 @@ done
 begin_session
 build_project build/mingw
 start_windows
-register_products
+attend register_products
 mkdir -p "$pictures"
 say "Taking pictures of ${codes[*]} (five seconds each)"
 for code in "${codes[@]}"; do take_picture no-internet "$code" check; done

@@ -1,89 +1,50 @@
 # Sourced by run.sh, test.sh and bench.sh, in the project's folder: a session builds the project and brings a Wine
 # prefix, a display and services, which all end with it, whatever way it ends.
 . scripts/lib/say.sh
+. scripts/lib/process.sh
 . scripts/lib/wine.sh
 
-readonly session_log=$PWD/build/session
 readonly service_port=18443
-
-# What runs for this session: process groups, by their leaders. The file tells a later session what a killed one left.
-groups=()
 
 begin_session() {
   mkdir -p build && [ -w build ] || fail "The folder $PWD/build belongs to another user."
-  exec {session_lock}>>build/lock
-  flock -n "$session_lock" || fail "Another run.sh, test.sh or bench.sh is at work in this checkout."
+  exec 9>>build/lock
+  flock -n 9 || fail "Another run.sh, test.sh or bench.sh is at work in this checkout."
+  record=$PWD/build/session
   end_left_processes
   trap end_session EXIT
-  trap 'exit 129' HUP
-  trap 'exit 130' INT
-  trap 'exit 143' TERM
 }
 
 end_session() {
   trap '' HUP INT TERM
+  [ -z "${setup_pid:-}" ] || { kill "$setup_pid" && wait "$setup_pid"; } 2>/dev/null || true
   end_groups "${groups[@]}"
   stop_wine_services
-  rm -f "$session_log".*
+  rm -f "$record".*
 }
 
-# A recorded process may have ended and its number be another's: both have to fit.
+# What a session that was killed has left. A recorded process may have ended and its number be another's: its time of
+# start has to fit.
 end_left_processes() {
   local file
-  for file in "$session_log".*; do
+  for file in "$record".*; do
     if [ -f "$file" ] && [ "$(start_time "${file##*.}")" = "$(cat "$file")" ]; then end_groups "${file##*.}"; fi
     rm -f "$file"
   done
   stop_wine_services
 }
 
-start_time() { cut -d' ' -f22 "/proc/$1/stat" 2>/dev/null || echo ended; }
-
-end_groups() {
-  local group
-  for group in "$@"; do kill -TERM -- "-$group" 2>/dev/null || true; done
-  for _ in $(seq 10); do
-    for group in "$@"; do
-      if kill -0 -- "-$group" 2>/dev/null; then
-        sleep 0.1
-        continue 2
-      fi
-    done
-    return 0
-  done
-  for group in "$@"; do kill -KILL -- "-$group" 2>/dev/null || true; done
-}
-
-# launch COMMAND...: starts it in the background, in a process group of its own that ends with the session; sets
-# launched.
-launch() {
-  set -m
-  "$@" {session_lock}>&- &
-  launched=$!
-  set +m
-  groups+=("$launched")
-  start_time "$launched" >"$session_log.$launched"
-}
-
-# attend COMMAND...: runs it to its end. Unlike a command in the foreground it does not keep signals waiting.
-attend() {
-  launch "$@"
-  local group=$launched status=0
-  wait "$group" || status=$?
-  forget "$group"
-  return "$status"
-}
-
-forget() {
-  local left=() group
-  for group in "${groups[@]}"; do [ "$group" = "$1" ] || left+=("$group"); done
-  groups=("${left[@]}")
-  rm -f "$session_log.$1"
+# In the foreground's process group, where sudo may ask for a password.
+run_setup() {
+  ./setup.sh "$@" 9>&- &
+  setup_pid=$!
+  wait "$setup_pid" || exit 1
+  setup_pid=
 }
 
 # build_project TREE [OPTION...]: installs what is missing, configures and builds; the options go to cmake.
 build_project() {
-  ./setup.sh
+  run_setup
   mkdir -p "$1"
   say "Building (a few minutes the first time)"
   { attend cmake --preset "${preset:-mingw}" -B "$@" && attend cmake --build "$1"; } >"$1/build.log" 2>&1 \
@@ -117,7 +78,7 @@ make_wine_prefix() {
 
 # Keeps Wine's services running between programs, on their own output so that no pipe waits for them.
 start_wine_services() {
-  wineserver -p >build/wineserver.log 2>&1 {session_lock}>&- \
+  wineserver -p >build/wineserver.log 2>&1 9>&- \
     || fail "Wine's server did not start; see build/wineserver.log."
 }
 
@@ -166,4 +127,11 @@ register_products() {
       && wine_run reg add "$key" /v version /d "$version" /f >/dev/null \
       || fail "The sample product's record could not be written."
   done
+}
+
+# keep_picture PATTERN FILE: a picture of the window with such a title, once it has come up and is painted.
+keep_picture() {
+  attend timeout 30 xdotool search --sync --onlyvisible --name "$1" >build/window.txt || fail "No window came up."
+  attend sleep 1
+  attend import -window "$(head -n 1 build/window.txt)" "$2"
 }
