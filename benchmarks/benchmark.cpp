@@ -4,6 +4,7 @@
 #include "measure.h"
 #include "painted_dialogs.h"
 #include "product_family.h"
+#include "product_services/guarded_calls.h"
 #include "product_services/product_services.h"
 
 #include <commctrl.h>
@@ -67,6 +68,22 @@ void Check()
     Call(check, PRODUCT_SERVICES_SUCCESS);
 }
 
+// The guard stands beside the DLL that it calls.
+void GuardedCheck()
+{
+    static const auto check =
+        Find<std::uint32_t(GuardedCall*)>(LoadLibraryW(L"guarded\\ProductServicesGuard.dll"), "GuardedCheckForUpdates");
+    GuardedCall call{};
+    call.size = sizeof call;
+    call.productName = context.productName;
+    call.productVersion = context.productVersion;
+    call.apiKey = context.apiKey;
+    call.languageId = context.languageId;
+    call.text = resultText;
+    call.textCapacity = 1024;
+    Require(check(&call) == PRODUCT_SERVICES_REPORTED && call.resultCode == PRODUCT_SERVICES_SUCCESS);
+}
+
 std::size_t KeepReply(char* data, std::size_t size, std::size_t count, void*)
 {
     reply.assign(data, size * count);
@@ -115,6 +132,7 @@ double PaintBareDialog()
 
 const std::map<std::string, std::function<double()>> Series{
     {"check", [] { return Duration(Check); }},
+    {"guarded check", [] { return Duration(GuardedCheck); }},
     {"bare post", [] { return Duration(BarePost); }},
     {"required calls", [] { return Duration(RequiredCalls); }},
     {"post and required calls", [] { return Duration(BarePost) + Duration(RequiredCalls); }},

@@ -17,6 +17,7 @@ LANGUAGE_FILE = pathlib.Path("lang/DE/Vemo_DE.lang")
 UNITS = {"us": 1, "ms": 1000, "MB": 2**20}
 SIZES = 1, 10, 100, 1000, 10000
 HTTP = dict(dll="BenchHttp.dll", rounds=400, address="http://127.0.0.1:18451/get_updates.php")
+GUARDED = dict(HTTP, dll="guarded/ProductServices.dll")
 HTTPS = dict(dll="BenchHttps.dll", rounds=200, address="https://127.0.0.1:18452/get_updates.php")
 
 # What; the series measured and the one beside it; the most that is good of their ratio; how they are run.
@@ -25,6 +26,7 @@ RATIOS = (
     ("update check over HTTP", "check", "post and required calls", 1.03, HTTP),
     ("update check over HTTPS", "check", "bare post", 1.03, HTTPS),
     ("update check over HTTPS", "check", "post and required calls", 1.03, HTTPS),
+    ("guarded update check over HTTP", "guarded check", "check", 1.02, GUARDED),
     ("update check without the network", "check", "required calls", 1.1, dict(rounds=500)),
     ("the same with 10,000 offers", "check", "required calls", 1.1, dict(rounds=15, offers=10000)),
     ("reply to painted upgrade center", "upgrade center", "bare dialog", 1.2, dict(rounds=7, processes=5, offers=3)),
@@ -53,7 +55,7 @@ def prepare_folder(offers, language_files):
     file = folder / LANGUAGE_FILE
     file.parent.mkdir(parents=True, exist_ok=True)
     if language_files:
-        sample = (REPOSITORY / "samples" / LANGUAGE_FILE).read_text("utf-16-le")
+        sample = (BIN / LANGUAGE_FILE).read_text("utf-16-le")
         file.write_text("\n".join([sample] * language_files), "utf-16-le")
     (folder / "reply.json").write_text(json.dumps(
         [{"name": f"Example Product {i}", "version": "2026.2", "url": f"https://127.0.0.1/buy?offer={i}"}

@@ -63,16 +63,8 @@ enum ProductServicesProxy
     PRODUCT_SERVICES_PROXY_FAILED = 3
 };
 
-#ifdef __cplusplus
-#define PRODUCT_SERVICES_ASSERT(condition, text) static_assert(condition, text)
-#else
-#define PRODUCT_SERVICES_ASSERT(condition, text) _Static_assert(condition, text)
-#endif
-
-PRODUCT_SERVICES_ASSERT(offsetof(GuardedCall, text) == 32, "GuardedCall layout");
-PRODUCT_SERVICES_ASSERT(sizeof(GuardedCall) == 56, "GuardedCall layout");
-
-#undef PRODUCT_SERVICES_ASSERT
+static_assert(offsetof(GuardedCall, text) == 32, "GuardedCall layout");
+static_assert(sizeof(GuardedCall) == 56, "GuardedCall layout");
 
 #ifdef __cplusplus
 extern "C" {
