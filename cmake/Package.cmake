@@ -58,8 +58,8 @@ install(PROGRAMS "$<TARGET_FILE:SampleHost>" DESTINATION bin)
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/samples/minimal_hosts" "${CMAKE_SOURCE_DIR}/samples/host"
     "${CMAKE_SOURCE_DIR}/samples/automation" DESTINATION samples PATTERN automation/CMakeLists.txt EXCLUDE)
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION samples/host RENAME CMakeLists.txt)
-# What the sample host finds in the build; the sample family's header stands for the maker's, comments and all.
-install(FILES "${FAMILY_NAMES_DIR}/product_family_names.h" "${sample_family_dir}/product_family.h"
+# What the sample host finds in the build; the maker's header with its comments stays with the maker.
+install(FILES "${FAMILY_NAMES_DIR}/product_family_names.h" "${CMAKE_CURRENT_LIST_DIR}/package/product_family.h"
     "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)
 install(FILES "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.wxs" DESTINATION samples/installer)
 install(FILES "${CMAKE_SOURCE_DIR}/tools/product_service.py" "${CMAKE_SOURCE_DIR}/tools/catalogue.json"

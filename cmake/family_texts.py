@@ -15,6 +15,7 @@ import urllib.parse
 import xml.sax.saxutils
 
 SAMPLE_NAMES = "Example Maker", "ExampleMaker.ProductServices", "Example Draft"
+TEXTS = 2 + 6
 LINK = re.compile(r"\[([^]]+)\]\(([^)\s]+)\)")
 
 
@@ -33,7 +34,8 @@ ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), in_c), ".json": in_json
 
 
 def texts_of(values, names):
-    address, path, *keys = pathlib.Path(values).read_bytes().decode("utf-16-le").split("\0")[:-1]
+    # The section may be filled up behind the last of them.
+    address, path, *keys = pathlib.Path(values).read_bytes().decode("utf-16-le").split("\0")[:TEXTS]
     return [address, urllib.parse.urlsplit(address).netloc, path, path.rpartition("\\")[0] or path, *keys, *names]
 
 
