@@ -1,5 +1,5 @@
-// The texts of a product family in a section of their own, each with its NUL, for family_texts.py: what a header says
-// is known to its compiler alone.
+// The texts of a product family in a section of their own, each with its NUL, for family_texts.py: what a
+// header says is known to its compiler alone.
 #include "product_family.h"
 
 #include <algorithm>
