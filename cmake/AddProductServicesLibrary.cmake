@@ -9,7 +9,8 @@ function(add_product_services_library target name header_dir picture_dir)
         "${CMAKE_SOURCE_DIR}/src/host/exports.cpp"
         "${CMAKE_SOURCE_DIR}/src/product_services.def"
         "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc")
-    target_include_directories(${target} PRIVATE "${header_dir}" "${picture_dir}" "${CMAKE_SOURCE_DIR}/src/ui")
+    target_include_directories(${target} PRIVATE "${header_dir}" "${picture_dir}" "${CMAKE_SOURCE_DIR}/src/ui"
+        "${FAMILY_NAMES_DIR}")
     target_link_libraries(${target} PRIVATE product_services_core CURL::libcurl)
     target_compile_definitions(${target} PRIVATE _USRDLL)
     set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "")

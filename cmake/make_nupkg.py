@@ -1,16 +1,20 @@
 #!/usr/bin/env python3
 """Makes the NuGet package for hosts built with Visual Studio, from the unpacked package for host developers.
 
-    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --id ExampleMaker.ProductServices --icon library.ico
+    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --id ExampleMaker.ProductServices --authors "Example Maker"
+                  --icon library.ico --texts PAIRS (of family_texts.py)
 """
 
 import argparse
+import json
 import pathlib
 import re
 import struct
 import sys
 import xml.sax.saxutils
 import zipfile
+
+import family_texts
 
 TEMPLATES = pathlib.Path(__file__).parent / "nuget"
 PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
@@ -43,14 +47,15 @@ def from_template(name, values):
     return text.encode()
 
 
-def contents(package, values, icon):
+def contents(package, values, options):
     """Names in the archive with their bytes."""
     identifier = values["ID"]
     files = {
         f"{identifier}.nuspec": from_template("package.nuspec", values),
         f"build/native/{identifier}.targets": from_template("package.targets", values),
-        "readme.md": from_template("readme.md", {}),
-        "icon.png": png_of_icon(icon),
+        "readme.md": family_texts.fill_text((TEMPLATES / "readme.md").read_text("utf-8"),
+                                            json.loads(options.texts.read_text("utf-8"))).encode(),
+        "icon.png": png_of_icon(options.icon),
     }
     for pattern, folder in (("LICENSE", ""), ("licenses/*", "licenses/"), ("bin/*.dll", "runtimes/win-x64/native/"),
                             ("lib/*.lib", "build/native/lib/"),
@@ -80,12 +85,12 @@ def main():
     parser.add_argument("package", type=pathlib.Path)
     parser.add_argument("output", type=pathlib.Path)
     parser.add_argument("--id", required=True)
+    parser.add_argument("--authors", required=True)
     parser.add_argument("--icon", type=pathlib.Path, required=True)
+    parser.add_argument("--texts", type=pathlib.Path, required=True)
     options = parser.parse_args()
-    if not re.fullmatch(r"\w+([.-]\w+)*", options.id, re.ASCII) or len(options.id) > 100:
-        sys.exit(f"make_nupkg.py: {options.id!r} is no id of a NuGet package.")
-    values = {"ID": options.id, "VERSION": read_version(options.package), "AUTHORS": options.id.partition(".")[0]}
-    files = contents(options.package, values, options.icon)
+    values = {"ID": options.id, "VERSION": read_version(options.package), "AUTHORS": options.authors}
+    files = contents(options.package, values, options)
     archive = options.output / f"{options.id}.{values['VERSION']}.nupkg"
     with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as package:
         package.writestr("_rels/.rels", RELATIONSHIPS.format(f"{options.id}.nuspec"))

@@ -1,11 +1,14 @@
 """Makes the package for host developers, unpacks it, and builds and runs hosts against it alone."""
 
 import re
+import shlex
 import shutil
+import subprocess
+import sys
 
 import pytest
 
-from conftest import MAKER_KEY, run
+from conftest import ADDRESS, OUTPUT, REPOSITORY, end, run
 
 FILES = set("""LICENSE SECURITY.md docs/host-guide.md lang/ZH/Vemo_ZH.lang languages/de.po tools/product_service.py tools/catalogue.json
 tools/language_files.py tools/language_file_check.py languages/product_services.pot
@@ -33,17 +36,36 @@ def test_the_visual_studio_library_has_exactly_the_two_names(package):
     assert sorted(members) == [("ProductServices.dll", "CheckForUpdates"), ("ProductServices.dll", "Upgrade")]
 
 
-def test_hosts_in_c_and_cpp_build_and_run(package, tmp_path, wine):
-    # A copy, as a user would have it: nothing of the repository is in reach but the toolchain.
-    hosts = shutil.copytree(package / "samples/minimal_hosts", tmp_path / "hosts")
-    settings = [f"-DCMAKE_{name}" for name in (
-        f"PREFIX_PATH={package}", "SYSTEM_NAME=Windows", "C_COMPILER=x86_64-w64-mingw32-gcc-posix",
-        "CXX_COMPILER=x86_64-w64-mingw32-g++-posix")]
-    for command in (["-G", "Ninja", "-S", hosts, "-B", tmp_path, *settings], ["--build", tmp_path]):
-        status, output = run("cmake", *command)
+def test_another_makers_package_leads_from_its_readme_to_the_first_call(package, build, tmp_path, wine):
+    kit = shutil.copytree(package, tmp_path / "my kit")
+    (tmp_path / "product_family.h").write_text(f"""#include <array> // KnownApiKeys[6]{{L"none"}};
+        namespace product_family {{ constexpr auto ServiceBaseAddress = L"https://" L"{ADDRESS}:18443";
+        constexpr wchar_t RecordRegistryPath[] = L"Software\\\\Example Maker\\\\Products";
+        constexpr std::array KnownApiKeys{{L"a;b", L"2", L"3", L"4", L"5", L"6"}}; }}""", "utf-8")
+    fill, cross = f"{sys.executable} -B {REPOSITORY}/cmake/family_texts.py", "x86_64-w64-mingw32-"
+    (tmp_path / "readme.cpp").write_text(re.search(r"(?s)```cpp\n(.*?)```", (REPOSITORY / "README.md").read_text())[1])
+    for command in (f"{cross}g++-posix -fsyntax-only -I{package}/include readme.cpp",
+                    f"{cross}g++-posix -std=c++20 -I. -c {REPOSITORY}/cmake/family_values.cpp",
+                    f"{cross}objcopy -O binary -j .family family_values.o theirs",
+                    f"{fill} pairs pairs.json {build}/sample_family.values theirs 'Mü & Co' Mue.Kit 'Möbel 3'",
+                    f"{fill} fill pairs.json '{kit}'", f"cmake -G Ninja -S '{kit}/samples/minimal_hosts' -B '{kit}'"
+                    f" -DCMAKE_TOOLCHAIN_FILE={REPOSITORY}/cmake/mingw-w64.cmake", f"cmake --build '{kit}'"):
+        status, output = run(*shlex.split(command), cwd=tmp_path)
         assert status == 0 and "warning" not in output, output
-    # Without a record of the product there is no request and no window.
-    wine("reg", "delete", MAKER_KEY, "/f")
+    texts = {path: path.read_text("utf-8") for path in kit.rglob("*.*") if path.suffix in (".md", ".py", ".json")}
+    for path, text in texts.items():
+        assert not re.search(r"127\.0\.0\.1:|Example Draft|DRAFT-|draft20|ExampleMaker", text), path
+        assert path.suffix != ".md" or path.stem == "CHANGELOG" or "1.0.0" not in text, path
+        for to, anchor in re.findall(r"\]\((?!https:)([^)#]*)#?([^)]*)\)", text):
+            headings = re.findall("(?m)^#+ (.*)", texts[path.parent / to if to else path]) if anchor else ()
+            assert (path.parent / to).exists(), (path, to)
+            assert not anchor or anchor in [re.sub(r"[^\w-]", "", name.lower().replace(" ", "-")) for name in headings]
+    shutil.copy(build / "over_tls/ProductServices.dll", kit)
+    for record in re.findall('(?m)^reg add "(.*?)" (/v) (.*) (/d) (.*) (/f)$', texts[kit / "docs/host-guide.md"]):
+        wine("reg", "add", *record)
+    asked = subprocess.Popen([*shlex.split(fill)[:2], kit / "tools/product_service.py", "--address", ADDRESS,
+                              "--check-answer", "0"], **OUTPUT)
+    assert "ready" in asked.stdout.readline()
     for host in ("host_c.exe", "host_cpp.exe"):
-        assert wine(tmp_path / host) == (0, "".join(
-            f"{call}: 950: No data of the installed product was found.\n" for call in ("CheckForUpdates", "Upgrade")))
+        assert f"CheckForUpdates: 200: https://{ADDRESS}:18443/buy/" in wine(kit / host)[1]
+    assert "key=DEMO-2026 version=2026.1" in end(asked)[0]

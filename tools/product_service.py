@@ -7,6 +7,8 @@ real one: HTTPS with a certificate of its own (made with openssl), a line per re
                          body where nothing is newer, a refusal for an unknown key
   GET  /buy/...          a page that says what would be bought
 
+A path in the library's service address may stand before each of them.
+
 The catalogue is JSON, {"KEY": {"INSTALLED VERSION": [OFFER, ...]}}, each OFFER an object
 with the texts "name", "version" and "url". Addresses go out as they stand: with another
 --address or --port, give a --catalogue whose addresses name it.
@@ -26,6 +28,10 @@ import socketserver
 import ssl
 import subprocess
 import tempfile
+import urllib.parse
+
+# The address that the library asks.
+LIBRARY_ASKS = urllib.parse.urlsplit("https://127.0.0.1:18443")
 
 # The values are not escaped, so each reaches to the first "&name=" of the next field.
 QUERY = re.compile("api_key=(.*?)&key=(.*?)&hardware_id=(.*?)&version=(.*?)&up=([01])", re.DOTALL)
@@ -98,6 +104,12 @@ class RequestHandler(http.server.BaseHTTPRequestHandler):
     # A reply goes out in one write, which makes one TLS record (up to 16 KiB): the library keeps only the last
     # piece of a reply that reaches it in several.
     wbufsize = 1 << 20
+
+    def parse_request(self):
+        is_whole = super().parse_request()
+        if is_whole:
+            self.path = self.path.removeprefix(LIBRARY_ASKS.path)
+        return is_whole
 
     def do_GET(self):
         if not self.path.startswith("/buy/"):
@@ -172,7 +184,8 @@ def make_tls_context(address):
         try:
             subprocess.run(
                 ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "30", "-subj", "/CN=localhost",
-                 "-addext", f"subjectAltName=IP:{address},DNS:localhost", "-keyout", "key.pem", "-out", "cert.pem"],
+                 "-addext", f"subjectAltName=IP:{address},DNS:localhost,DNS:{LIBRARY_ASKS.hostname}",
+                 "-keyout", "key.pem", "-out", "cert.pem"],
                 cwd=folder, capture_output=True, text=True, timeout=60, check=True)
         except (OSError, subprocess.SubprocessError) as error:
             reason = getattr(error, "stderr", None) or str(error)
@@ -185,7 +198,8 @@ def parse_options():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     add = parser.add_argument
     add("--address", default="127.0.0.1", metavar="A", help="address to listen on (default: %(default)s)")
-    add("--port", type=int, default=18443, metavar="N", help="port (default: %(default)s; 0: any free one)")
+    add("--port", type=int, default=LIBRARY_ASKS.port or 443, metavar="N",
+        help="port (default: %(default)s; 0: any free one)")
     add("--catalogue", metavar="FILE", default=pathlib.Path(__file__).with_name("catalogue.json"),
         help="the offers (default: catalogue.json beside this script)")
     add("--check-answer", default="1", metavar="TEXT",

@@ -1,6 +1,8 @@
 // A host application as small as one can be: its command line and its window call the library.
 #include "main_window.h"
 #include "product_call.h"
+#include "product_family.h"
+#include "product_family_names.h"
 #include "unattended_user.h"
 #include "user_language.h"
 
@@ -11,14 +13,17 @@
 
 namespace {
 
+// The product that the host is when the command line names no other.
+constexpr wchar_t DefaultProduct[] = L"" PRODUCT_FAMILY_PRODUCT;
+
 constexpr wchar_t Usage[] =
     L"SampleHost         ...     opens the sample host's window\n"
     L"SampleHost check   ...     calls CheckForUpdates and prints the outcome\n"
     L"SampleHost upgrade ...     calls Upgrade and prints the outcome\n"
     L"\n"
-    L"  --product NAME           the calling product (Example Draft)\n"
+    L"  --product NAME           the calling product (" PRODUCT_FAMILY_PRODUCT L")\n"
     L"  --version TEXT           its version (2026.1)\n"
-    L"  --api-key KEY            its service API key (Example Draft's)\n"
+    L"  --api-key KEY            its service API key (the product family's first)\n"
     L"  --language ID            120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,\n"
     L"                           220 TW, 230 ZH (the language of Windows)\n"
     L"  --unattended             press the buttons of what the library shows, and print what it says\n"
@@ -64,9 +69,9 @@ bool ReadOption(Options& options, std::wstring_view name, const wchar_t* value)
 std::optional<Options> ReadOptions(int argc, wchar_t** argv)
 {
     Options options;
-    options.product.productName = L"Example Draft";
+    options.product.productName = DefaultProduct;
     options.product.productVersion = L"2026.1";
-    options.product.apiKey = L"draft20-7k2m9q-x4v8p1w";
+    options.product.apiKey = product_family::KnownApiKeys[0];
     options.product.languageId = UserLanguageId();
     for (int i = 1; i < argc; ++i) {
         const std::wstring_view name = argv[i];

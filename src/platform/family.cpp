@@ -28,17 +28,17 @@ static_assert(
     !RegistryPath.empty() && !RegistryPath.starts_with(L'\\') && !RegistryPath.ends_with(L'\\'),
     "RecordRegistryPath must be the path of a key, without a backslash at either end");
 
-constexpr bool AreKeys(const wchar_t* const* keys, std::size_t count)
+// An array of any spelling.
+constexpr bool AreKeys(const auto& keys)
 {
-    for (std::size_t i = 0; i < count; ++i) {
-        if (!keys[i] || !*keys[i]) {
+    for (const wchar_t* key : keys) {
+        if (!key || !*key) {
             return false;
         }
     }
-    return count == std::size(ProductFamily{}.knownApiKeys);
+    return std::size(keys) == std::size(ProductFamily{}.knownApiKeys);
 }
-static_assert(
-    AreKeys(KnownApiKeys, std::size(KnownApiKeys)), "KnownApiKeys must be six keys, none of them empty");
+static_assert(AreKeys(KnownApiKeys), "KnownApiKeys must be six keys, none of them empty");
 
 } // namespace
 
