@@ -3,20 +3,25 @@
 import os
 import pathlib
 import re
+import shutil
 
 import pytest
 
 from conftest import MAKER_KEY, REPOSITORY, run
 
 DRIVE = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"), "drive_c")
-KEYS = (MAKER_KEY, r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall")
+KEYS = (MAKER_KEY, MAKER_KEY.replace("HKCU", "HKLM"), r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall")
 
 
 @pytest.fixture
 def installers(build, tmp_path, wine):
-    paths = [tmp_path / "2026.1.msi", tmp_path / "2026.2.msi"]
-    for path in paths:
-        assert run(REPOSITORY / "samples/installer/build.sh", path, build / "over_tls", path.stem) == (0, "")
+    paths = [tmp_path / "2026.1.msi", tmp_path / "2026.2.msi", tmp_path / "all users.msi"]
+    built = shutil.copytree(build / "over_tls", tmp_path / "größe & 'maß'")
+    shutil.copy(build / "bin/ProductServicesGuard.dll", built)
+    for arguments in ((paths[0], built), (paths[1], built, "2026.2"), ("--all-users", paths[2], built)):
+        assert run(REPOSITORY / "samples/installer/build.sh", *arguments) == (0, "")
+    shutil.rmtree(built / "lang/ZH")
+    assert run(REPOSITORY / "samples/installer/build.sh", paths[0], built)[0] == 1, "and leaves the one that is there"
     wine("reg", "delete", MAKER_KEY, "/f")
     yield paths
     for path in paths:
@@ -30,21 +35,22 @@ def left(wine):
 
 
 def test_a_product_is_installed_used_upgraded_and_leaves_nothing_behind(installers, service, wine):
-    old, new = installers
+    old, new, for_all = installers
     assert left(wine) == ([], [])
-    assert wine("msiexec", "/i", old, "/qn")[0] == 0
+    assert [wine("msiexec", "/i", path, "/qn")[0] for path in (old, for_all)] == [0, 0]
     folder, = DRIVE.glob("users/*/AppData/Local/Programs/Example Draft")
+    assert len(list(DRIVE.rglob("Example Draft/licenses/*.txt"))) == 2 * 5
     service(port=18443)
     german = wine(folder / "SampleHost.exe", "upgrade", "--language", "140", "--unattended", cwd=folder)[1]
     assert german.endswith("outcome: 540: Der Benutzer hat abgebrochen!\n")
     assert wine("msiexec", "/i", new, "/qn")[0] == 0
     assert wine("msiexec", "/i", old, "/qn")[0] != 0, "an older release over a newer one"
-    record = wine("reg", "query", rf"{MAKER_KEY}\Products", "/s")[1]
-    assert re.findall(r"(\w+) +REG_SZ +(.+)", record) == [("key", "DRAFT-2026-DEMO"), ("version", "2026.2")]
+    records = [re.findall(r"REG_SZ +(.+)", wine("reg", "query", rf"{key}\Products", "/s")[1]) for key in KEYS[:2]]
+    assert records == [["DRAFT-2026-DEMO", "2026.2"], ["DRAFT-2026-DEMO", "2026.1"]]
     files, registry = left(wine)
     assert "    DisplayName    REG_SZ    Example Draft" in registry
     link, = (path for path in files if path.match("Start Menu/Programs/Example Maker/Example Draft.lnk"))
     for text in ("--version 2026.2\0", "\\AppData\\Local\\Programs\\Example Draft\\\0"):
         assert text.encode("utf-16-le") in link.read_bytes(), text
-    assert wine("msiexec", "/x", new, "/qn")[0] == 0
+    assert [wine("msiexec", "/x", path, "/qn")[0] for path in (new, for_all)] == [0, 0]
     assert left(wine) == ([], [])
