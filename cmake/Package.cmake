@@ -1,6 +1,5 @@
 # The package for host developers, product-services-<PRODUCT_FAMILY_ID>-<version>-windows-x64.zip, and with it a NuGet
 # package for those who use Visual Studio, <PRODUCT_FAMILY_ID>.<version>.nupkg.
-include(CMakePackageConfigHelpers)
 find_program(PYTHON3 python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
 
 # What the texts of the package say of the family, and what they say in the sources: by the compiler that reads the
@@ -15,7 +14,7 @@ foreach(family sample product)
         "$<IF:$<STREQUAL:${family},sample>,${sample_family_dir},${PRODUCT_FAMILY_DIR}>")
     set(values "${CMAKE_BINARY_DIR}/${family}_family.values")
     add_custom_command(OUTPUT "${values}"
-        COMMAND ${OBJCOPY} -O binary -j .family $<TARGET_OBJECTS:${family}_family_values> "${values}"
+        COMMAND ${CMAKE_OBJCOPY} -O binary -j .family $<TARGET_OBJECTS:${family}_family_values> "${values}"
         DEPENDS $<TARGET_OBJECTS:${family}_family_values> VERBATIM)
     list(APPEND family_values "${values}")
 endforeach()
@@ -38,21 +37,9 @@ foreach(definition src/product_services:ProductServices guard/product_services_g
 endforeach()
 add_custom_target(msvc_import_library ALL DEPENDS ${msvc_import_libraries})
 
-configure_package_config_file(
-    "${CMAKE_CURRENT_LIST_DIR}/ProductServicesConfig.cmake.in" "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake"
-    INSTALL_DESTINATION lib/cmake/ProductServices)
-write_basic_package_version_file("${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
-    COMPATIBILITY SameMajorVersion)
-
-install(TARGETS ProductServices ProductServicesGuard RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(FILES "$<TARGET_FILE:ProductServices>.debug" "$<TARGET_FILE:ProductServicesGuard>.debug" DESTINATION bin)
 install(FILES ${msvc_import_libraries} DESTINATION lib)
-install(DIRECTORY "${CMAKE_SOURCE_DIR}/include/product_services" DESTINATION include)
-install(FILES
-    "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake" "${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
-    DESTINATION lib/cmake/ProductServices)
 
-install(DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang" DESTINATION .)
 install(FILES ${po_files} "${CMAKE_SOURCE_DIR}/languages/product_services.pot" DESTINATION languages)
 install(PROGRAMS "$<TARGET_FILE:SampleHost>" DESTINATION bin)
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/samples/minimal_hosts" "${CMAKE_SOURCE_DIR}/samples/host"
@@ -61,7 +48,8 @@ install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION s
 # What the sample host finds in the build; the maker's header with its comments stays with the maker.
 install(FILES "${FAMILY_NAMES_DIR}/product_family_names.h" "${CMAKE_CURRENT_LIST_DIR}/package/product_family.h"
     "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)
-install(FILES "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.wxs" DESTINATION samples/installer)
+install(FILES "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.wxs"
+    "${CMAKE_SOURCE_DIR}/samples/installer/sample_host_all_users.wxs" DESTINATION samples/installer)
 install(FILES "${CMAKE_SOURCE_DIR}/tools/product_service.py" "${CMAKE_SOURCE_DIR}/tools/catalogue.json"
     "${CMAKE_SOURCE_DIR}/tools/language_files.py" "${CMAKE_SOURCE_DIR}/tools/language_file_check.py"
     DESTINATION tools)
@@ -70,12 +58,10 @@ install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/README.md" DESTINATION .)
 foreach(document host-guide installers language-files service troubleshooting)
     install(FILES "${CMAKE_SOURCE_DIR}/docs/${document}.md" DESTINATION docs)
 endforeach()
-install(FILES "${CMAKE_SOURCE_DIR}/CHANGELOG.md" "${CMAKE_SOURCE_DIR}/LICENSE" "${CMAKE_SOURCE_DIR}/SECURITY.md"
-    DESTINATION .)
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/build/deps/licenses" DESTINATION .)
 # The last step: all that the package holds is there.
 install(CODE "set(package \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
-    execute_process(COMMAND \"${OBJCOPY}\" --strip-all \"\${package}/bin/SampleHost.exe\" COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND \"${CMAKE_OBJCOPY}\" --strip-all \"\${package}/bin/SampleHost.exe\" COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND \"${PYTHON3}\" -B \"${FAMILY_TEXTS}\" fill \"${FAMILY_PAIRS}\" \"\${package}\"
         COMMAND_ERROR_IS_FATAL ANY)")
 

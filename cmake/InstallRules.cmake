@@ -1,0 +1,23 @@
+# What a package of either build holds.
+include(CMakePackageConfigHelpers)
+
+configure_package_config_file(
+    "${CMAKE_CURRENT_LIST_DIR}/ProductServicesConfig.cmake.in" "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake"
+    INSTALL_DESTINATION lib/cmake/ProductServices)
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
+    COMPATIBILITY SameMajorVersion)
+
+install(TARGETS ProductServices ProductServicesGuard RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+install(DIRECTORY "${CMAKE_SOURCE_DIR}/include/product_services" DESTINATION include)
+install(FILES
+    "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake" "${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
+    DESTINATION lib/cmake/ProductServices)
+install(DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang" DESTINATION .)
+install(FILES "${CMAKE_SOURCE_DIR}/CHANGELOG.md" "${CMAKE_SOURCE_DIR}/LICENSE" "${CMAKE_SOURCE_DIR}/SECURITY.md"
+    DESTINATION .)
+
+if(MSVC)
+    install(FILES $<TARGET_PDB_FILE:ProductServices> $<TARGET_PDB_FILE:ProductServicesGuard> DESTINATION bin)
+    set(CPACK_GENERATOR ZIP)
+    include(CPack)
+endif()
