@@ -54,7 +54,7 @@ def test_another_makers_package_leads_from_its_readme_to_the_first_call(package,
         assert status == 0 and "warning" not in output, output
     texts = {path: path.read_text("utf-8") for path in kit.rglob("*.*") if path.suffix in (".md", ".py", ".json")}
     for path, text in texts.items():
-        assert not re.search(r"127\.0\.0\.1:|Example Draft|DRAFT-|draft20|ExampleMaker", text), path
+        assert not re.search(r"localhost:18443|Example Draft|DRAFT-|draft20|ExampleMaker", text), path
         assert path.suffix != ".md" or path.stem == "CHANGELOG" or "1.0.0" not in text, path
         for to, anchor in re.findall(r"\]\((?!https:)([^)#]*)#?([^)]*)\)", text):
             headings = re.findall("(?m)^#+ (.*)", texts[path.parent / to if to else path]) if anchor else ()

@@ -31,7 +31,7 @@ import tempfile
 import urllib.parse
 
 # The address that the library asks.
-LIBRARY_ASKS = urllib.parse.urlsplit("https://127.0.0.1:18443")
+LIBRARY_ASKS = urllib.parse.urlsplit("https://localhost:18443")
 
 # The values are not escaped, so each reaches to the first "&name=" of the next field.
 QUERY = re.compile("api_key=(.*?)&key=(.*?)&hardware_id=(.*?)&version=(.*?)&up=([01])", re.DOTALL)
