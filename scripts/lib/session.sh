@@ -83,8 +83,13 @@ start_wine_services() {
     || fail "Wine's server did not start; see build/wineserver.log."
 }
 
+# Wine keeps a folder in /tmp for the server of each prefix, named after the prefix's device and inode.
 stop_wine_services() {
   wineserver -k >/dev/null 2>&1 || true
+  [ -d "$WINEPREFIX" ] || return 0
+  local place=/tmp/.wine-$(id -u)
+  rm -rf "$place/server-$(stat -c %D "$WINEPREFIX")-$(printf %x "$(stat -c %i "$WINEPREFIX")")"
+  rmdir "$place" 2>/dev/null || true
 }
 
 # Starts an Xvfb on a free display; sets DISPLAY.
