@@ -83,13 +83,11 @@ start_wine_services() {
     || fail "Wine's server did not start; see build/wineserver.log."
 }
 
-# Wine keeps a folder in /tmp for the server of each prefix, named after the prefix's device and inode.
+# Wine keeps a folder in /tmp for the server of each prefix, whose name is in the prefix.
 stop_wine_services() {
   wineserver -k >/dev/null 2>&1 || true
-  [ -d "$WINEPREFIX" ] || return 0
-  local place=/tmp/.wine-$(id -u)
-  rm -rf "$place/server-$(stat -c %D "$WINEPREFIX")-$(printf %x "$(stat -c %i "$WINEPREFIX")")"
-  rmdir "$place" 2>/dev/null || true
+  local folder; folder=$(cat "$WINEPREFIX/wineserver" 2>/dev/null) || return 0
+  case $folder in wine-*) rm -rf "/tmp/$folder" "$WINEPREFIX/wineserver" ;; esac
 }
 
 # Starts an Xvfb on a free display; sets DISPLAY.
