@@ -111,7 +111,10 @@ static_assert(offsetof(HostContext, reserved4) == 72, "HostContext layout");
 static_assert(sizeof(HostContext) == 80, "HostContext layout");
 
 #ifdef __cplusplus
+#define PRODUCT_SERVICES_THROWS noexcept(false)
 extern "C" {
+#else
+#define PRODUCT_SERVICES_THROWS
 #endif
 
 /**
@@ -131,7 +134,7 @@ extern "C" {
  * (parse error 101, type errors 302 and 305, out of range 406), or a text that is not convertible ("bad
  * conversion"). resultCode and resultText are then as the host set them.
  */
-void CheckForUpdates(HostContext* context);
+void CheckForUpdates(HostContext* context) PRODUCT_SERVICES_THROWS;
 
 /**
  * Shows the upgrade center: the newer products on offer, of which the user may open one's purchase
@@ -145,10 +148,12 @@ void CheckForUpdates(HostContext* context);
  *
  * A null context is ignored. Exceptions leave the call as with CheckForUpdates.
  */
-void Upgrade(HostContext* context);
+void Upgrade(HostContext* context) PRODUCT_SERVICES_THROWS;
 
 #ifdef __cplusplus
 }
 #endif
+
+#undef PRODUCT_SERVICES_THROWS
 
 #endif
