@@ -22,6 +22,8 @@ add_custom_target(sample_host_over_tls ALL DEPENDS "${over_tls_dir}/SampleHost.e
 
 add_executable(crash crash/crash.cpp)
 target_link_libraries(crash PRIVATE compiler_settings)
+add_executable(guard_host guard/guard_host.c)
+target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuard)
 
 # add_python_test(NAME [PROPERTY VALUE...]): runs tests/NAME.py with the folder of the built programs at hand.
 function(add_python_test name)
@@ -36,6 +38,7 @@ add_python_test(test_sample_host RESOURCE_LOCK sample_product)
 add_python_test(test_product_family)
 add_python_test(test_installer RESOURCE_LOCK sample_product)
 add_python_test(test_package RESOURCE_LOCK sample_product)
+add_python_test(test_guard RESOURCE_LOCK sample_product)
 add_python_test(test_product_service)
 add_python_test(test_crash)
 add_python_test(test_library_file)

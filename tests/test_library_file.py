@@ -1,5 +1,6 @@
 """Looks into the built ProductServices.dll: what a host and Windows find there."""
 
+import hashlib
 import re
 import struct
 
@@ -9,6 +10,7 @@ import pytest
 from conftest import REPOSITORY
 
 WINDOWS = "advapi32 bcrypt comctl32 crypt32 gdi32 kernel32 msvcrt ole32 oleaut32 shell32 shlwapi user32 ws2_32".split()
+TEMPLATE = "6fcdb99fa008ebec45a043287260231a5db9ce7082323ae89b22a2cc287827bb"
 
 
 @pytest.fixture(scope="module")
@@ -22,6 +24,8 @@ def test_it_is_a_64_bit_library_for_hardened_processes_with_two_exports(library)
     assert library.OPTIONAL_HEADER.DllCharacteristics & 0x160 == 0x160
     assert [symbol.name for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols] == [b"CheckForUpdates", b"Upgrade"]
     assert {entry.dll.decode().lower()[:-4] for entry in library.DIRECTORY_ENTRY_IMPORT} <= set(WINDOWS)
+    imported = {symbol.name for entry in library.DIRECTORY_ENTRY_IMPORT for symbol in entry.imports}
+    assert b"InitCommonControlsEx" in imported, "it registers the class of its list view itself"
 
 
 def test_its_pictures_are_the_familys(build):
@@ -31,6 +35,20 @@ def test_its_pictures_are_the_familys(build):
     icon = (family / "library.ico").read_bytes()
     for width, size, at in struct.iter_unpack("<B7xII", icon[6:6 + 16 * icon[4]]):
         assert icon[at:at + size] in data, width
+
+
+def test_it_holds_no_path_of_the_machine_that_built_it(build):
+    for name in ("ProductServices", "ProductServicesGuard"):
+        data = (build / f"bin/{name}.dll").read_bytes()
+        assert not [path for path in (bytes(REPOSITORY), b"/tmp/", b"ca-certificates") if path in data], name
+
+
+def test_the_template_of_its_dialog_is_the_one_that_hosts_know(library):
+    dialogs, = (kind for kind in library.DIRECTORY_ENTRY_RESOURCE.entries if kind.id == 5)
+    dialog, = dialogs.directory.entries
+    at = dialog.directory.entries[0].data.struct
+    template = library.get_data(at.OffsetToData, at.Size)
+    assert (dialog.id, hashlib.sha256(template).hexdigest()) == (331, TEMPLATE)
 
 
 def test_its_version_is_the_public_headers(library):

@@ -46,13 +46,6 @@ def test_each_request_has_its_answer_and_its_line(service):
         assert line.startswith(f"POST {path} ") and logged in line
 
 
-def test_options_override_the_answers(service, tmp_path):
-    (tmp_path / "file").write_bytes(b"\xffx\0")
-    for option, answer in (("=offers", ("200", OFFERS)), ("=close", ("", b"")), ("-file=file", ("200", b"\xffx\0"))):
-        running = service(f"--answer{option}", "--check-answer=1 ")
-        assert (ask(running, UPDATES), ask(running, "/check.php")) == (answer, ("200", b"1 "))
-
-
 def test_bad_clients_hold_up_nothing_and_both_signals_end_it_in_order(service):
     for number in (signal.SIGINT, signal.SIGTERM):
         running = service()

@@ -1,21 +1,18 @@
 """Runs the sample host under Wine against the development service: real HTTPS, real windows."""
 
-import concurrent.futures
 import os
 import re
-import socket
 
 import pytest
 
 from conftest import ADDRESS, MAKER_KEY, REPOSITORY, end, run
 
-CHECKED = "POST /get_updates.php  key=DRAFT-2026-DEMO version={} up=1 (update check) -> {}"
+CHECKED = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> {}"
 LISTED = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=0 (upgrade center) -> {}"
 PROBED = 'POST /check.php -> "1"'
 OFFERS = ["upgrade center: Example Draft - Upgrade center", "  offer: Example Draft 2026.2",
           "  offer: Example Model 2026.1", "  offer: Example Layout Studio 2026.1"]
-UP_TO_DATE, NO_INTERNET = ([f'message box "Example Draft": {text}', "outcome: nothing was reported"] for text in (
-    "You are running the latest version", "No internet found!"))
+NO_INTERNET = ['message box "Example Draft": No internet found!', "outcome: nothing was reported"]
 NO_CONNECTION = ["outcome: 940: For upgrade center to appear, you need a stable internet connection!"]
 NO_JSON = ["outcome: the call ended with an error: [json.exception.parse_error.101] parse error at line 1, column 1: "
            "syntax error while parsing value - invalid literal; last read: '<'"]
@@ -23,9 +20,8 @@ NO_JSON = ["outcome: the call ended with an error: [json.exception.parse_error.1
 
 @pytest.fixture(scope="module", autouse=True)
 def records(wine):
-    for version in ("2026.1", "2026.2"):
-        for name, value in (("key", "DRAFT-2026-DEMO"), ("version", version)):
-            wine("reg", "add", rf"{MAKER_KEY}\Products\Example Draft\{version}", "/v", name, "/d", value, "/f")
+    for name, value in (("key", "DRAFT-2026-DEMO"), ("version", "2026.1")):
+        wine("reg", "add", rf"{MAKER_KEY}\Products\Example Draft\2026.1", "/v", name, "/d", value, "/f")
 
 
 @pytest.fixture
@@ -41,12 +37,10 @@ def host(build, wine, tmp_path):
 
 @pytest.mark.parametrize("options, arguments, expected, requests", [
     ("", "check", [f"outcome: 200: a newer release is at https://{ADDRESS}:18443/buy/draft-2026-2"],
-     [CHECKED.format("2026.1", "3 offers")]),
-    ("", "check --version 2026.2", UP_TO_DATE, [CHECKED.format("2026.2", "nothing newer (empty body)")]),
+     [CHECKED.format("3 offers")]),
     ("", "check --language 12x", 2, []),
-    ("--answer refusal", "check", NO_INTERNET, [CHECKED.format("2026.1", "refusal: refused on request")]),
+    ("--answer close", "check", NO_INTERNET, [CHECKED.format("closed without an answer")]),
     ("--answer-file page", "upgrade", NO_JSON, [PROBED, LISTED.format("52 bytes of page")]),
-    ("--answer empty", "upgrade", ["outcome: 920: No upgrades found!"], [PROBED, LISTED.format("empty body")]),
     ("--check-answer 0", "upgrade", NO_CONNECTION, ['POST /check.php -> "0"']),
     ("", "upgrade", [*OFFERS, "  pressing: Exit", "outcome: 540: User chose to quit!"],
      [PROBED, LISTED.format("3 offers")])])
@@ -64,16 +58,6 @@ def test_windows_is_asked_not_to_verify_certificates(host, service):
     service(port=18443)
     trace = "\n".join(host("check", WINEDEBUG="-all,trace+secur32"))
     assert int(re.search(r"\bdwFlags = (\w+)", trace)[1], 16) & 8
-
-
-def test_a_tls_handshake_that_fails(host):
-    with socket.create_server((ADDRESS, 18443)) as server, concurrent.futures.ThreadPoolExecutor() as pool:
-        server.settimeout(20)
-        lines = pool.submit(host, "check")
-        with server.accept()[0] as connection:
-            connection.recv(16384)
-            connection.sendall(b"\x15\x03\x03\x00\x02\x02\x28")  # the fatal alert handshake_failure
-        assert lines.result() == NO_INTERNET
 
 
 def test_buying_hands_the_offers_address_to_the_browser(host, service, tmp_path):

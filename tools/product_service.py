@@ -127,7 +127,7 @@ class RequestHandler(http.server.BaseHTTPRequestHandler):
             query = QUERY.fullmatch(body)
             details = f"  query={printable(body)}" if not query else "  key={1} version={3} up={4} ({5})".format(
                 *map(printable, query.groups()), "update check" if query[5] == "1" else "upgrade center")
-            answer = self.server.fixed_answer or look_up(self.server.catalogue, query)
+            answer = fixed_answer(self.server.options, self.server.catalogue) or look_up(self.server.catalogue, query)
             self.reply(*answer, kind="application/json", details=details)
         else:
             self.reply("404 no such path", b"No such path.\n", 404)
@@ -156,7 +156,7 @@ class ProductServer(socketserver.ThreadingTCPServer):
     def __init__(self, options):
         try:
             self.options, self.catalogue = options, load_catalogue(options.catalogue)
-            self.fixed_answer = fixed_answer(options, self.catalogue)
+            fixed_answer(options, self.catalogue)  # what it cannot answer with is said at once
             super().__init__((options.address, options.port), RequestHandler)
         except (OSError, OverflowError) as error:
             what = getattr(error, "filename", None) or f"{options.address}:{options.port}"
@@ -207,7 +207,7 @@ def parse_options():
     add = parser.add_mutually_exclusive_group().add_argument
     add("--answer", choices=("offers", "refusal", "empty", "close"),
         help="answer every update query so: the catalogue's first offers, a refusal, an empty body, or not at all")
-    add("--answer-file", metavar="FILE", help="answer every update query with the bytes of FILE")
+    add("--answer-file", metavar="FILE", help="answer every update query with the bytes that FILE then has")
     return parser.parse_args()
 
 
