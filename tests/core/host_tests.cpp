@@ -21,8 +21,12 @@ TEST(ReportResult, WritesCodesThatNoCallReportsAndNothingForSuccess)
     HostContext host{L"", L"", L"", 120, nullptr, 77, text, nullptr, nullptr, 0};
     CurrentHostContext = &host;
     const std::tuple<std::uint32_t, std::uint32_t, std::wstring> reports[]{
-        {200, 77, L"untouched"},         {0, 0, L"seventy-seven"}, {400, 400, L"An unknown error occurred."},
-        {503, 503, L"No internet found!"}, {201, 201, L""},        {504, 504, L"Unable to reach server!"},
+        {200, 77, L"untouched"},
+        {0, 0, L"seventy-seven"},
+        {400, 400, L"An unknown error occurred."},
+        {503, 503, L"No internet found!"},
+        {201, 201, L""},
+        {504, 504, L"Unable to reach server!"},
     };
     for (const auto& [code, written, message] : reports) {
         ReportResult(code);

@@ -13,7 +13,8 @@
 
 using namespace product_services;
 
-static std::string Post(CURLcode withResult, const std::vector<std::string>& withPieces, bool withHandle = true)
+static std::string Post(
+    CURLcode withResult, const std::vector<std::string>& withPieces, bool withHandle = true)
 {
     result = withResult;
     pieces = withPieces;
@@ -27,9 +28,17 @@ TEST(Post, SetsFourOptionsAndReleasesInOrder)
     const std::string withZero("la\0t", 4);
     EXPECT_EQ(Post(CURLE_OK, {"first piece, and a long one", withZero}), withZero);
     const std::vector<std::string> expected{
-        "global_init 3", "easy_init", "append first Expect:", "setopt 10002 https://service/\xC3\xA9",
-        "setopt 10015 a=1&b=\xC3\xA9", "setopt 20011 ", "setopt 64 0", "perform", "cleanup",
-        "free null form", "free list"};
+        "global_init 3",
+        "easy_init",
+        "append first Expect:",
+        "setopt 10002 https://service/\xC3\xA9",
+        "setopt 10015 a=1&b=\xC3\xA9",
+        "setopt 20011 ",
+        "setopt 64 0",
+        "perform",
+        "cleanup",
+        "free null form",
+        "free list"};
     EXPECT_EQ(calls, expected);
     EXPECT_EQ(cursorDuringTransfer, LoadCursorW(nullptr, IDC_WAIT));
     EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_WAIT)) << "the wait cursor comes back and stays";

@@ -34,7 +34,11 @@ TEST(LanguageFile, GivesATextALineUntilItsEndOrDamage)
         {L"", "x", {L""}},
         {L"bars|b||c\n|", "", {L"bars\nb\n\nc", L"\n"}},
         {L"carriage return\r\n", "", {L"carriage return\r", L""}},
-        {L"\xFEFF" L"byte-order mark", "", {L"\xFEFF" L"byte-order mark"}},
+        {L"\xFEFF"
+         L"byte-order mark",
+         "",
+         {L"\xFEFF"
+          L"byte-order mark"}},
         {L"pair \xD83D\xDE00", "", {L"pair \xD83D\xDE00"}},
         {L"odd byte\nb", "x", {L"odd byte", L"b"}},
         {L"high half\nb\xD83D\nd", "", {L"high half", L"b"}},
@@ -43,7 +47,8 @@ TEST(LanguageFile, GivesATextALineUntilItsEndOrDamage)
     };
     for (const auto& [characters, oddByte, expected] : files) {
         std::ofstream("x.lang", std::ios::binary)
-            .write(reinterpret_cast<const char*>(characters.data()), static_cast<int>(characters.size() * 2))
+                .write(
+                    reinterpret_cast<const char*>(characters.data()), static_cast<int>(characters.size() * 2))
             << oddByte;
         TextTable table;
         LoadLanguageFile(table, L"x.lang");

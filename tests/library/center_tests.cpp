@@ -20,7 +20,8 @@ const Outcome NoConnection{940, L"For upgrade center to appear, you need a stabl
 std::vector<std::wstring> opened;
 
 HINSTANCE WINAPI NoteOpened(
-    HWND, const wchar_t* verb, const wchar_t* file, const wchar_t* parameters, const wchar_t* folder, int show)
+    HWND, const wchar_t* verb, const wchar_t* file, const wchar_t* parameters, const wchar_t* folder,
+    int show)
 {
     const bool isPlain = !verb && !parameters && !folder && show == SW_SHOWNORMAL;
     opened.emplace_back(isPlain ? file : L"opened otherwise");
@@ -141,7 +142,8 @@ TEST_F(UpgradeCenter, LooksAndIsOperatedAsItsTemplateSays)
         EXPECT_EQ(GetNextDlgTabItem(center, GetDlgItem(center, IDCANCEL), FALSE), List(center));
         RECT row{LVIR_LABEL, 0, 0, 0};
         SendMessageW(List(center), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
-        EXPECT_TRUE(HasColour(List(center), row, GetSysColor(COLOR_WINDOWTEXT))) << "the first row is painted";
+        EXPECT_TRUE(HasColour(List(center), row, GetSysColor(COLOR_WINDOWTEXT)))
+            << "the first row is painted";
     });
 }
 
@@ -175,7 +177,8 @@ TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
     EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
     service.Answer(R"([{"name":"X","version":"2","url":""}])");
     EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
-    EXPECT_EQ(opened, (std::vector<std::wstring>{L"https://shop/second?a=b&c=%20", L"https://shop/first", L""}));
+    EXPECT_EQ(
+        opened, (std::vector<std::wstring>{L"https://shop/second?a=b&c=%20", L"https://shop/first", L""}));
 }
 
 TEST_F(UpgradeCenter, ShowsNoWindowWithoutOffers)
@@ -188,9 +191,12 @@ TEST_F(UpgradeCenter, ShowsNoWindowWithoutOffers)
         {"other status", Reply::Http(R"({"status":7})"), Untouched},
         {"empty list", Reply::Http("[]"), Untouched},
         {"empty object", Reply::Http("{}"), Untouched},
-        {"no JSON", Reply::Http("<html>"), {NothingReported, L"untouched", "[json.exception.parse_error.101]"}},
+        {"no JSON",
+         Reply::Http("<html>"),
+         {NothingReported, L"untouched", "[json.exception.parse_error.101]"}},
         {"status", Reply::Http(R"({"status":"0"})"), {NothingReported, L"untouched", typeError + "number"}},
-        {"second offer", Reply::Http(R"([{"name":"X","version":"2","url":"u"},{"name":"Y"}])"),
+        {"second offer",
+         Reply::Http(R"([{"name":"X","version":"2","url":"u"},{"name":"Y"}])"),
          {NothingReported, L"untouched", typeError + "string"}},
     };
     HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, CountShownDialogs, nullptr, GetCurrentThreadId());
@@ -230,7 +236,7 @@ TEST_F(UpgradeCenter, ProbesBeforeItLooksForTheRecord)
 TEST_F(UpgradeCenter, PaintsThePictureOfTheProductLine)
 {
     const std::pair<const wchar_t*, int> pictures[]{
-        {L"known1a-111111-aaaaaaa", 332}, {L"known2b-222222-bbbbbbb", 333}, {L"known3c-333333-ccccccc", 333},
+        {L"known1a-111111-aaaaaaa", 332}, {L"known2b-222222-bbbbbbb", 333},  {L"known3c-333333-ccccccc", 333},
         {L"known4d-444444-ddddddd", 333}, {L"known5e-555555-eeeeeee", 1077}, {L"known6f-666666-fffffff", 335},
         {L"KNOWN1A-111111-aaaaaaa", 343}, {L"known1a-111111-aaaaaaa ", 343},
     };
@@ -242,7 +248,8 @@ TEST_F(UpgradeCenter, PaintsThePictureOfTheProductLine)
             // At the corners, in the picture, and behind the transparent heading, right of its text.
             for (const POINT at : {POINT{0, 0}, {120, 200}, {60, 300}, {660, 418}, {600, 28}}) {
                 const RECT point{at.x, at.y, at.x + 1, at.y + 1};
-                EXPECT_TRUE(HasColour(center, point, GetPixel(original, at.x, at.y))) << number << " " << at.x;
+                EXPECT_TRUE(HasColour(center, point, GetPixel(original, at.x, at.y)))
+                    << number << " " << at.x;
             }
         });
         DeleteObject(SelectObject(original, former));

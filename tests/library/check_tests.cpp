@@ -73,11 +73,13 @@ Result TypeError(int id, const std::string& text)
 
 TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
 {
-    service.Answer(R"([{"name":"X","version":"2","url":"https://a/\u00fc"},{"name":"Y","version":"3","url":"b"}])");
+    service.Answer(
+        R"([{"name":"X","version":"2","url":"https://a/\u00fc"},{"name":"Y","version":"3","url":"b"}])");
     EXPECT_EQ(Check(), (Outcome{200, L"https://a/\xFC"}));
     const std::string request = LastRequest();
     EXPECT_TRUE(std::regex_match(
-        request, std::regex("POST /get_updates\\.php HTTP/1\\.1\r\nHost: " TESTS_ADDRESS ":18444\r\nAccept: \\*/\\*\r\n"
+        request, std::regex("POST /get_updates\\.php HTTP/1\\.1\r\nHost: " TESTS_ADDRESS
+                            ":18444\r\nAccept: \\*/\\*\r\n"
                             "Content-Length: \\d+\r\nContent-Type: application/x-www-form-urlencoded\r\n\r\n"
                             "api_key=api-key&key=product-key&hardware_id=[0-9a-f]{64}&version=20\\.1&up=1")))
         << request;
@@ -134,7 +136,8 @@ TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
         {"error page", Reply::Http(Offer, "503 Busy"), Offered},
         {"empty error page", Reply::Http("", "500 Internal Server Error"), Latest},
         {"last piece", {{chunks + "5\r\nfirst\r\n", offerChunk, "0\r\n\r\n"}, 50}, Offered},
-        {"piece after the offer", {{chunks + offerChunk, "1\r\n{\r\n", "0\r\n\r\n"}, 50},
+        {"piece after the offer",
+         {{chunks + offerChunk, "1\r\n{\r\n", "0\r\n\r\n"}, 50},
          Error("[json.exception.parse_error.101]")},
         {"closed without a reply", {}, NoInternet},
         {"reset in the reply", {{head + "[{"}, 20, true}, NoInternet},

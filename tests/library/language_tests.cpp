@@ -31,7 +31,8 @@ TEST_P(Language, EveryTextOfTheUpgradeCenterHasRoom)
     ShowUpgrades([](HWND center) {
         EXPECT_NE(automation::WindowText(center), L"Example Draft - Upgrade center") << "no language file";
         // Windows keeps free 4 pixels on either side of a caption, and 6 in a column's head.
-        for (const auto& [textId, id, edges] : {std::tuple{22, IDC_UPGRADE_HEADING, 0}, {12, IDCANCEL, 8}, {38, IDOK, 8}}) {
+        for (const auto& [textId, id, edges] :
+             {std::tuple{22, IDC_UPGRADE_HEADING, 0}, {12, IDCANCEL, 8}, {38, IDOK, 8}}) {
             const HWND control = GetDlgItem(center, id);
             RECT client{};
             GetClientRect(control, &client);
@@ -39,7 +40,9 @@ TEST_P(Language, EveryTextOfTheUpgradeCenterHasRoom)
         }
         const HWND list = GetDlgItem(center, IDC_UPGRADE_OFFERS);
         for (const int column : {0, 1}) {
-            ExpectRoom(23 + column, list, automation::ColumnText(list, column), ListView_GetColumnWidth(list, column) - 12);
+            ExpectRoom(
+                23 + column, list, automation::ColumnText(list, column),
+                ListView_GetColumnWidth(list, column) - 12);
         }
         automation::Press(center, IDCANCEL);
     });

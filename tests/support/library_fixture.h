@@ -87,7 +87,8 @@ protected:
             lines += L"text " + std::to_wstring(id) + L"\n";
         }
         std::ofstream("lang\\PL\\Vemo_PL.lang", std::ios::binary)
-            .write(reinterpret_cast<const char*>(lines.data()), static_cast<std::streamsize>(lines.size() * 2));
+            .write(
+                reinterpret_cast<const char*>(lines.data()), static_cast<std::streamsize>(lines.size() * 2));
         host.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     }
 

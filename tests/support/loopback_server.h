@@ -20,7 +20,9 @@ struct Reply
 
     static Reply Http(const std::string& body, const std::string& status = "200 OK")
     {
-        return {{"HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body}};
+        return {
+            {"HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+             body}};
     }
 };
 
@@ -81,7 +83,8 @@ private:
         std::string request;
         char block[4096];
         // Each request ends with its body, of which the last field is "up" or there is none.
-        for (int count = 1; count > 0 && request.find("&up=") == request.npos && request.find("Length: 0") == request.npos;) {
+        for (int count = 1; count > 0 && request.find("&up=") == request.npos &&
+                            request.find("Length: 0") == request.npos;) {
             count = recv(client, block, sizeof block, 0);
             request.append(block, static_cast<std::size_t>(count > 0 ? count : 0));
         }

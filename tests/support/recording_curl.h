@@ -1,4 +1,5 @@
-// Stands in for libcurl at link time, in the one source that includes this: records the calls and answers as told.
+// Stands in for libcurl at link time, in the one source that includes this: records the calls and answers as
+// told.
 #pragma once
 
 #include <cstdarg>
