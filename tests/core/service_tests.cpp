@@ -1,21 +1,99 @@
-#include "support/recording_curl.h"
-
 #include "platform/machine_identifier.h"
 #include "service/service_client.h"
 #include "service/update_query.h"
 #include "support/product_records.h"
 
+#include <cstdarg>
+#include <curl/curl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#undef curl_easy_setopt
+
 using namespace product_services;
 
-static std::string Post(CURLcode withResult, const std::string& withReply)
+// A stand-in for libcurl at link time, which records the calls and answers as told.
+
+namespace {
+
+// What it answers with.
+bool givesHandle = true;
+std::string reply; ///< Of an even length, since it is passed in elements of two bytes.
+CURLcode result = CURLE_OK;
+
+// What it saw.
+std::vector<std::string> calls;
+HCURSOR cursorDuringTransfer = nullptr;
+
+curl_write_callback writeReply = nullptr;
+int handleObject;
+curl_slist listObject{};
+
+std::string Post(CURLcode withResult, const std::string& withReply)
 {
     result = withResult;
     reply = withReply;
     calls.clear();
     return ServiceClient::Post("a=1&b=\xC3\xA9", L"https://service/\xE9");
+}
+
+} // namespace
+
+CURLcode curl_global_init(long flags)
+{
+    calls.push_back("global_init " + std::to_string(flags));
+    return CURLE_OK;
+}
+
+CURL* curl_easy_init()
+{
+    calls.push_back("easy_init");
+    return givesHandle ? &handleObject : nullptr;
+}
+
+CURLcode curl_easy_setopt(CURL*, CURLoption option, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, option);
+    std::string value;
+    if (option == CURLOPT_WRITEFUNCTION) {
+        writeReply = va_arg(arguments, curl_write_callback);
+    } else {
+        value = option < CURLOPTTYPE_OBJECTPOINT ? std::to_string(va_arg(arguments, long))
+                                                 : va_arg(arguments, const char*);
+    }
+    va_end(arguments);
+    calls.push_back("setopt " + std::to_string(option) + " " + value);
+    return CURLE_OK;
+}
+
+CURLcode curl_easy_perform(CURL*)
+{
+    cursorDuringTransfer = SetCursor(LoadCursorW(nullptr, IDC_ARROW));
+    writeReply(reply.data(), 2, reply.size() / 2, nullptr);
+    calls.push_back("perform");
+    return result;
+}
+
+void curl_easy_cleanup(CURL* handle)
+{
+    calls.push_back(handle == &handleObject ? "cleanup" : "cleanup of something else");
+}
+
+curl_slist* curl_slist_append(curl_slist* list, const char* text)
+{
+    calls.push_back(std::string(list ? "append " : "append first ") + text);
+    return &listObject;
+}
+
+void curl_slist_free_all(curl_slist* list)
+{
+    calls.push_back(list == &listObject ? "free list" : "free something else");
+}
+
+void curl_formfree(curl_httppost* form)
+{
+    calls.push_back(form ? "free form" : "free null form");
 }
 
 TEST(Post, SetsFourOptionsAndReleasesInOrder)

@@ -186,7 +186,6 @@ TEST_F(UpdateCheck, TriesFiveTimesForARecordOfTheFirstCallsProduct)
 TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThereWithNullMembersToo)
 {
     Export("CheckForUpdates")(nullptr);
-    service.Answer(Offer);
     EXPECT_EQ(Check(), Offered);
     records.RemoveAll();
     service.TakeRequests();

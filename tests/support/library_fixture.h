@@ -24,8 +24,6 @@ inline const Outcome BadConversion = Untouched + L", bad conversion";
 inline const Outcome NoJson = Untouched + L", [json.exception.parse_error.101]";
 inline const Outcome MustBe = Untouched + L", [json.exception.type_error.302] type must be ";
 
-inline const std::string Offer = R"([{"name":"X","version":"2","url":"u"}])";
-
 class LibraryTest : public testing::Test
 {
 protected:

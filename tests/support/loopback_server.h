@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+inline const std::string Offer = R"([{"name":"X","version":"2","url":"u"}])";
+
 /// What goes out for a request, head and all: each piece in a send of its own, with a pause after it.
 struct Reply
 {
@@ -88,7 +90,7 @@ private:
     }
 
     Reply m_probe = Reply::Http("1");
-    Reply m_updates;
+    Reply m_updates = Reply::Http(Offer);
     std::vector<std::string> m_requests;
     SOCKET m_listener;
     std::thread m_thread;
