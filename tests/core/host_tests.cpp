@@ -21,9 +21,12 @@ TEST(ReportResult, WritesCodesThatNoCallReportsAndNothingForSuccess)
     HostContext host{L"", L"", L"", 120, nullptr, 77, text, nullptr, nullptr, 0};
     CurrentHostContext = &host;
     const std::tuple<std::uint32_t, std::uint32_t, std::wstring> reports[]{
-        {200, 77, L"untouched"},         {0, 0, L"seventy-seven"}, {400, 400, L"An unknown error occurred."},
-        {503, 503, L"No internet found!"}, {201, 201, L""},        {504, 504, L"Unable to reach server!"},
-    };
+        {200, 77, L"untouched"},
+        {0, 0, L"seventy-seven"},
+        {400, 400, L"An unknown error occurred."},
+        {503, 503, L"No internet found!"},
+        {201, 201, L""},
+        {504, 504, L"Unable to reach server!"}};
     for (const auto& [code, written, message] : reports) {
         ReportResult(code);
         EXPECT_EQ(host.resultCode, written);
@@ -40,13 +43,12 @@ TEST(HostCallScope, BringsTheFormerModuleStateBackAndTouchesNoReservedMember)
     wchar_t reserved[] = L"reserved";
     HostContext host{nullptr, nullptr, nullptr, 0, reserved, 77, nullptr, reserved, reserved, 12345};
     const HostContext before = host;
-    EXPECT_THROW(
-        {
-            HostCallScope call(&host);
-            EXPECT_EQ(AfxGetModuleState(), own);
-            throw std::runtime_error("leaves the call");
-        },
-        std::runtime_error);
+    const auto leaveACall = [&] {
+        HostCallScope call(&host);
+        EXPECT_EQ(AfxGetModuleState(), own);
+        throw std::runtime_error("leaves the call");
+    };
+    EXPECT_THROW(leaveACall(), std::runtime_error);
     EXPECT_EQ(AfxGetModuleState(), ofTheHost);
     EXPECT_EQ(CurrentHostContext, &host) << "stays after the call";
     EXPECT_EQ(std::memcmp(&host, &before, sizeof host), 0);
@@ -63,17 +65,13 @@ TEST(ProductRecord, OfTheUserComesBeforeThatOfTheMachine)
     records.Write(L"Both\\1", L"key", L"machine's", REG_SZ, HKEY_LOCAL_MACHINE);
     EXPECT_EQ(key(L"Both", L"1"), L"machine's");
     records.Write(L"Both\\1\\1", L"key", L"user's");
-    for (const auto& [product, version] :
-         {std::pair{L"", L"1"}, {L"Both", L""}, {L"Both\\1", L"1"}, {L"Both", L"1\\"}}) {
-        EXPECT_EQ(key(product, version), L"no record");
-    }
-    for (const auto& [data, text] : {
-             std::pair{std::wstring(), std::wstring()},
-             {L"user's, unterminated", L"user's, unterminated"},
-             {std::wstring(L"ab\0cd", 5), L"ab"},
-             {std::wstring(20000, L'k'), std::wstring(20000, L'k')},
-         }) {
-        records.Write(L"Both\\1", L"key", data);
+    EXPECT_EQ(key(L"", L"1") + key(L"Both", L""), L"no recordno record");
+    EXPECT_EQ(key(L"Both\\1", L"1") + key(L"Both", L"1\\"), L"no recordno record");
+    const std::wstring tooLongForABuffer(20000, L'k');
+    for (const std::wstring& text : {std::wstring(), std::wstring(L"unterminated"), tooLongForABuffer}) {
+        records.Write(L"Both\\1", L"key", text);
+        EXPECT_EQ(key(L"Both", L"1"), text);
+        records.Write(L"Both\\1", L"key", text + L'\0' + L"after the end");
         EXPECT_EQ(key(L"Both", L"1"), text);
     }
 }

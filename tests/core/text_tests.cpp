@@ -21,30 +21,23 @@ TEST(LanguageCode, OfEveryIdAndOfItsNeighbours)
 
 TEST(LanguageFile, GivesATextALineUntilItsEndOrDamage)
 {
-    std::wstring manyLines;
-    for (int line = 0; line < 5000; ++line) {
-        manyLines += L"line\n";
-    }
-    std::vector<std::wstring> manyTexts(5000, L"line");
-    manyTexts.emplace_back();
+    const std::wstring longLine(20000, L'x');
     // Characters and, where it is not empty, an odd byte after them.
     const std::tuple<std::wstring, const char*, std::vector<std::wstring>> files[]{
         {L"last line feed\n", "", {L"last line feed", L""}},
-        {L"", "", {L""}},
         {L"", "x", {L""}},
         {L"bars|b||c\n|", "", {L"bars\nb\n\nc", L"\n"}},
         {L"carriage return\r\n", "", {L"carriage return\r", L""}},
-        {L"\xFEFF" L"byte-order mark", "", {L"\xFEFF" L"byte-order mark"}},
+        {L"\xFEFF byte-order mark", "", {L"\xFEFF byte-order mark"}},
         {L"pair \xD83D\xDE00", "", {L"pair \xD83D\xDE00"}},
         {L"odd byte\nb", "x", {L"odd byte", L"b"}},
         {L"high half\nb\xD83D\nd", "", {L"high half", L"b"}},
         {L"low half\n\xDE00\nd", "", {L"low half", L""}},
-        {manyLines, "", manyTexts},
+        {longLine + L"\n" + longLine, "", {longLine, longLine}},
     };
     for (const auto& [characters, oddByte, expected] : files) {
-        std::ofstream("x.lang", std::ios::binary)
-            .write(reinterpret_cast<const char*>(characters.data()), static_cast<int>(characters.size() * 2))
-            << oddByte;
+        std::string bytes(reinterpret_cast<const char*>(characters.data()), characters.size() * 2);
+        std::ofstream("x.lang", std::ios::binary) << bytes << oddByte;
         TextTable table;
         LoadLanguageFile(table, L"x.lang");
         std::vector<std::wstring> texts;
@@ -83,7 +76,6 @@ TEST(TextLookup, IsBoundByTheNumberOfEntries)
     for (TextId id : {88, -1, INT_MIN, INT_MAX}) {
         EXPECT_EQ(LookupText(builtIn, id), L"") << id;
     }
-    EXPECT_EQ(builtIn.Count(), 88u);
     EXPECT_EQ(LookupText(builtIn, 87), L"(reserved 87)");
     EXPECT_EQ(LookupText(builtIn, 75), LookupText(builtIn, 77));
 

@@ -1,4 +1,5 @@
-// Feeds any bytes to what reads replies and language files, natively under libFuzzer; scripts/fuzz.sh builds and runs it.
+// Feeds any bytes to what reads replies and language files, natively under libFuzzer; scripts/fuzz.sh builds
+// and runs it.
 #include "service/service_reply.h"
 #include "service/text_conversion.h"
 #include "text/utf16.h"

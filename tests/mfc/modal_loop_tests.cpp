@@ -10,24 +10,21 @@ namespace {
 
 constexpr UINT IDD_EMPTY = 3;
 constexpr UINT WM_STEP = WM_APP;
-constexpr UINT WM_SHOWN = WM_APP + 1;
 
-// A dialog that does what a test asks for.
-class ScriptedDialog : public CDialogEx
+// Is confirmed when it is shown. At WM_STEP it posts another of less steps, and at the last one ends with
+// lParam.
+class SteppingDialog : public CDialogEx
 {
 public:
-    ScriptedDialog() : CDialogEx(IDD_EMPTY) {}
+    explicit SteppingDialog(const std::function<void(HWND)>& start) : CDialogEx(IDD_EMPTY), m_start(start) {}
 
-    std::function<void()> atStart = [] {};                   ///< In OnInitDialog.
-    std::function<void(WPARAM number)> atStep = [](auto) {}; ///< At each WM_STEP.
-    std::function<void()> onceShown = [] {};                 ///< When the loop has shown the window.
     int timesShown = 0;
 
 protected:
     BOOL OnInitDialog() override
     {
         CDialogEx::OnInitDialog();
-        atStart();
+        m_start(m_hWnd);
         return TRUE;
     }
 
@@ -35,67 +32,36 @@ protected:
     {
         if (message == WM_SHOWWINDOW && wParam) {
             ++timesShown;
-            PostMessageW(m_hWnd, WM_SHOWN, 0, 0);
-        } else if (message == WM_SHOWN) {
-            onceShown();
+            PostMessageW(m_hWnd, WM_COMMAND, IDOK, 0);
+        } else if (message == WM_STEP && wParam) {
+            PostMessageW(m_hWnd, WM_STEP, wParam - 1, lParam);
         } else if (message == WM_STEP) {
-            atStep(wParam);
+            EXPECT_FALSE(IsWindowVisible(m_hWnd));
+            lParam ? EndDialog(static_cast<int>(lParam)) : void();
         }
         return CDialogEx::OnWndMsg(message, wParam, lParam, pResult);
     }
+
+private:
+    std::function<void(HWND)> m_start;
 };
 
 } // namespace
 
-TEST(ModalLoop, ShowsTheDialogWhenNoMessageIsLeft)
+TEST(ModalLoop, ShowsADialogWhenNoMessageIsLeftUnlessItHasEnded)
 {
-    ScriptedDialog dialog;
-    std::vector<bool> visibleAtStep;
-    dialog.atStart = [&] { PostMessageW(dialog.m_hWnd, WM_STEP, 3, 0); };
-    dialog.atStep = [&](WPARAM stepsLeft) {
-        visibleAtStep.push_back(IsWindowVisible(dialog.m_hWnd));
-        PostMessageW(dialog.m_hWnd, stepsLeft ? WM_STEP : WM_NULL, stepsLeft - 1, 0);
-    };
-    dialog.onceShown = [&] { dialog.EndDialog(IDOK); };
-    EXPECT_EQ(dialog.DoModal(), IDOK);
-    EXPECT_EQ(visibleAtStep, std::vector<bool>(4, false));
-    EXPECT_EQ(dialog.timesShown, 1);
-}
-
-TEST(ModalLoop, NeverShowsADialogThatEndsBeforeItIsIdle)
-{
-    ScriptedDialog dialog;
-    dialog.atStep = [&](WPARAM result) { dialog.EndDialog(static_cast<int>(result)); };
-    const std::pair<int, std::function<void()>> ends[]{
-        {4, [&] { dialog.EndDialog(4); }},
-        {5, [&] { PostMessageW(dialog.m_hWnd, WM_STEP, 5, 0); }},
-        {6, [&] { std::thread([&] { SendNotifyMessageW(dialog.m_hWnd, WM_STEP, 6, 0); }).join(); }},
-        {-1, [] { PostQuitMessage(42); }},
-    };
-    for (const auto& [result, end] : ends) {
-        dialog.atStart = end;
+    const std::tuple<int, int, std::function<void(HWND)>> cases[]{
+        {IDOK, 1, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, 0); }},
+        {4, 0, [](HWND dialog) { SendMessageW(dialog, WM_STEP, 0, 4); }},
+        {5, 0, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, 5); }},
+        {6, 0, [](HWND dialog) { std::thread(SendNotifyMessageW, dialog, WM_STEP, 0, 6).join(); }},
+        {-1, 0, [](HWND) { PostQuitMessage(42); }}};
+    for (const auto& [result, timesShown, start] : cases) {
+        SteppingDialog dialog(start);
         EXPECT_EQ(dialog.DoModal(), result);
-        EXPECT_EQ(dialog.timesShown, 0) << result;
+        EXPECT_EQ(dialog.timesShown, timesShown) << result;
     }
     MSG message{};
     ASSERT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) << "the host gets it too";
     EXPECT_EQ(message.wParam, 42u);
-}
-
-TEST(ModalLoop, EndsAtASentMessageWhileItWaits)
-{
-    ScriptedDialog dialog;
-    dialog.atStep = [&](WPARAM result) { dialog.EndDialog(static_cast<int>(result)); };
-    // Another message may happen to wake the loop, though hardly each time.
-    for (int result = 1; result <= 5; ++result) {
-        std::thread sender;
-        dialog.onceShown = [&] {
-            sender = std::thread([&] {
-                Sleep(100);
-                SendMessageW(dialog.m_hWnd, WM_STEP, static_cast<WPARAM>(result), 0);
-            });
-        };
-        EXPECT_EQ(dialog.DoModal(), result);
-        sender.join();
-    }
 }

@@ -5,11 +5,12 @@
 
 #include "product_family.h"
 
-#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
+
+inline const std::string Offer = R"([{"name":"X","version":"2","url":"u"}])";
 
 /// What goes out for a request, head and all: each piece in a send of its own, with a pause after it.
 struct Reply
@@ -20,7 +21,8 @@ struct Reply
 
     static Reply Http(const std::string& body, const std::string& status = "200 OK")
     {
-        return {{"HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body}};
+        const std::string length = "Content-Length: " + std::to_string(body.size());
+        return {{"HTTP/1.1 " + status + "\r\n" + length + "\r\n\r\n" + body}};
     }
 };
 
@@ -34,10 +36,8 @@ public:
         m_listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
         const BOOL reuse = TRUE;
         setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
+        sockaddr_in address{AF_INET, htons(18444), {}, {}};
         address.sin_addr.s_addr = inet_addr(TESTS_ADDRESS);
-        address.sin_port = htons(18444);
         if (bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
             std::abort();
         }
@@ -48,7 +48,6 @@ public:
             }
         });
     }
-
     ~LoopbackServer() { Stop(); }
 
     /// Refuses connections from now on.
@@ -58,53 +57,40 @@ public:
         m_thread.joinable() ? m_thread.join() : void();
     }
 
-    void AnswerProbe(Reply reply) { Set(m_probe, std::move(reply)); }
-    void Answer(Reply reply) { Set(m_updates, std::move(reply)); }
+    // No lock: what a call of the library asks for is served before it returns, and nothing in between.
+    void AnswerProbe(Reply reply) { m_probe = std::move(reply); }
+    void Answer(Reply reply) { m_updates = std::move(reply); }
     void Answer(const std::string& body) { Answer(Reply::Http(body)); }
 
-    /// The requests since the last call, whole.
-    std::vector<std::string> TakeRequests()
-    {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_requests, {});
-    }
+    /// The requests since the last call of this, whole.
+    std::vector<std::string> TakeRequests() { return std::exchange(m_requests, {}); }
 
 private:
-    void Set(Reply& reply, Reply value)
-    {
-        const std::lock_guard lock(m_mutex);
-        reply = std::move(value);
-    }
-
     void Serve(SOCKET client)
     {
         std::string request;
         char block[4096];
         // Each request ends with its body, of which the last field is "up" or there is none.
-        for (int count = 1; count > 0 && request.find("&up=") == request.npos && request.find("Length: 0") == request.npos;) {
-            count = recv(client, block, sizeof block, 0);
-            request.append(block, static_cast<std::size_t>(count > 0 ? count : 0));
+        while (request.find("&up=") == request.npos && request.find("Length: 0") == request.npos) {
+            const int count = recv(client, block, sizeof block, 0);
+            if (count <= 0) {
+                break;
+            }
+            request.append(block, static_cast<std::size_t>(count));
         }
-        Reply reply;
-        {
-            const std::lock_guard lock(m_mutex);
-            m_requests.push_back(request);
-            reply = request.find("/check.php") == request.npos ? m_updates : m_probe;
-        }
+        m_requests.push_back(request);
+        const Reply reply = request.find("/check.php") == request.npos ? m_updates : m_probe;
         for (const std::string& piece : reply.pieces) {
             send(client, piece.data(), static_cast<int>(piece.size()), 0);
             Sleep(reply.pauseMs);
         }
-        const linger atOnce{1, 0};
-        if (reply.resets) {
-            setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&atOnce), sizeof atOnce);
-        }
+        const linger end{reply.resets, 0};
+        setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&end), sizeof end);
         closesocket(client);
     }
 
-    std::mutex m_mutex;
     Reply m_probe = Reply::Http("1");
-    Reply m_updates;
+    Reply m_updates = Reply::Http(Offer);
     std::vector<std::string> m_requests;
     SOCKET m_listener;
     std::thread m_thread;
