@@ -71,8 +71,8 @@ void Check()
 // The guard stands beside the DLL that it calls.
 void GuardedCheck()
 {
-    static const auto check =
-        Find<std::uint32_t(GuardedCall*)>(LoadLibraryW(L"guarded\\ProductServicesGuard.dll"), "GuardedCheckForUpdates");
+    static const auto check = Find<std::uint32_t(GuardedCall*)>(
+        LoadLibraryW(L"guarded\\ProductServicesGuard.dll"), "GuardedCheckForUpdates");
     GuardedCall call{};
     call.size = sizeof call;
     call.productName = context.productName;

@@ -55,8 +55,8 @@ INT_PTR CALLBACK CDialog::DialogProc(HWND dialog, UINT message, WPARAM, LPARAM l
     return reinterpret_cast<CDialog*>(lParam)->InitDialog(dialog);
 }
 
-// A dialog that its template and its own initialisation leave in the corner comes up centred; one that has ended
-// already leaves the focus where it is.
+// A dialog that its template and its own initialisation leave in the corner comes up centred; one that has
+// ended already leaves the focus where it is.
 INT_PTR CDialog::InitDialog(HWND dialog)
 {
     SubclassWindow(dialog);

@@ -110,8 +110,8 @@ static_assert(offsetof(HostContext, reserved3) == 64, "HostContext layout");
 static_assert(offsetof(HostContext, reserved4) == 72, "HostContext layout");
 static_assert(sizeof(HostContext) == 80, "HostContext layout");
 
-/* Exceptions leave the calls. Without saying so, a compiler may take C functions for such as never throw, as Visual
- * Studio does by default (/EHsc), and drop the handlers around them. */
+/* Exceptions leave the calls. Without saying so, a compiler may take C functions for such as never throw, as
+ * Visual Studio does by default (/EHsc), and drop the handlers around them. */
 #ifdef __cplusplus
 #define PRODUCT_SERVICES_THROWS noexcept(false)
 extern "C" {
@@ -132,9 +132,9 @@ extern "C" {
  * A null context is ignored: there is nowhere to report to.
  *
  * C++ exceptions leave the call, and a host should catch them (std::exception&, where host and library
- * come from the same compiler; other hosts use guarded_calls.h): an answer that is not JSON or has another shape than the service's
- * (parse error 101, type errors 302 and 305, out of range 406), or a text that is not convertible ("bad
- * conversion"). resultCode and resultText are then as the host set them.
+ * come from the same compiler; other hosts use guarded_calls.h): an answer that is not JSON or has another
+ * shape than the service's (parse error 101, type errors 302 and 305, out of range 406), or a text that is
+ * not convertible ("bad conversion"). resultCode and resultText are then as the host set them.
  */
 void CheckForUpdates(HostContext* context) PRODUCT_SERVICES_THROWS;
 

@@ -28,7 +28,8 @@ std::optional<std::int32_t> ReadStatus(const ServiceReply& reply)
 
 UpgradeOffer ReadOffer(ServiceReply& reply, std::size_t index)
 {
-    // Deliberate: the inserting operators, so that what is missing is null and raises type error 302 as a text.
+    // Deliberate: the inserting operators, so that what is missing is null and raises type error 302 as a
+    // text.
     ServiceReply& element = reply[index];
     UpgradeOffer offer;
     offer.name = ReadText(element, "name");

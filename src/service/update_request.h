@@ -25,8 +25,8 @@ struct UpdateAnswer
     std::string text;
 };
 
-/// Asks the service what is newer than the installed product: builds the query of kind `up`, posts it, and reads
-/// what kind of answer came. Throws the JSON library's errors on an answer that is malformed.
+/// Asks the service what is newer than the installed product: builds the query of kind `up`, posts it, and
+/// reads what kind of answer came. Throws the JSON library's errors on an answer that is malformed.
 UpdateAnswer RequestUpdates(const ProductRecord& record, const std::wstring& apiKey, const std::wstring& up);
 
 /// Gives the document of an answer with offers to `read`. False where a parse error ended that.

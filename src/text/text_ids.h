@@ -2,8 +2,8 @@
 
 #include "text/text_table.h"
 
-// Translators read the comments: `tools/language_files.py template` takes them into languages/product_services.pot,
-// but for texts that are "Not shown".
+// Translators read the comments: `tools/language_files.py template` takes them into
+// languages/product_services.pot, but for texts that are "Not shown".
 namespace product_services::text_ids {
 
 /// Upgrade center: the button that leaves it.

@@ -9,8 +9,8 @@
 namespace product_services {
 namespace {
 
-// Destroyed when the library is unloaded. The system guards its making: what the compiler brings for a local static
-// outlives the library.
+// Destroyed when the library is unloaded. The system guards its making: what the compiler brings for a local
+// static outlives the library.
 std::optional<TextTable> processTable;
 INIT_ONCE tableOnce = INIT_ONCE_STATIC_INIT;
 
@@ -46,7 +46,8 @@ TextTable& GetTextTable(std::wstring languageCode)
 
 std::wstring LookupText(TextTable& table, TextId id)
 {
-    // Deliberate: the bound is the number of entries, not the largest id; a negative id is a large number here.
+    // Deliberate: the bound is the number of entries, not the largest id; a negative id is a large number
+    // here.
     const std::uint64_t index = static_cast<std::uint32_t>(id);
     if (index >= table.m_texts.size()) {
         return {};
