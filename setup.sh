@@ -63,9 +63,9 @@ fetch_curl_source() {
 
 # Schannel for TLS, HTTP alone, no thread for resolving names, and no path of this machine in the library.
 readonly curl_options=(
-  -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_C_COMPILER=$triplet-gcc-posix -DCMAKE_RC_COMPILER=$triplet-windres
+  -DCMAKE_SYSTEM_NAME=Windows "-DCMAKE_C_COMPILER=$triplet-gcc-posix" "-DCMAKE_RC_COMPILER=$triplet-windres"
   -DCMAKE_BUILD_TYPE=MinSizeRel
-  -DCMAKE_FIND_ROOT_PATH=/usr/$triplet -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY
+  "-DCMAKE_FIND_ROOT_PATH=/usr/$triplet" -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY
   -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY
   -DCURL_USE_SCHANNEL=ON -DHTTP_ONLY=ON -DENABLE_THREADED_RESOLVER=OFF
   -DCURL_CA_BUNDLE=none -DCURL_CA_PATH=none
@@ -76,9 +76,9 @@ readonly curl_flags="-ffunction-sections -fdata-sections -fstack-protector-stron
 
 # Built with these very options, or built anew.
 build_curl() {
-  local options="${curl_options[*]} $curl_flags"
-  [ "$(cat "$deps/$triplet/options.txt" 2>/dev/null)" = "$options" ] && return 0
-  rm -rf "$deps"/curl.?????? "$deps/$triplet"
+  local all_options="${curl_options[*]} $curl_flags"
+  [ "$(cat "$deps/$triplet/options.txt" 2>/dev/null)" = "$all_options" ] && return 0
+  rm -rf "$deps"/curl.?????? "${deps:?}/$triplet"
   local work; work=$(mktemp -d "$deps/curl.XXXXXX")
   say "Fetching libcurl's source"
   attend fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
@@ -89,7 +89,7 @@ build_curl() {
     && attend cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
     || fail "libcurl could not be built; see $deps/curl.log."
   cp "$work"/curl-*/COPYING "$work/install/COPYING.curl"
-  echo "$options" >"$work/install/options.txt"
+  echo "$all_options" >"$work/install/options.txt"
   mv "$work/install" "$deps/$triplet"
   rm -rf "$work"
 }

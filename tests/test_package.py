@@ -12,8 +12,8 @@ import pytest
 
 from conftest import ADDRESS, OUTPUT, REPOSITORY, end, run
 
-FILES = set("""LICENSE SECURITY.md docs/host-guide.md lang/ZH/Vemo_ZH.lang languages/de.po
-tools/product_service.py tools/catalogue.json tools/language_files.py tools/language_file_check.py languages/product_services.pot
+FILES = set("""LICENSE SECURITY.md docs/host-guide.md lang/ZH/Vemo_ZH.lang languages/de.po languages/product_services.pot
+tools/product_service.py tools/catalogue.json tools/language_files.py tools/language_file_check.py bin/SampleHost.exe
 licenses/curl.txt licenses/gcc-runtime.txt licenses/mingw-w64.txt licenses/nlohmann-json.txt""".split())
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
@@ -42,7 +42,8 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
     targets = (tmp_path / "build/native/ExampleMaker.ProductServices.targets").read_text("utf-8")
     named = {os.path.normpath("build/native/" + name.replace("\\", "/").replace("**/*", "DE/Vemo_DE"))
              for name in re.findall(r'\$\(MSBuildThisFileDirectory\)([^;"<]+\.\w+)', targets)}
-    assert len(named) == 5 and named | {"LICENSE", "readme.md", "icon.png", "[Content_Types].xml", "_rels/.rels"} < files
+    assert len(named) == 5
+    assert named | {"LICENSE", "readme.md", "icon.png", "[Content_Types].xml", "_rels/.rels"} < files
     for name in ("ProductServices", "ProductServicesGuard"):
         library = pefile.PE(tmp_path / f"runtimes/win-x64/native/{name}.dll")
         symbols = run("x86_64-w64-mingw32-nm", tmp_path / f"build/native/lib/{name}.lib")[1]

@@ -37,7 +37,7 @@ end_left_processes() {
 
 # In the foreground's process group, where sudo may ask for a password.
 run_setup() {
-  ./setup.sh "$@" 9>&- &
+  ./setup.sh 9>&- &
   setup_pid=$!
   wait "$setup_pid" || exit 1
   setup_pid=
