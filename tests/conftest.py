@@ -52,8 +52,9 @@ def service(tmp_path):
     (tmp_path / "catalogue.json").write_text(catalogue(), "utf-8")
 
     def start(*options, port=0):
-        command = (sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--address", ADDRESS, "--port", str(port))
-        services.append(subprocess.Popen([*command, "--catalogue", "catalogue.json", *options], cwd=tmp_path, **OUTPUT))
+        command = [sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--catalogue", "catalogue.json",
+                   "--address", ADDRESS, "--port", str(port), *options]
+        services.append(subprocess.Popen(command, cwd=tmp_path, **OUTPUT))
         ready = services[-1].stdout.readline()
         services[-1].port = int(re.match(r"Product service ready at https://[0-9.]+:(\d+) ", ready)[1])
         return services[-1]

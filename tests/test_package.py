@@ -12,8 +12,9 @@ import pytest
 
 from conftest import ADDRESS, OUTPUT, REPOSITORY, end, run
 
-FILES = set("""LICENSE SECURITY.md docs/host-guide.md lang/ZH/Vemo_ZH.lang languages/de.po languages/product_services.pot
-tools/product_service.py tools/catalogue.json tools/language_files.py tools/language_file_check.py bin/SampleHost.exe
+FILES = set("""LICENSE SECURITY.md docs/host-guide.md bin/SampleHost.exe lang/ZH/Vemo_ZH.lang
+languages/de.po languages/product_services.pot tools/language_files.py tools/language_file_check.py
+tools/product_service.py tools/catalogue.json
 licenses/curl.txt licenses/gcc-runtime.txt licenses/mingw-w64.txt licenses/nlohmann-json.txt""".split())
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
