@@ -20,7 +20,7 @@ TEST(ReportResult, WritesCodesThatNoCallReportsAndNothingForSuccess)
     wchar_t text[512] = L"untouched";
     HostContext host{L"", L"", L"", 120, nullptr, 77, text, nullptr, nullptr, 0};
     CurrentHostContext = &host;
-    const std::tuple<std::uint32_t, std::uint32_t, std::wstring> reports[]{
+    const std::tuple<std::uint32_t, std::uint32_t, const wchar_t*> reports[]{
         {200, 77, L"untouched"},
         {0, 0, L"seventy-seven"},
         {400, 400, L"An unknown error occurred."},
@@ -30,7 +30,7 @@ TEST(ReportResult, WritesCodesThatNoCallReportsAndNothingForSuccess)
     for (const auto& [code, written, message] : reports) {
         ReportResult(code);
         EXPECT_EQ(host.resultCode, written);
-        EXPECT_EQ(text, message);
+        EXPECT_STREQ(text, message);
     }
 }
 

@@ -9,9 +9,11 @@
 #include <automation.h>
 
 #include <atomic>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <regex>
 
 /// What a call leaves behind: "CODE TEXT", and "EXCEPTION" after a comma where one leaves it.
 using Outcome = std::wstring;
@@ -57,11 +59,16 @@ protected:
         return outcome;
     }
 
+    /// Whether this pattern is in the requests since the last call of this.
+    bool IsAsked(const char* pattern)
+    {
+        return std::regex_search(service.TakeRequests(), std::regex(pattern));
+    }
+
     /// Makes the language of `host` one whose text of each id is "text <id>".
     void InstallLanguage()
     {
-        CreateDirectoryW(L"lang", nullptr);
-        CreateDirectoryW(L"lang\\PL", nullptr);
+        std::filesystem::create_directories("lang/PL");
         std::ofstream file("lang\\PL\\Vemo_PL.lang", std::ios::binary);
         for (int id = 0; id < 88; ++id) {
             const std::wstring line = L"text " + std::to_wstring(id) + L"\n";

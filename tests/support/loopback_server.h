@@ -62,8 +62,8 @@ public:
     void Answer(Reply reply) { m_updates = std::move(reply); }
     void Answer(const std::string& body) { Answer(Reply::Http(body)); }
 
-    /// The requests since the last call of this, whole.
-    std::vector<std::string> TakeRequests() { return std::exchange(m_requests, {}); }
+    /// The requests since the last call of this, one after the other.
+    std::string TakeRequests() { return std::exchange(m_requests, {}); }
 
 private:
     void Serve(SOCKET client)
@@ -78,7 +78,7 @@ private:
             }
             request.append(block, static_cast<std::size_t>(count));
         }
-        m_requests.push_back(request);
+        m_requests += request;
         const Reply reply = request.find("/check.php") == request.npos ? m_updates : m_probe;
         for (const std::string& piece : reply.pieces) {
             send(client, piece.data(), static_cast<int>(piece.size()), 0);
@@ -91,7 +91,7 @@ private:
 
     Reply m_probe = Reply::Http("1");
     Reply m_updates = Reply::Http(Offer);
-    std::vector<std::string> m_requests;
+    std::string m_requests;
     SOCKET m_listener;
     std::thread m_thread;
 };

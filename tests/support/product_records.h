@@ -26,11 +26,6 @@ struct ProductRecords
         RegSetKeyValueW(root, Path(product).c_str(), name, type, data.data(), size);
     }
 
-    static void Remove(const std::wstring& product, const wchar_t* name)
-    {
-        RegDeleteKeyValueW(HKEY_CURRENT_USER, Path(product).c_str(), name);
-    }
-
     static void RemoveAll()
     {
         RegDeleteTreeW(HKEY_CURRENT_USER, product_family::RecordRegistryPath);
