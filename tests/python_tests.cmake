@@ -16,8 +16,8 @@ add_product_services_library(ProductServicesOverTls ProductServices "${over_tls_
 set_target_properties(ProductServicesOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${over_tls_dir}")
 add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
     COMMAND ${CMAKE_COMMAND} -E copy_directory "${lang_dir}" "${over_tls_dir}/lang"
-    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:SampleHost> "${over_tls_dir}"
-    DEPENDS SampleHost "${languages_stamp}")
+    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:SampleHost> $<TARGET_FILE:ProductServicesGuard> "${over_tls_dir}"
+    DEPENDS SampleHost ProductServicesGuard "${languages_stamp}")
 add_custom_target(sample_host_over_tls ALL DEPENDS "${over_tls_dir}/SampleHost.exe")
 
 add_executable(crash crash/crash.cpp)

@@ -3,7 +3,6 @@
 #     cmake -S samples/host -B sample_host
 #     cmake --build sample_host
 #
-# It makes the bare calls and catches their exceptions: mingw-w64's g++ (posix threads) builds it.
 cmake_minimum_required(VERSION 3.16)
 project(SampleHost LANGUAGES CXX RC)
 
@@ -16,9 +15,10 @@ add_executable(SampleHost main.cpp main_window.cpp product_call.cpp user_languag
 set_target_properties(SampleHost PROPERTIES CXX_STANDARD 20 CXX_STANDARD_REQUIRED ON)
 target_include_directories(SampleHost PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}" "${automation}")
 target_compile_definitions(SampleHost PRIVATE UNICODE _UNICODE _WIN32_WINNT=0x0A00)
-target_link_libraries(SampleHost PRIVATE ProductServices::ProductServices user32)
+target_link_libraries(SampleHost PRIVATE ProductServices::Guard user32)
 target_link_options(SampleHost PRIVATE -static -municode)
 
 add_custom_command(TARGET SampleHost POST_BUILD
     COMMAND ${CMAKE_COMMAND} -E copy_if_different
-        $<TARGET_FILE:ProductServices::ProductServices> $<TARGET_FILE_DIR:SampleHost>)
+        $<TARGET_FILE:ProductServices::ProductServices> $<TARGET_FILE:ProductServices::Guard>
+        $<TARGET_FILE_DIR:SampleHost>)

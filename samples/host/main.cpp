@@ -34,7 +34,7 @@ struct Options
 {
     /// Null opens the window.
     ProductCall call = nullptr;
-    HostContext product{};
+    product_services::Product product;
     bool isUnattended = false;
     UnattendedUser user;
 };
@@ -49,9 +49,9 @@ bool ReadNumber(const wchar_t* text, int& number)
 bool ReadOption(Options& options, std::wstring_view name, const wchar_t* value)
 {
     if (name == L"--product") {
-        options.product.productName = value;
+        options.product.name = value;
     } else if (name == L"--version") {
-        options.product.productVersion = value;
+        options.product.version = value;
     } else if (name == L"--api-key") {
         options.product.apiKey = value;
     } else if (name == L"--language") {
@@ -69,16 +69,16 @@ bool ReadOption(Options& options, std::wstring_view name, const wchar_t* value)
 std::optional<Options> ReadOptions(int argc, wchar_t** argv)
 {
     Options options;
-    options.product.productName = DefaultProduct;
-    options.product.productVersion = L"2026.1";
+    options.product.name = DefaultProduct;
+    options.product.version = L"2026.1";
     options.product.apiKey = product_family::KnownApiKeys[0];
     options.product.languageId = UserLanguageId();
     for (int i = 1; i < argc; ++i) {
         const std::wstring_view name = argv[i];
         if (i == 1 && name == L"check") {
-            options.call = CheckForUpdates;
+            options.call = product_services::CheckForUpdates;
         } else if (i == 1 && name == L"upgrade") {
-            options.call = Upgrade;
+            options.call = product_services::Upgrade;
         } else if (name == L"--unattended") {
             options.isUnattended = true;
         } else if (++i == argc || !ReadOption(options, name, argv[i])) {
@@ -91,7 +91,7 @@ std::optional<Options> ReadOptions(int argc, wchar_t** argv)
 void RunCommand(Options& options)
 {
     std::wstring outcome;
-    const auto call = [&] { outcome = CallAndDescribe(options.call, options.product); };
+    const auto call = [&] { outcome = Describe(options.call(options.product)); };
     if (options.isUnattended) {
         WithUnattendedUser(options.user, call);
     } else {

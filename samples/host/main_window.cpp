@@ -5,20 +5,22 @@
 
 #include <windows.h>
 
+using product_services::Product;
+
 namespace {
 
 void CallLibrary(HWND window, ProductCall call)
 {
-    auto& product = *reinterpret_cast<HostContext*>(GetWindowLongPtrW(window, DWLP_USER));
+    const auto& product = *reinterpret_cast<Product*>(GetWindowLongPtrW(window, DWLP_USER));
     // The library's windows have no owner: the host itself keeps its user from a second call.
     EnableWindow(window, FALSE);
-    const std::wstring outcome = CallAndDescribe(call, product);
+    const product_services::CallResult result = call(product);
     EnableWindow(window, TRUE);
     // The browser is to stay in front.
-    if (product.resultCode != PRODUCT_SERVICES_BROWSER_OPENED) {
+    if (!result.report || result.report->code != PRODUCT_SERVICES_BROWSER_OPENED) {
         SetForegroundWindow(window);
     }
-    SetDlgItemTextW(window, IDC_OUTCOME, (L"Outcome: " + outcome).c_str());
+    SetDlgItemTextW(window, IDC_OUTCOME, (L"Outcome: " + Describe(result)).c_str());
 }
 
 void SetIcon(HWND window, WPARAM kind, int size)
@@ -28,11 +30,10 @@ void SetIcon(HWND window, WPARAM kind, int size)
     SendMessageW(window, WM_SETICON, kind, reinterpret_cast<LPARAM>(icon));
 }
 
-void InitialiseWindow(HWND window, const HostContext& product)
+void InitialiseWindow(HWND window, const Product& product)
 {
     SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(&product));
-    const std::wstring name = product.productName;
-    SetWindowTextW(window, (name + L" " + product.productVersion + L" \x2013 sample host").c_str());
+    SetWindowTextW(window, (product.name + L" " + product.version + L" \x2013 sample host").c_str());
     SetIcon(window, ICON_BIG, GetSystemMetrics(SM_CXICON));
     SetIcon(window, ICON_SMALL, GetSystemMetrics(SM_CXSMICON));
 }
@@ -42,13 +43,13 @@ INT_PTR CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
 {
     switch (message) {
     case WM_INITDIALOG:
-        InitialiseWindow(window, *reinterpret_cast<const HostContext*>(lParam));
+        InitialiseWindow(window, *reinterpret_cast<const Product*>(lParam));
         return TRUE;
     case WM_COMMAND:
         if (LOWORD(wParam) == IDM_CHECK) {
-            CallLibrary(window, CheckForUpdates);
+            CallLibrary(window, product_services::CheckForUpdates);
         } else if (LOWORD(wParam) == IDM_UPGRADE) {
-            CallLibrary(window, Upgrade);
+            CallLibrary(window, product_services::Upgrade);
         }
         return TRUE;
     case WM_CLOSE:
@@ -70,7 +71,7 @@ void CloseOwnConsole()
 
 } // namespace
 
-void RunMainWindow(HostContext& product)
+void RunMainWindow(Product& product)
 {
     CloseOwnConsole();
     DialogBoxParamW(

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <product_services/product_services.h>
+#include <product_services/product_services.hpp>
 
 /// Opens the sample host's window and returns when the user has closed it.
-void RunMainWindow(HostContext& product);
+void RunMainWindow(product_services::Product& product);

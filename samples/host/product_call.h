@@ -1,11 +1,11 @@
 #pragma once
 
-#include <product_services/product_services.h>
+#include <product_services/product_services.hpp>
 
 #include <string>
 
 /// CheckForUpdates or Upgrade.
-using ProductCall = void (*)(HostContext*);
+using ProductCall = product_services::CallResult (*)(const product_services::Product&);
 
-/// Calls the library for the product that `context` names and says in plain words what came back.
-std::wstring CallAndDescribe(ProductCall call, HostContext& context);
+/// Says in plain words what came of a call.
+std::wstring Describe(const product_services::CallResult& result);
