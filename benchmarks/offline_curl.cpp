@@ -23,7 +23,7 @@ __declspec(dllexport) double lastArrival = 0;
 
 CURLcode curl_easy_setopt(CURL*, CURLoption option, ...)
 {
-    std::va_list arguments;
+    std::va_list arguments{};
     va_start(arguments, option);
     if (option == CURLOPT_URL) {
         const std::string address = va_arg(arguments, const char*);

@@ -24,7 +24,8 @@ run_clang_tidy() {
   local status=0 command=(clang-tidy --quiet --extra-arg=--target=x86_64-w64-windows-gnu)
   mapfile -t -O "${#command[@]}" command < <(cxx_headers)
   printf '%s\0' "${units[@]}" | xargs -0 -P 2 -n 2 "${command[@]}" -p "$tree" || status=1
-  "${command[@]}" samples/minimal_hosts/host.c* -- -Iinclude || status=1
+  "${command[@]}" samples/minimal_hosts/host.c -- -Iinclude || status=1
+  "${command[@]}" samples/minimal_hosts/host.cpp -- -std=c++17 -Iinclude || status=1
   "${command[@]}" tests/fuzz/*.cpp -- -std=c++20 -Isrc -isystem build/deps/json || status=1
   return "$status"
 }

@@ -100,7 +100,7 @@ BOOL CWnd::OnCommand(WPARAM wParam, LPARAM lParam)
 
 BOOL CWnd::OnNotify(WPARAM, LPARAM lParam, LRESULT* pResult)
 {
-    NMHDR* header = reinterpret_cast<NMHDR*>(lParam);
+    auto* header = reinterpret_cast<NMHDR*>(lParam);
     return RouteMessage(WM_NOTIFY, header->code, static_cast<UINT>(header->idFrom), {header, pResult});
 }
 

@@ -102,7 +102,8 @@ std::wstring ColumnText(HWND list, int column)
     heading.pszText = text.data();
     heading.cchTextMax = static_cast<int>(text.size());
     SendMessageW(list, LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&heading));
-    return text.c_str();
+    text.resize(text.find(L'\0'));
+    return text;
 }
 
 void SelectRow(HWND list, int row)
