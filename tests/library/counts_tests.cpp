@@ -1,12 +1,10 @@
 #include "support/library_fixture.h"
 #include "support/resource_counts.h"
 
-namespace {
-
 using Counts = LibraryTest;
 
 // Runs `work` until it has settled, then `times` more: what the process holds does not grow.
-void ExpectLevel(int times, const std::function<void()>& work)
+static void ExpectLevel(int times, const std::function<void()>& work)
 {
     auto before = CountResources();
     for (int i = -50; i < times; ++i) {
@@ -20,14 +18,11 @@ void ExpectLevel(int times, const std::function<void()>& work)
     }
 }
 
-} // namespace
-
 TEST_F(Counts, SeeALeak)
 {
     auto before = CountResources();
     CreateBitmap(8, 8, 1, 32, nullptr);
     CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    CreateWindowW(L"STATIC", L"", WS_POPUP, 0, 0, 8, 8, nullptr, nullptr, nullptr, nullptr);
     TlsAlloc();
     const std::vector<char> memory(8 << 20, 'x');
     for (const auto& [name, count] : CountResources()) {
@@ -56,12 +51,7 @@ TEST_F(Counts, StayLevelOverTwoHundredLoadsOfTheLibrary)
 
 TEST_F(Counts, StayLevelOverTwoThousandChecksAndTwoHundredUpgradeCenters)
 {
-    ExpectLevel(2000, [&] {
-        ASSERT_EQ(Check(), L"200 u");
-        service.TakeRequests();
-    });
-    ExpectLevel(200, [&] {
-        ASSERT_EQ(ShowUpgrades([](HWND center) { automation::Press(center, IDCANCEL); }), Quit);
-        service.TakeRequests();
-    });
+    const User leave = [](HWND center) { automation::Press(center, IDCANCEL); };
+    ExpectLevel(2000, [&] { ASSERT_TRUE(Check() == L"200 u" && IsAsked("POST")); });
+    ExpectLevel(200, [&] { ASSERT_TRUE(ShowUpgrades(leave) == Quit && IsAsked("POST")); });
 }

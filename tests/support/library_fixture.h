@@ -69,11 +69,12 @@ protected:
     void InstallLanguage()
     {
         std::filesystem::create_directories("lang/PL");
-        std::ofstream file("lang\\PL\\Vemo_PL.lang", std::ios::binary);
+        std::wstring lines;
         for (int id = 0; id < 88; ++id) {
-            const std::wstring line = L"text " + std::to_wstring(id) + L"\n";
-            file << std::string(reinterpret_cast<const char*>(line.data()), line.size() * sizeof(wchar_t));
+            lines += L"text " + std::to_wstring(id) + L"\n";
         }
+        std::ofstream("lang\\PL\\Vemo_PL.lang", std::ios::binary)
+            .write(reinterpret_cast<const char*>(lines.data()), lines.size() * 2);
         host.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     }
 
@@ -86,11 +87,10 @@ protected:
 private:
     Outcome Call(const char* name)
     {
-        constexpr std::uint32_t NothingReported = 0xFFFFFFFF;
         HostContext context = host; // each call has a record of its own
         std::wstring text(64 * 1024, L'#');
         text.replace(0, 10, L"untouched", 10);
-        context.resultCode = NothingReported;
+        context.resultCode = 0xFFFFFFFF;
         context.resultText = wantsText ? text.data() : nullptr;
         std::string exception;
         try {
@@ -100,9 +100,8 @@ private:
             exception = std::string(", ") + error.what();
             exception.resize(std::min(exception.find(" parse error at"), exception.size()));
         }
-        const bool isReported = context.resultCode != NothingReported;
-        return (isReported ? std::to_wstring(context.resultCode) : L"-") + L" " + text.c_str() +
-               Outcome(exception.begin(), exception.end());
+        const auto code = context.resultCode == 0xFFFFFFFF ? L"-" : std::to_wstring(context.resultCode);
+        return code + L" " + text.c_str() + Outcome(exception.begin(), exception.end());
     }
 
     // A dialog that nobody expects, or that stays open, is a failure and ends in seconds.
@@ -113,8 +112,7 @@ private:
             for (HWND dialog : automation::VisibleDialogs(thread)) {
                 const bool isExpected = ++dialogs == 1 && user;
                 isExpected ? user(dialog) : void();
-                if (!automation::WaitFor(
-                        [&] { return !IsWindow(dialog) || isDone; }, isExpected ? 5000 : 0)) {
+                if (!automation::WaitFor([&] { return !IsWindow(dialog); }, isExpected ? 5000 : 0)) {
                     ADD_FAILURE() << "a dialog that is not expected or stays open";
                     PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
                     PostThreadMessageW(thread, WM_QUIT, 0, 0);

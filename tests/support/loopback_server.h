@@ -5,6 +5,8 @@
 
 #include "product_family.h"
 
+#include <gtest/gtest.h>
+#include <regex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -21,8 +23,8 @@ struct Reply
 
     static Reply Http(const std::string& body, const std::string& status = "200 OK")
     {
-        const std::string length = "Content-Length: " + std::to_string(body.size());
-        return {{"HTTP/1.1 " + status + "\r\n" + length + "\r\n\r\n" + body}};
+        const std::string size = std::to_string(body.size());
+        return {{"HTTP/1.1 " + status + "\r\nContent-Length: " + size + "\r\n\r\n" + body}};
     }
 };
 
@@ -38,9 +40,7 @@ public:
         setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
         sockaddr_in address{AF_INET, htons(18444), {}, {}};
         address.sin_addr.s_addr = inet_addr(TESTS_ADDRESS);
-        if (bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-            std::abort();
-        }
+        EXPECT_EQ(bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         listen(m_listener, 16);
         m_thread = std::thread([this] {
             for (SOCKET client; (client = accept(m_listener, nullptr, nullptr)) != INVALID_SOCKET;) {
@@ -71,11 +71,9 @@ private:
         std::string request;
         char block[4096];
         // Each request ends with its body, of which the last field is "up" or there is none.
-        while (request.find("&up=") == request.npos && request.find("Length: 0") == request.npos) {
-            const int count = recv(client, block, sizeof block, 0);
-            if (count <= 0) {
-                break;
-            }
+        const std::regex end("&up=|Length: 0");
+        for (int count;
+             !std::regex_search(request, end) && (count = recv(client, block, sizeof block, 0)) > 0;) {
             request.append(block, static_cast<std::size_t>(count));
         }
         m_requests += request;
@@ -84,8 +82,8 @@ private:
             send(client, piece.data(), static_cast<int>(piece.size()), 0);
             Sleep(reply.pauseMs);
         }
-        const linger end{reply.resets, 0};
-        setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&end), sizeof end);
+        const linger close{reply.resets, 0};
+        setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&close), sizeof close);
         closesocket(client);
     }
 
