@@ -23,6 +23,7 @@ TEST_F(Counts, SeeALeak)
     auto before = CountResources();
     CreateBitmap(8, 8, 1, 32, nullptr);
     CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    CreateWindowW(L"STATIC", L"", WS_POPUP, 0, 0, 8, 8, nullptr, nullptr, nullptr, nullptr);
     TlsAlloc();
     const std::vector<char> memory(8 << 20, 'x');
     for (const auto& [name, count] : CountResources()) {

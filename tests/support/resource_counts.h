@@ -9,6 +9,9 @@ extern "C" NTSYSAPI const void* NTAPI RtlGetCurrentPeb();
 
 inline std::ptrdiff_t CountGdiObjects()
 {
+    if (const DWORD known = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)) {
+        return static_cast<std::ptrdiff_t>(known);
+    }
     constexpr std::size_t TableOffset = 0xF8, Entries = 0x10000, EntrySize = 24, TypeOffset = 14;
     const char* table = static_cast<const char* const*>(RtlGetCurrentPeb())[TableOffset / sizeof(void*)];
     std::ptrdiff_t count = 0;
@@ -18,9 +21,23 @@ inline std::ptrdiff_t CountGdiObjects()
     return count;
 }
 
-// The lowest free one: Wine gives that out first.
-inline std::ptrdiff_t FreeKernelHandle()
+inline std::ptrdiff_t CountWindows()
 {
+    std::ptrdiff_t count = 0;
+    const auto countOne = [](HWND, LPARAM to) -> BOOL {
+        return ++*reinterpret_cast<std::ptrdiff_t*>(to) > 0;
+    };
+    EnumThreadWindows(GetCurrentThreadId(), countOne, reinterpret_cast<LPARAM>(&count));
+    return count;
+}
+
+// Or the lowest free one, which Wine gives out first.
+inline std::ptrdiff_t CountKernelHandles()
+{
+    DWORD known = 0;
+    if (GetProcessHandleCount(GetCurrentProcess(), &known) && known != 0) {
+        return static_cast<std::ptrdiff_t>(known);
+    }
     HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     CloseHandle(event);
     return reinterpret_cast<std::ptrdiff_t>(event) / 4;
@@ -47,7 +64,8 @@ inline std::map<std::string, std::ptrdiff_t> CountResources()
 {
     return {
         {"GDI objects", CountGdiObjects()},
-        {"kernel handles", FreeKernelHandle()},
+        {"windows", CountWindows()},
+        {"kernel handles", CountKernelHandles()},
         {"TLS indexes", FreeTlsIndex()},
         {"private bytes", CountPrivateBytes()}};
 }
