@@ -1,6 +1,5 @@
 """What the tests share: the folder of the build, programs under Wine, and the development service."""
 
-import functools
 import os
 import pathlib
 import re
@@ -22,14 +21,9 @@ def run(*command, **options):
     return ended.returncode, ended.stdout
 
 
-def catalogue():
-    """The sample catalogue, its addresses at the tests' own."""
-    return re.sub("https://[^:/]+", f"https://{ADDRESS}", (REPOSITORY / "tools/catalogue.json").read_text("utf-8"))
-
-
-def end(service, number=signal.SIGINT):
+def end(service):
     """The rest of what a service logged, once it has ended in order."""
-    service.send_signal(number)
+    service.send_signal(signal.SIGINT)
     log = service.communicate(timeout=20)[0].splitlines()
     assert service.returncode == 0, log
     return log
@@ -43,13 +37,14 @@ def build():
 @pytest.fixture(scope="session")
 def wine():
     """Runs a Windows program as run() does."""
-    return functools.partial(run, REPOSITORY / "scripts/run_wine.sh")
+    return lambda *command, **options: run(REPOSITORY / "scripts/run_wine.sh", *command, **options)
 
 
 @pytest.fixture
 def service(tmp_path):
-    services = []
-    (tmp_path / "catalogue.json").write_text(catalogue(), "utf-8")
+    """Starts development services, whose offers have the tests' own address."""
+    services, offers = [], (REPOSITORY / "tools/catalogue.json").read_text("utf-8")
+    (tmp_path / "catalogue.json").write_text(re.sub("https://[^:/]+", f"https://{ADDRESS}", offers), "utf-8")
 
     def start(*options, port=0):
         command = [sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--catalogue", "catalogue.json",

@@ -46,8 +46,6 @@ def test_a_product_is_installed_used_upgraded_and_leaves_nothing_behind(installe
     assert wine("msiexec", "/i", old, "/qn")[0] != 0, "an older release over a newer one"
     records = [re.findall(r"REG_SZ +(.+)", wine("reg", "query", rf"{key}\Products", "/s")[1]) for key in KEYS[:2]]
     assert records == [["DRAFT-2026-DEMO", "2026.2"], ["DRAFT-2026-DEMO", "2026.1"]]
-    files, registry = left(wine)
-    assert "    DisplayName    REG_SZ    Example Draft" in registry
-    assert [path for path in files if path.match("Start Menu/Programs/Example Maker/Example Draft.lnk")]
+    assert [path for path in left(wine)[0] if path.match("Start Menu/Programs/Example Maker/Example Draft.lnk")]
     assert [wine("msiexec", "/x", path, "/qn")[0] for path in (new, for_all)] == [0, 0]
     assert left(wine) == ([], [])

@@ -43,6 +43,9 @@ void Answer(HWND dialog, const UnattendedUser& user)
 
 void WithUnattendedUser(const UnattendedUser& user, const std::function<void()>& work)
 {
+    // Windows' part of a process is made on first use: here, before the library is loaded meanwhile. Under
+    // Wine each could wait for the other.
+    automation::VisibleDialogs(GetCurrentThreadId());
     std::atomic<bool> isDone = false;
     std::thread thread([&, threadId = GetCurrentThreadId()] {
         std::set<HWND> answered;

@@ -51,6 +51,7 @@ protected:
     /// Calls the export on this thread while another gives the dialog that comes up to `user`.
     Outcome ShowUpgrades(const User& user = {})
     {
+        automation::VisibleDialogs(GetCurrentThreadId()); // makes ready what both threads would make at once
         std::atomic<bool> isDone = false;
         std::thread watcher([&, thread = GetCurrentThreadId()] { Watch(thread, user, isDone); });
         const Outcome outcome = Call("Upgrade");
