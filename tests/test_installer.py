@@ -43,7 +43,6 @@ def test_a_product_is_installed_used_upgraded_and_leaves_nothing_behind(installe
     german = wine(folder / "SampleHost.exe", "upgrade", "--language", "140", "--unattended", cwd=folder)[1]
     assert german.endswith("outcome: 540: Der Benutzer hat abgebrochen!\n")
     assert wine("msiexec", "/i", new, "/qn")[0] == 0
-    assert wine("msiexec", "/i", old, "/qn")[0] != 0, "an older release over a newer one"
     records = [re.findall(r"REG_SZ +(.+)", wine("reg", "query", rf"{key}\Products", "/s")[1]) for key in KEYS[:2]]
     assert records == [["DRAFT-2026-DEMO", "2026.2"], ["DRAFT-2026-DEMO", "2026.1"]]
     assert [path for path in left(wine)[0] if path.match("Start Menu/Programs/Example Maker/Example Draft.lnk")]

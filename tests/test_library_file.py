@@ -52,4 +52,3 @@ def test_its_version_is_the_public_headers(library):
     fixed = library.VS_FIXEDFILEINFO[0]
     numbers = (fixed.FileVersionMS >> 16, fixed.FileVersionMS & 65535, fixed.FileVersionLS >> 16)
     assert ".".join(map(str, numbers)) == ".".join(version)
-    assert library.FileInfo[0][0].StringTable[0].entries[b"FileVersion"].decode() == ".".join(version)

@@ -43,7 +43,7 @@ std::string Post(CURLcode withResult, const std::string& withReply)
 
 CURLcode curl_easy_setopt(CURL*, CURLoption option, ...)
 {
-    std::va_list arguments;
+    std::va_list arguments{};
     va_start(arguments, option);
     std::string value;
     if (option == CURLOPT_WRITEFUNCTION) {

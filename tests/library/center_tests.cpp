@@ -135,10 +135,11 @@ TEST_F(UpgradeCenter, HasRoomForItsTextsInEveryLanguage)
 
 TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
 {
-    const std::pair<UINT, int> ways[]{{WM_KEYDOWN, VK_ESCAPE}, {WM_SYSCOMMAND, SC_CLOSE}, {WM_COMMAND, 16}};
-    for (const auto& [message, what] : ways) {
-        const User leave = [&](HWND center) { PostMessageW(center, message, what, 0); };
-        EXPECT_EQ(ShowUpgrades(leave), Quit) << message;
+    const std::pair<UINT, WPARAM> ways[]{
+        {WM_KEYDOWN, VK_ESCAPE}, {WM_SYSCOMMAND, SC_CLOSE}, {WM_COMMAND, 16}};
+    for (const auto& way : ways) {
+        const User leave = [&](HWND center) { PostMessageW(center, way.first, way.second, 0); };
+        EXPECT_EQ(ShowUpgrades(leave), Quit) << way.first;
     }
 }
 

@@ -125,7 +125,7 @@ TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)
     host.apiKey = nullptr;
     EXPECT_EQ(Check(), Untouched);
     host.apiKey = L"api-key";
-    for (const DWORD type : {REG_SZ, REG_DWORD, REG_EXPAND_SZ}) {
+    for (const DWORD type : {DWORD{REG_SZ}, DWORD{REG_DWORD}, DWORD{REG_EXPAND_SZ}}) {
         records.Write(L"Product\\1.0", L"key", type == REG_SZ ? L"" : L"ab", type);
         EXPECT_EQ(Check(), Untouched) << type;
     }

@@ -54,7 +54,7 @@ protected:
         automation::VisibleDialogs(GetCurrentThreadId()); // makes ready what both threads would make at once
         std::atomic<bool> isDone = false;
         std::thread watcher([&, thread = GetCurrentThreadId()] { Watch(thread, user, isDone); });
-        const Outcome outcome = Call("Upgrade");
+        Outcome outcome = Call("Upgrade");
         isDone = true;
         watcher.join();
         return outcome;
@@ -75,7 +75,8 @@ protected:
             lines += L"text " + std::to_wstring(id) + L"\n";
         }
         std::ofstream("lang\\PL\\Vemo_PL.lang", std::ios::binary)
-            .write(reinterpret_cast<const char*>(lines.data()), lines.size() * 2);
+            .write(
+                reinterpret_cast<const char*>(lines.data()), static_cast<std::streamsize>(lines.size() * 2));
         host.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     }
 
@@ -102,7 +103,7 @@ private:
             exception.resize(std::min(exception.find(" parse error at"), exception.size()));
         }
         const auto code = context.resultCode == 0xFFFFFFFF ? L"-" : std::to_wstring(context.resultCode);
-        return code + L" " + text.c_str() + Outcome(exception.begin(), exception.end());
+        return code + L" " + &text[0] + Outcome(exception.begin(), exception.end());
     }
 
     // A dialog that nobody expects, or that stays open, is a failure and ends in seconds.

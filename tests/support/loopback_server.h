@@ -43,7 +43,7 @@ public:
         EXPECT_EQ(bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         listen(m_listener, 16);
         m_thread = std::thread([this] {
-            for (SOCKET client; (client = accept(m_listener, nullptr, nullptr)) != INVALID_SOCKET;) {
+            for (SOCKET client = 0; (client = accept(m_listener, nullptr, nullptr)) != INVALID_SOCKET;) {
                 Serve(client);
             }
         });
@@ -72,7 +72,7 @@ private:
         char block[4096];
         // Each request ends with its body, of which the last field is "up" or there is none.
         const std::regex end("&up=|Length: 0");
-        for (int count;
+        for (int count = 0;
              !std::regex_search(request, end) && (count = recv(client, block, sizeof block, 0)) > 0;) {
             request.append(block, static_cast<std::size_t>(count));
         }
