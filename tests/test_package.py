@@ -71,14 +71,14 @@ def test_another_makers_package_leads_from_its_readme_to_the_first_call(package,
         namespace product_family {{ constexpr auto ServiceBaseAddress = L"https://" L"{ADDRESS}:18443";
         constexpr wchar_t RecordRegistryPath[] = L"Software\\\\Example Maker\\\\Products";
         constexpr std::array KnownApiKeys{{L"a;b", L"2", L"3", L"4", L"5", L"6"}}; }}""", "utf-8")
-    fill, cross = f"{sys.executable} -B {REPOSITORY}/cmake/family_texts.py", "x86_64-w64-mingw32-"
+    fill, cross = f"{sys.executable} -B '{REPOSITORY}/cmake/family_texts.py'", "x86_64-w64-mingw32-"
     (tmp_path / "readme.cpp").write_text(re.search(r"(?s)```cpp\n(.*?)```", (REPOSITORY / "README.md").read_text())[1])
-    for command in (f"{cross}g++-posix -fsyntax-only -I{package}/include readme.cpp",
-                    f"{cross}g++-posix -std=c++20 -I. -c {REPOSITORY}/cmake/family_values.cpp",
+    for command in (f"{cross}g++-posix -fsyntax-only -I'{package}/include' readme.cpp",
+                    f"{cross}g++-posix -std=c++20 -I. -c '{REPOSITORY}/cmake/family_values.cpp'",
                     f"{cross}objcopy -O binary -j .family family_values.o theirs",
-                    f"{fill} pairs pairs.json {build}/sample_family.values theirs 'Mü & Co' Mue.Kit 'Möbel 3'",
+                    f"{fill} pairs pairs.json '{build}/sample_family.values' theirs 'Mü & Co' Mue.Kit 'Möbel 3'",
                     f"{fill} fill pairs.json '{kit}'", f"cmake -G Ninja -S '{kit}/samples/minimal_hosts' -B '{kit}'"
-                    f" -DCMAKE_TOOLCHAIN_FILE={REPOSITORY}/cmake/mingw-w64.cmake", f"cmake --build '{kit}'"):
+                    f" '-DCMAKE_TOOLCHAIN_FILE={REPOSITORY}/cmake/mingw-w64.cmake'", f"cmake --build '{kit}'"):
         status, output = run(*shlex.split(command), cwd=tmp_path)
         assert status == 0 and "warning" not in output, output
     texts = {path: path.read_text("utf-8") for path in kit.rglob("*.*") if path.suffix in (".md", ".py", ".json")}
