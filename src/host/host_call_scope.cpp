@@ -17,18 +17,17 @@ std::optional<ProductRecord> processRecord;
 
 } // namespace
 
-HostCallScope::HostCallScope(HostContext* context) : m_record(BeginCall(context)) {}
-
-ProductRecord& HostCallScope::BeginCall(HostContext* context)
+HostCallScope::HostCallScope(HostContext* context) : m_moduleState(AfxGetStaticModuleState())
 {
     CurrentHostContext = context;
-    CurrentTextTable = &GetTextTable(LanguageCodeFromId(context->languageId));
-    return SelectProductRecord(HostText(context->productName), HostText(context->productVersion));
+    const std::wstring languageCode = LanguageCodeFromId(context->languageId);
+    CurrentTextTable = &GetTextTable(languageCode);
+    m_record = &SelectProductRecord(HostText(context->productName), HostText(context->productVersion));
 }
 
 bool HostCallScope::RequireRecord()
 {
-    if (LoadProductRecord(m_record)) {
+    if (LoadProductRecord(*m_record)) {
         return true;
     }
     ReportResult(PRODUCT_SERVICES_NO_PRODUCT_RECORD);

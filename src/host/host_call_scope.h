@@ -23,13 +23,11 @@ public:
     /// Reads the stored record anew. Where it is absent, reports 950 after 750 ms and returns false.
     bool RequireRecord();
 
-    const ProductRecord& Record() const { return m_record; }
+    const ProductRecord& Record() const { return *m_record; }
 
 private:
-    static ProductRecord& BeginCall(HostContext* context);
-
-    AFX_MAINTAIN_STATE2 m_moduleState{AfxGetStaticModuleState()};
-    ProductRecord& m_record;
+    AFX_MAINTAIN_STATE2 m_moduleState;
+    ProductRecord* m_record;
 };
 
 /// The record of this process. The first call chooses its product; later calls get the same record, whatever

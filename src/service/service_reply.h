@@ -1,5 +1,7 @@
 #pragma once
 
+#include "service/upgrade_offer.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
@@ -16,14 +18,6 @@ namespace product_services {
 /// Reading it throws the JSON library's own errors: parse error 101 for what is not JSON, type errors 302
 /// and 305 for what has another shape.
 using ServiceReply = nlohmann::json;
-
-/// One product on offer.
-struct UpgradeOffer
-{
-    std::wstring name;
-    std::wstring version;
-    std::wstring url;
-};
 
 ServiceReply ParseServiceReply(const std::string& text);
 

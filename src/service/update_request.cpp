@@ -3,9 +3,8 @@
 #include "platform/product_record.h"
 #include "service/endpoints.h"
 #include "service/service_client.h"
+#include "service/service_reply.h"
 #include "service/update_query.h"
-
-#include <utility>
 
 namespace product_services {
 namespace {
@@ -22,30 +21,38 @@ UpdateAnswer::Kind KindOf(const std::string& replyText)
     return *status == 0 ? UpdateAnswer::Kind::Refusal : UpdateAnswer::Kind::OtherStatus;
 }
 
-} // namespace
-
-UpdateAnswer RequestUpdates(const ProductRecord& record, const std::wstring& apiKey, const std::wstring& up)
-{
-    const std::wstring productKey = record.Read(L"key");
-    if (productKey.empty() || apiKey.empty()) {
-        return {UpdateAnswer::Kind::NotAsked, {}};
-    }
-    const std::string query = BuildUpdateQuery(apiKey, productKey, record.Read(L"version"), up);
-    std::string text = ServiceClient::Post(query, endpoints::GetUpdates);
-    const UpdateAnswer::Kind kind = KindOf(text);
-    return {kind, std::move(text)};
-}
-
-bool ReadOffers(const UpdateAnswer& answer, const std::function<void(ServiceReply&)>& read)
+void ReadOffers(UpdateAnswer& answer, const std::string& replyText, UpdateQuery query)
 {
     try {
         // Deliberate: a second parse of the same text, guarded though the first one has succeeded.
-        ServiceReply reply = ParseServiceReply(answer.text);
-        read(reply);
-        return true;
+        ServiceReply reply = ParseServiceReply(replyText);
+        // Deliberate: the check reads the first offer of an empty list too, which is an error.
+        const std::size_t count = query == UpdateQuery::Check ? 1 : reply.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            answer.offers.push_back(ReadOffer(reply, i));
+        }
     } catch (const ServiceReply::parse_error&) {
-        return false;
+        answer.isCutShort = true;
     }
+}
+
+} // namespace
+
+UpdateAnswer RequestUpdates(const ProductRecord& record, const std::wstring& apiKey, UpdateQuery query)
+{
+    UpdateAnswer answer;
+    const std::wstring productKey = record.Read(L"key");
+    if (productKey.empty() || apiKey.empty()) {
+        return answer;
+    }
+    const std::wstring up = query == UpdateQuery::Check ? L"1" : L"0";
+    const std::string body = BuildUpdateQuery(apiKey, productKey, record.Read(L"version"), up);
+    const std::string replyText = ServiceClient::Post(body, endpoints::GetUpdates);
+    answer.kind = KindOf(replyText);
+    if (answer.kind == UpdateAnswer::Kind::Offers) {
+        ReadOffers(answer, replyText, query);
+    }
+    return answer;
 }
 
 } // namespace product_services

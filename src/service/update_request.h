@@ -1,13 +1,20 @@
 #pragma once
 
-#include "service/service_reply.h"
+#include "service/upgrade_offer.h"
 
-#include <functional>
 #include <string>
+#include <vector>
 
 namespace product_services {
 
 class ProductRecord;
+
+/// Who asks.
+enum class UpdateQuery
+{
+    Check, ///< Whether there is a newer release: the first offer is read, and no other.
+    Center ///< What is on offer: every offer is read.
+};
 
 /// What came of an update query.
 struct UpdateAnswer
@@ -18,18 +25,17 @@ struct UpdateAnswer
         Empty,       ///< No answer at all.
         Refusal,     ///< A status of 0; every failed transfer too.
         OtherStatus, ///< Neither a refusal nor an offer.
-        Offers       ///< No status: to be read with `ReadOffers`.
+        Offers       ///< No status.
     };
 
-    Kind kind;
-    std::string text;
+    Kind kind = Kind::NotAsked;
+    std::vector<UpgradeOffer> offers; ///< In the order of the answer.
+    bool isCutShort = false;          ///< A parse error ended the reading of the offers.
 };
 
-/// Asks the service what is newer than the installed product: builds the query of kind `up`, posts it, and
-/// reads what kind of answer came. Throws the JSON library's errors on an answer that is malformed.
-UpdateAnswer RequestUpdates(const ProductRecord& record, const std::wstring& apiKey, const std::wstring& up);
-
-/// Gives the document of an answer with offers to `read`. False where a parse error ended that.
-bool ReadOffers(const UpdateAnswer& answer, const std::function<void(ServiceReply&)>& read);
+/// Asks the service what is newer than the installed product, and reads the answer. Throws the JSON library's
+/// errors on an answer that is malformed, to the check an empty list, too; throws std::range_error("bad
+/// conversion") on a character outside the basic plane.
+UpdateAnswer RequestUpdates(const ProductRecord& record, const std::wstring& apiKey, UpdateQuery query);
 
 } // namespace product_services

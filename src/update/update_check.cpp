@@ -17,12 +17,6 @@ void ShowMessage(TextId id)
         MB_OK | MB_ICONERROR);
 }
 
-void ReportFirstOffer(ServiceReply& reply)
-{
-    const UpgradeOffer offer = ReadOffer(reply, 0);
-    WriteResult(PRODUCT_SERVICES_SUCCESS, offer.url);
-}
-
 } // namespace
 
 void RunUpdateCheck(HostCallScope& call)
@@ -30,7 +24,8 @@ void RunUpdateCheck(HostCallScope& call)
     if (!call.RequireRecord()) {
         return;
     }
-    const auto answer = RequestUpdates(call.Record(), HostText(CurrentHostContext->apiKey), L"1");
+    const UpdateAnswer answer =
+        RequestUpdates(call.Record(), HostText(CurrentHostContext->apiKey), UpdateQuery::Check);
     switch (answer.kind) {
     case UpdateAnswer::Kind::Empty:
         ShowMessage(text_ids::LatestVersion);
@@ -39,7 +34,9 @@ void RunUpdateCheck(HostCallScope& call)
         ShowMessage(text_ids::NoInternet);
         break;
     case UpdateAnswer::Kind::Offers:
-        ReadOffers(answer, ReportFirstOffer);
+        if (!answer.offers.empty()) {
+            WriteResult(PRODUCT_SERVICES_SUCCESS, answer.offers.front().url);
+        }
         break;
     case UpdateAnswer::Kind::NotAsked:
     case UpdateAnswer::Kind::OtherStatus:

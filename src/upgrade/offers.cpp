@@ -4,29 +4,13 @@
 #include "host/report_result.h"
 #include "service/update_request.h"
 
+#include <utility>
+
 namespace product_services {
-namespace {
-
-std::vector<UpgradeOffer> ReadEveryOffer(const UpdateAnswer& answer)
-{
-    std::vector<UpgradeOffer> offers;
-    const auto readAll = [&](ServiceReply& reply) {
-        const std::size_t count = reply.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            offers.push_back(ReadOffer(reply, i));
-        }
-    };
-    if (!ReadOffers(answer, readAll)) {
-        ReportResult(PRODUCT_SERVICES_SERVER_UNREACHABLE);
-    }
-    return offers;
-}
-
-} // namespace
 
 std::vector<UpgradeOffer> FetchOffers(const ProductRecord& record)
 {
-    const auto answer = RequestUpdates(record, HostText(CurrentHostContext->apiKey), L"0");
+    UpdateAnswer answer = RequestUpdates(record, HostText(CurrentHostContext->apiKey), UpdateQuery::Center);
     switch (answer.kind) {
     case UpdateAnswer::Kind::Empty:
         ReportResult(PRODUCT_SERVICES_NO_UPGRADES);
@@ -35,12 +19,15 @@ std::vector<UpgradeOffer> FetchOffers(const ProductRecord& record)
         ReportResult(PRODUCT_SERVICES_NO_CONNECTION);
         break;
     case UpdateAnswer::Kind::Offers:
-        return ReadEveryOffer(answer);
+        if (answer.isCutShort) {
+            ReportResult(PRODUCT_SERVICES_SERVER_UNREACHABLE);
+        }
+        break;
     case UpdateAnswer::Kind::NotAsked:
     case UpdateAnswer::Kind::OtherStatus:
         break;
     }
-    return {};
+    return std::move(answer.offers);
 }
 
 } // namespace product_services

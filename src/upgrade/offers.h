@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/service_reply.h"
+#include "service/upgrade_offer.h"
 
 #include <vector>
 

@@ -5,7 +5,7 @@
 #include <afxcmn.h>
 #include <afxdialogex.h>
 
-#include "service/service_reply.h"
+#include "service/upgrade_offer.h"
 
 #include <string>
 #include <vector>
