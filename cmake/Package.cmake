@@ -49,7 +49,9 @@ install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION s
 install(FILES "${FAMILY_NAMES_DIR}/product_family_names.h" "${CMAKE_CURRENT_LIST_DIR}/package/product_family.h"
     "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)
 install(FILES "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.wxs"
-    "${CMAKE_SOURCE_DIR}/samples/installer/sample_host_all_users.wxs" DESTINATION samples/installer)
+    "${CMAKE_SOURCE_DIR}/samples/installer/sample_host_all_users.wxs"
+    "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.iss" "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.nsi"
+    DESTINATION samples/installer)
 install(FILES "${CMAKE_SOURCE_DIR}/tools/product_service.py" "${CMAKE_SOURCE_DIR}/tools/catalogue.json"
     "${CMAKE_SOURCE_DIR}/tools/language_files.py" "${CMAKE_SOURCE_DIR}/tools/language_file_check.py"
     DESTINATION tools)

@@ -30,7 +30,7 @@ def in_json(text):
 
 
 ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), in_c), ".json": in_json, ".wxs": xml.sax.saxutils.escape,
-           **dict.fromkeys((".md", ".py", ".po", ".pot", ".txt"), str)}
+           **dict.fromkeys((".md", ".py", ".po", ".pot", ".txt", ".iss", ".nsi"), str)}
 
 
 def texts_of(values, names):

@@ -1,0 +1,48 @@
+; A whole installer for one user, for NSIS 3.08. Tried under Wine as a 64-bit installer (Target amd64-unicode in
+; Debian's NSIS).
+;
+; For all users (untried): RequestExecutionLevel admin; InstallDir "$PROGRAMFILES64\Example Draft"; HKLM instead of
+; HKCU; SetShellVarContext all first in both sections; and after the files
+; ExecWait '"$SYSDIR\icacls.exe" "$INSTDIR\lang" /grant *S-1-5-32-545:(OI)(IO)M'
+
+; The package's folders, with the host's program in bin.
+!cd "../.."
+Name "Example Draft"
+OutFile "example-draft-setup.exe"
+RequestExecutionLevel user
+InstallDir "$LOCALAPPDATA\Programs\Example Draft"
+Page instfiles
+UninstPage instfiles
+!define PRODUCTS "Software\Example Maker\Products"
+!define UNINSTALL "Software\Microsoft\Windows\CurrentVersion\Uninstall\Example Draft"
+
+Section
+  SetRegView 64         ; for HKLM, from a 32-bit installer
+  SetOutPath "$INSTDIR" ; becomes the working directory of the shortcut
+  File "bin\SampleHost.exe" "bin\ProductServices.dll" "bin\ProductServicesGuard.dll"
+  File /r "lang" "licenses"
+  File "/oname=licenses\product-services.txt" "LICENSE"
+  WriteRegStr HKCU "${PRODUCTS}\Example Draft\2026.1" "key" "DRAFT-2026-DEMO"
+  WriteRegStr HKCU "${PRODUCTS}\Example Draft\2026.1" "version" "2026.1"
+  CreateShortcut "$SMPROGRAMS\Example Draft.lnk" "$INSTDIR\SampleHost.exe" "--version 2026.1"
+  WriteUninstaller "$INSTDIR\Uninstall.exe"
+  WriteRegStr HKCU "${UNINSTALL}" "DisplayName" "Example Draft"
+  WriteRegStr HKCU "${UNINSTALL}" "UninstallString" '"$INSTDIR\Uninstall.exe"'
+SectionEnd
+
+Section Uninstall
+  SetRegView 64
+  DeleteRegKey HKCU "${UNINSTALL}"
+  DeleteRegKey HKCU "${PRODUCTS}\Example Draft\2026.1"
+  DeleteRegKey /ifempty HKCU "${PRODUCTS}\Example Draft"
+  DeleteRegKey /ifempty HKCU "${PRODUCTS}"
+  DeleteRegKey /ifempty HKCU "Software\Example Maker"
+  Delete "$SMPROGRAMS\Example Draft.lnk"
+  Delete "$INSTDIR\SampleHost.exe"
+  Delete "$INSTDIR\ProductServices.dll"
+  Delete "$INSTDIR\ProductServicesGuard.dll"
+  RMDir /r "$INSTDIR\lang"
+  RMDir /r "$INSTDIR\licenses"
+  Delete "$INSTDIR\Uninstall.exe"
+  RMDir "$INSTDIR"
+SectionEnd
