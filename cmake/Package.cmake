@@ -43,7 +43,7 @@ install(FILES ${msvc_import_libraries} DESTINATION lib)
 install(FILES ${po_files} "${CMAKE_SOURCE_DIR}/languages/product_services.pot" DESTINATION languages)
 install(PROGRAMS "$<TARGET_FILE:SampleHost>" DESTINATION bin)
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/samples/minimal_hosts" "${CMAKE_SOURCE_DIR}/samples/host"
-    "${CMAKE_SOURCE_DIR}/samples/automation" DESTINATION samples PATTERN automation/CMakeLists.txt EXCLUDE)
+    "${CMAKE_SOURCE_DIR}/samples/automation" "${CMAKE_SOURCE_DIR}/samples/declarations" DESTINATION samples PATTERN automation/CMakeLists.txt EXCLUDE)
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION samples/host RENAME CMakeLists.txt)
 # What the sample host finds in the build; the maker's header with its comments stays with the maker.
 install(FILES "${FAMILY_NAMES_DIR}/product_family_names.h" "${CMAKE_CURRENT_LIST_DIR}/package/product_family.h"

@@ -89,8 +89,7 @@ def test_the_proxy_of_windows(host, service, wine, bypass, hosts, outcome, reque
 def test_the_declarations_for_other_languages():
     header = (REPOSITORY / "include/product_services/guarded_calls.h").read_text("utf-8")
     members = re.findall(r"(?m)^    (?:const )?(\w+\*?) (\w+);", header)
-    guide = (REPOSITORY / "docs/host-guide.md").read_text("utf-8")
-    for language, member in (("csharp", r"public (\w+) (\w+);"), ("pascal", r"(?m)^    (?=\w+: (\w+);)(\w+)")):
-        text = re.search(rf"```{language}\n(.*?)```", guide, re.DOTALL)[1]
+    for suffix, member in ((".cs", r"public (\w+) (\w+);"), (".pas", r"(?m)^    (?=\w+: (\w+);)(\w+)")):
+        text = (REPOSITORY / f"samples/declarations/ProductServicesGuard{suffix}").read_text("utf-8")
         assert [(C_TYPES[kind.lower()], name) for kind, name in re.findall(member, text)] == members
         assert all(f" {name}(" in text for name in ("GuardedCheckForUpdates", "GuardedUpgrade", "UseWindowsProxy"))

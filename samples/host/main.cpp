@@ -1,4 +1,4 @@
-// A host application as small as one can be: its command line and its window call the library.
+// A host application with all that one needs: its command line and its window make guarded calls.
 #include "main_window.h"
 #include "product_call.h"
 #include "product_family.h"

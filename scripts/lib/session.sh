@@ -1,5 +1,5 @@
-# Sourced by run.sh, test.sh and bench.sh, in the project's folder: a session builds the project and brings a Wine
-# prefix, a display and services, which all end with it, whatever way it ends.
+# Sourced, in the project's folder, by scripts that run what they build, such as test.sh: a session builds the project and
+# brings a Wine prefix, a display and services, which all end with it, whatever way it ends.
 . scripts/lib/say.sh
 . scripts/lib/process.sh
 . scripts/lib/wine.sh
@@ -10,7 +10,7 @@ begin_session() {
   case $PWD in *[\&\'\;]*) fail "The path $PWD holds an &, a ' or a ;, with which the tools cannot build: rename it." ;; esac
   mkdir -p build && [ -w build ] || fail "The folder $PWD/build belongs to another user."
   exec 9>>build/lock
-  flock -n 9 || fail "Another run.sh, test.sh or bench.sh is at work in this checkout."
+  flock -n 9 || fail "Another script, such as test.sh, is at work in this checkout."
   record=$PWD/build/session
   end_left_processes
   trap end_session EXIT

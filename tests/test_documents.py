@@ -1,0 +1,107 @@
+"""The documents, held against what they speak of."""
+
+import json
+import re
+
+import pytest
+
+from conftest import REPOSITORY
+
+PAGES = sorted([*REPOSITORY.glob("*.md"), *REPOSITORY.glob("docs/*.md")])
+# The package's own test follows their links, which lead to its folders.
+PACKAGED = [REPOSITORY / "cmake/package/README.md", REPOSITORY / "cmake/nuget/readme.md"]
+FOLDERS = [path for path in REPOSITORY.iterdir() if path.is_dir() and path.name not in (".git", "build")]
+FILES = [path for folder in FOLDERS for path in folder.rglob("*")] + [*REPOSITORY.glob("*.*")]
+# A path in a document begins in one of these.
+BASES = REPOSITORY, REPOSITORY / "src", REPOSITORY / "include"
+SOURCES = [path for path in FILES if path.suffix in (".cpp", ".h") and REPOSITORY / "src" in path.parents]
+each_page = pytest.mark.parametrize("page", PAGES + PACKAGED, ids=lambda page: str(page.relative_to(REPOSITORY)))
+
+
+def code_of(page):
+    """What a page shows as commands or names in its text."""
+    text = page.read_text("utf-8")
+    commands = re.findall(r"(?ms)^ *```(?:sh|bat)\n(.*?)^ *```", text)
+    return "\n".join(commands + re.findall("`([^`]+)`", re.sub(r"(?ms)^ *```.*?^ *```", "", text)))
+
+
+def text_of(*patterns):
+    return "\n".join(path.read_text("utf-8") for pattern in patterns for path in sorted(REPOSITORY.glob(pattern)))
+
+
+def anchors_of(page):
+    headings = re.findall(r"(?m)^#+ (.*)", page.read_text("utf-8"))
+    return [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
+def test_links_lead_to_files_and_headings(page):
+    links = re.findall(r'(?:\]\(|src=")(?!https:)([^)#"]*)#?([^)"]*)[)"]', page.read_text("utf-8"))
+    for name, anchor in links:
+        target = page.parent / name if name else page
+        assert target.exists(), name
+        assert not anchor or anchor in anchors_of(target), f"{name}#{anchor}"
+
+
+@each_page
+def test_named_paths_are_there(page):
+    roots = {path.name for base in BASES for path in base.iterdir() if path.is_dir()} - {"build"}
+    paths = [path for path in re.findall(r"[\w.*/-]+", code_of(page)) if path.partition("/")[0] in roots]
+    scripts = re.findall(r"(?<![\w./])\./([\w.]+)", code_of(page))
+    missing = [path for path in paths + scripts if not any(any(base.glob(path.rstrip("/"))) for base in BASES)]
+    assert missing == []
+
+
+@each_page
+def test_named_source_files_are_there(page):
+    names = re.findall(r"(?<![\w./<>*-])\w+\.(?:sh|py|h|hpp|cpp|cmake)\b", code_of(page))
+    assert set(names) - {path.name for path in FILES} == set()
+
+
+@each_page
+def test_named_presets_are_there(page):
+    presets = json.loads((REPOSITORY / "CMakePresets.json").read_text("utf-8"))
+    kinds = {"cmake": "configurePresets", "cmake --build": "buildPresets", "ctest": "testPresets", "PRESET": "testPresets"}
+    named = re.findall(r"(cmake --build|cmake|ctest) --preset ([\w-]+)|(PRESET)=(\w+)", code_of(page))
+    for command, preset in [(found[0] or found[2], found[1] or found[3]) for found in named]:
+        assert preset in [known["name"] for known in presets[kinds[command]]], command
+
+
+@each_page
+def test_named_patterns_match_a_test(page):
+    tests = re.findall(r"(?m)^TEST(?:_[FP])?\((\w+, \w+)\)", text_of("tests/*/*.cpp"))
+    tests += [f"python.{path.stem}" for path in REPOSITORY.glob("tests/test_*.py")]
+    for pattern in re.findall(r" -R (\S+)", code_of(page)):
+        assert [test for test in tests if re.search(pattern, test.replace(", ", "."))], pattern
+
+
+@each_page
+def test_named_variables_are_read(page):
+    known = text_of("CMakeLists.txt", "cmake/*.cmake", "include/*/*.h")
+    names = re.findall(r"-D((?!CMAKE_)\w+)=|\b(PRODUCT_[A-Z_]+)\b", code_of(page))
+    assert [name for found in names for name in found if name and not re.search(rf"\b{name}\b", known)] == []
+
+
+def test_the_architecture_names_functions_of_the_library():
+    library = re.sub("//.*", "", "".join(path.read_text("utf-8") for path in SOURCES))
+    page = (REPOSITORY / "docs/architecture.md").read_text("utf-8")
+    names = [name for span in re.findall(r"`([A-Z][\w:]*)(?:\([^`]*\))?`", page) for name in span.split("::")]
+    assert len(names) > 20
+    assert [name for name in names if not re.search(rf"\b{name}\b", library)] == []
+
+
+def test_the_architecture_shows_every_arrow_between_folders():
+    rows = re.findall(r"(?m)^\| `([\w./]+)`[^|]*\|[^|]*\|(.*)\|$", text_of("docs/architecture.md"))
+    shown = {part: set(re.findall(r"`(\w+)`", includes)) for part, includes in rows}
+    found = {part: set() for part in shown}
+    for path in SOURCES:
+        file = str(path.relative_to(REPOSITORY / "src"))
+        part = file if file in shown else path.parent.name
+        folders = re.findall(r'(?m)^#include "(\w+)/', path.read_text("utf-8"))
+        found[part] |= {folder for folder in folders if folder in shown and folder != part}
+    assert found == shown
+
+
+def test_all_pages_together_have_at_most_9000_words():
+    words = {str(page.relative_to(REPOSITORY)): len(page.read_text("utf-8").split()) for page in PAGES + PACKAGED}
+    assert sum(words.values()) <= 9000, words
