@@ -61,7 +61,8 @@ def test_named_source_files_are_there(page):
 @each_page
 def test_named_presets_are_there(page):
     presets = json.loads((REPOSITORY / "CMakePresets.json").read_text("utf-8"))
-    kinds = {"cmake": "configurePresets", "cmake --build": "buildPresets", "ctest": "testPresets", "PRESET": "testPresets"}
+    kinds = {"cmake": "configurePresets", "cmake --build": "buildPresets",
+             "ctest": "testPresets", "PRESET": "testPresets"}
     named = re.findall(r"(cmake --build|cmake|ctest) --preset ([\w-]+)|(PRESET)=(\w+)", code_of(page))
     for command, preset in [(found[0] or found[2], found[1] or found[3]) for found in named]:
         assert preset in [known["name"] for known in presets[kinds[command]]], command
@@ -92,13 +93,14 @@ def test_the_architecture_names_functions_of_the_library():
 
 def test_the_architecture_shows_every_arrow_between_folders():
     rows = re.findall(r"(?m)^\| `([\w./]+)`[^|]*\|[^|]*\|(.*)\|$", text_of("docs/architecture.md"))
-    shown = {part: set(re.findall(r"`(\w+)`", includes)) for part, includes in rows}
-    found = {part: set() for part in shown}
+    parts = [part for part, _ in rows]
+    shown = {f"{part} -> {folder}" for part, includes in rows for folder in re.findall(r"`(\w+)`", includes)}
+    found = set()
     for path in SOURCES:
-        file = str(path.relative_to(REPOSITORY / "src"))
-        part = file if file in shown else path.parent.name
-        folders = re.findall(r'(?m)^#include "(\w+)/', path.read_text("utf-8"))
-        found[part] |= {folder for folder in folders if folder in shown and folder != part}
+        file, folder = str(path.relative_to(REPOSITORY / "src")), path.parent.name
+        part = file if file in parts else folder
+        included = re.findall(r'(?m)^#include "(\w+)/', path.read_text("utf-8"))
+        found |= {f"{part} -> {to}" for to in included if to in parts and to != part}
     assert found == shown
 
 
