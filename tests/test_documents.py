@@ -104,6 +104,12 @@ def test_the_architecture_shows_every_arrow_between_folders():
     assert found == shown
 
 
+def test_json_stays_in_the_folder_that_the_architecture_names():
+    page = text_of("docs/architecture.md")
+    folders = {path.parent.name for path in SOURCES if "#include <nlohmann/" in path.read_text("utf-8")}
+    assert folders == set(re.findall(r"JSON stays in `(\w+)/`", page))
+
+
 def test_all_pages_together_have_at_most_9000_words():
     words = {str(page.relative_to(REPOSITORY)): len(page.read_text("utf-8").split()) for page in PAGES + PACKAGED}
     assert sum(words.values()) <= 9000, words
