@@ -138,6 +138,7 @@ protected:
     virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
     virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
     virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* pResult);
+    virtual void ShowOnIdle();
 
     bool m_continuesModal = false;
     int m_modalResult = 0;
@@ -169,13 +170,15 @@ public:
 protected:
     virtual void OnOK();
     virtual void OnCancel();
+    void ShowOnIdle() override;
 
 private:
     static INT_PTR CALLBACK DialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
-    INT_PTR InitDialog(HWND dialog);
+    BOOL InitDialog(HWND dialog);
 
     UINT m_templateId;
     CWnd* m_parent;
+    bool m_focusesFirstControl = false;
 
     DECLARE_MESSAGE_MAP()
 };

@@ -55,18 +55,27 @@ INT_PTR CALLBACK CDialog::DialogProc(HWND dialog, UINT message, WPARAM, LPARAM l
     return reinterpret_cast<CDialog*>(lParam)->InitDialog(dialog);
 }
 
-// A dialog that its template and its own initialisation leave in the corner comes up centred; one that has
-// ended already leaves the focus where it is.
-INT_PTR CDialog::InitDialog(HWND dialog)
+// A dialog that its template and its own initialisation leave in the corner comes up centred. The focus, and
+// the activation with it, wait until it is shown.
+BOOL CDialog::InitDialog(HWND dialog)
 {
     SubclassWindow(dialog);
     const RECT before = WindowRect(dialog);
-    const BOOL setsFocus = OnInitDialog();
+    m_focusesFirstControl = OnInitDialog();
     const RECT after = WindowRect(dialog);
     if (before.left == 0 && before.top == 0 && ::EqualRect(&before, &after)) {
         CenterWindow();
     }
-    return ContinueModal() && setsFocus;
+    return FALSE;
+}
+
+void CDialog::ShowOnIdle()
+{
+    const HWND first = ::GetNextDlgTabItem(m_hWnd, nullptr, FALSE);
+    if (m_focusesFirstControl && first) {
+        SendMessage(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(first), TRUE);
+    }
+    CWnd::ShowOnIdle();
 }
 
 BOOL CDialog::OnInitDialog()

@@ -1,5 +1,9 @@
 #include <afxwin.h>
 
+#include "centred.h"
+
+#include <algorithm>
+
 IMPLEMENT_DYNAMIC(CWnd, CCmdTarget)
 
 BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
@@ -134,20 +138,31 @@ void CWnd::SetRedraw(BOOL bRedraw)
     SendMessage(WM_SETREDRAW, static_cast<WPARAM>(bRedraw));
 }
 
-// Without an owner, the middle of the monitor's work area.
+POINT CentredPosition(const RECT& area, const RECT& window)
+{
+    const LONG freeWidth = (area.right - area.left) - (window.right - window.left);
+    const LONG freeHeight = (area.bottom - area.top) - (window.bottom - window.top);
+    return {
+        area.left + std::max(freeWidth, LONG{0}) / 2,
+        area.top + std::max(freeHeight, LONG{0}) / 2,
+    };
+}
+
+// Without an owner, the middle of the work area of the monitor that is worked on. A dialog that is not shown
+// yet is not active and lies in a corner of the primary one.
 void CWnd::CenterWindow()
 {
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof monitor;
+    const HWND active = ::GetActiveWindow();
+    const HMONITOR monitor =
+        ::MonitorFromWindow(active ? active : ::GetForegroundWindow(), MONITOR_DEFAULTTOPRIMARY);
+    MONITORINFO information{};
+    information.cbSize = sizeof information;
     RECT window;
-    if (!::GetMonitorInfoW(::MonitorFromWindow(m_hWnd, MONITOR_DEFAULTTONEAREST), &monitor) ||
-        !::GetWindowRect(m_hWnd, &window)) {
+    if (!::GetMonitorInfoW(monitor, &information) || !::GetWindowRect(m_hWnd, &window)) {
         return;
     }
-    const RECT& area = monitor.rcWork;
-    const LONG x = area.left + ((area.right - area.left) - (window.right - window.left)) / 2;
-    const LONG y = area.top + ((area.bottom - area.top) - (window.bottom - window.top)) / 2;
-    ::SetWindowPos(m_hWnd, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    const POINT position = CentredPosition(information.rcWork, window);
+    ::SetWindowPos(m_hWnd, nullptr, position.x, position.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 DWORD CWnd::GetStyle() const

@@ -1,0 +1,31 @@
+#include <centred.h>
+
+#include <gtest/gtest.h>
+
+TEST(CenterWindow, PutsAWindowInTheMiddleOfTheMonitorsWorkArea)
+{
+    struct Case
+    {
+        const char* name;
+        RECT workArea;
+        RECT window;
+        POINT expected;
+    };
+    constexpr Case Cases[]{
+        {"in the corner of the primary monitor", {0, 0, 1920, 1040}, {0, 0, 720, 440}, {600, 300}},
+        {"already elsewhere", {0, 0, 1920, 1040}, {1000, 900, 1720, 1340}, {600, 300}},
+        {"below a taskbar at the top", {0, 40, 1920, 1080}, {0, 0, 720, 440}, {600, 340}},
+        {"on a monitor at the right", {1920, 0, 3200, 1024}, {0, 0, 720, 440}, {2200, 292}},
+        {"on a monitor at the left and above", {-1280, -1024, 0, 0}, {0, 0, 720, 440}, {-1000, -732}},
+        {"an odd pixel is left over", {0, 0, 801, 601}, {0, 0, 720, 440}, {40, 80}},
+        {"wider than the monitor", {1920, 0, 2560, 1040}, {0, 0, 720, 440}, {1920, 300}},
+        {"higher than the monitor", {0, 40, 1920, 440}, {0, 0, 720, 440}, {600, 40}},
+        {"as large as the monitor", {-720, 0, 0, 440}, {0, 0, 720, 440}, {-720, 0}},
+    };
+    for (const Case& tried : Cases) {
+        SCOPED_TRACE(tried.name);
+        const POINT position = CentredPosition(tried.workArea, tried.window);
+        EXPECT_EQ(position.x, tried.expected.x);
+        EXPECT_EQ(position.y, tried.expected.y);
+    }
+}
