@@ -9,18 +9,27 @@ using product_services::Product;
 
 namespace {
 
+// The library's windows have no owner, so this one stays enabled: until a call returns it refuses to begin
+// another and to close.
+bool isCalling = false;
+
 void CallLibrary(HWND window, ProductCall call)
 {
-    const auto& product = *reinterpret_cast<Product*>(GetWindowLongPtrW(window, DWLP_USER));
-    // The library's windows have no owner: the host itself keeps its user from a second call.
-    EnableWindow(window, FALSE);
-    const product_services::CallResult result = call(product);
-    EnableWindow(window, TRUE);
-    // The browser is to stay in front.
-    if (!result.report || result.report->code != PRODUCT_SERVICES_BROWSER_OPENED) {
-        SetForegroundWindow(window);
+    if (isCalling) {
+        return;
     }
+    const auto& product = *reinterpret_cast<Product*>(GetWindowLongPtrW(window, DWLP_USER));
+    isCalling = true;
+    const product_services::CallResult result = call(product);
+    isCalling = false;
     SetDlgItemTextW(window, IDC_OUTCOME, (L"Outcome: " + Describe(result)).c_str());
+}
+
+void ShowWhatCanBeChosen(HMENU menu)
+{
+    const UINT state = isCalling ? MF_GRAYED : MF_ENABLED;
+    EnableMenuItem(menu, IDM_CHECK, MF_BYCOMMAND | state);
+    EnableMenuItem(menu, IDM_UPGRADE, MF_BYCOMMAND | state);
 }
 
 void SetIcon(HWND window, WPARAM kind, int size)
@@ -52,8 +61,13 @@ INT_PTR CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
             CallLibrary(window, product_services::Upgrade);
         }
         return TRUE;
+    case WM_INITMENUPOPUP:
+        ShowWhatCanBeChosen(reinterpret_cast<HMENU>(wParam));
+        return TRUE;
     case WM_CLOSE:
-        EndDialog(window, 0);
+        if (!isCalling) {
+            EndDialog(window, 0);
+        }
         return TRUE;
     default:
         return FALSE;
