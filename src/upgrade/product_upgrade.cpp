@@ -63,6 +63,8 @@ void ProductUpgrade::SetTexts()
 {
     ShowAmpersands(::GetDlgItem(m_hWnd, IDC_UPGRADE_HEADING));
     SetDlgItemText(IDC_UPGRADE_HEADING, m_title.c_str());
+    // Not seen: what screen readers call the list.
+    m_offerList.SetWindowText(m_title.c_str());
     SetDlgItemText(IDOK, CurrentText(text_ids::BuyNow).c_str());
     SetDlgItemText(IDCANCEL, CurrentText(text_ids::Exit).c_str());
 }
