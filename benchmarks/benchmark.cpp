@@ -177,6 +177,18 @@ void Load(const char* dll)
     Require(library);
 }
 
+// Leaves nothing of one measurement for the next: a closed dialog lets the host's windows be painted anew.
+void Settle()
+{
+    constexpr DWORD QuietMs = 30;
+    while (MsgWaitForMultipleObjects(0, nullptr, FALSE, QuietMs, QS_ALLINPUT) == WAIT_OBJECT_0) {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            DispatchMessageW(&message);
+        }
+    }
+}
+
 } // namespace
 
 int main(int, char** argv)
@@ -187,6 +199,7 @@ int main(int, char** argv)
     address = argv[2];
     for (int rounds = std::atoi(argv[3]); rounds > 0; --rounds) {
         for (char** series = argv + 4; *series; ++series) {
+            Settle();
             std::printf("%s: %.1f\n", *series, Series.at(*series)());
         }
     }
