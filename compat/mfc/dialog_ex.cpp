@@ -26,7 +26,7 @@ void CDialogEx::SetBackgroundImage(HBITMAP hBitmap, BackgroundLocation, BOOL bAu
     }
     m_image = hBitmap;
     m_ownsImage = bAutoDestroy;
-    if (bRepaint && m_hWnd) {
+    if (bRepaint && ::IsWindowVisible(m_hWnd)) {
         Invalidate();
         UpdateWindow();
     }
