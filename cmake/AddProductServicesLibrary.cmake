@@ -1,10 +1,14 @@
 # What a product family brings is compiled for each; the rest is in product_services_core.
 set(PRODUCT_FAMILY_SOURCE "${CMAKE_SOURCE_DIR}/src/platform/family.cpp")
 
+# So is what asks for the state of its module, which MFC tells apart in DLLs and programs.
+set(PRODUCT_MODULE_SOURCE "${CMAKE_SOURCE_DIR}/src/host/host_call_scope.cpp")
+
 # add_product_services_library(TARGET NAME HEADER_DIR PICTURE_DIR): the DLL NAME.dll of a product family.
 function(add_product_services_library target name header_dir picture_dir)
     add_library(${target} SHARED
         ${PRODUCT_FAMILY_SOURCE}
+        ${PRODUCT_MODULE_SOURCE}
         "${CMAKE_SOURCE_DIR}/src/host/application.cpp"
         "${CMAKE_SOURCE_DIR}/src/host/exports.cpp"
         "${CMAKE_SOURCE_DIR}/src/product_services.def"
@@ -13,7 +17,7 @@ function(add_product_services_library target name header_dir picture_dir)
         "${FAMILY_NAMES_DIR}")
     target_link_libraries(${target} PRIVATE product_services_core CURL::libcurl)
     target_compile_definitions(${target} PRIVATE _USRDLL)
-    set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "")
+    set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "" USES_MFC ON)
     # The resource compilers do not tell the build what a script includes.
     set_property(SOURCE "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc" TARGET_DIRECTORY ${target}
         APPEND PROPERTY OBJECT_DEPENDS "${CMAKE_SOURCE_DIR}/src/ui/upgrade_dialog.rc"

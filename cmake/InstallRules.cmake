@@ -19,5 +19,7 @@ install(FILES "${CMAKE_SOURCE_DIR}/CHANGELOG.md" "${CMAKE_SOURCE_DIR}/LICENSE" "
 if(MSVC)
     install(FILES $<TARGET_PDB_FILE:ProductServices> $<TARGET_PDB_FILE:ProductServicesGuard> DESTINATION bin)
     set(CPACK_GENERATOR ZIP)
+    set(CPACK_PACKAGE_NAME product-services)
+    set(CPACK_PACKAGE_DIRECTORY "${CMAKE_BINARY_DIR}/package")
     include(CPack)
 endif()

@@ -30,7 +30,7 @@ std::optional<std::wstring> ReadRegistryText(HKEY key, const wchar_t* name)
         // A text with variables to be expanded is no text.
         status = RegGetValueW(key, nullptr, name, RRF_RT_REG_SZ | RRF_NOEXPAND, nullptr, text.data(), &bytes);
         if (status == ERROR_MORE_DATA) {
-            text.resize(std::max(2 * text.size(), bytes / sizeof(wchar_t) + 1));
+            text.resize((std::max)(2 * text.size(), bytes / sizeof(wchar_t) + 1));
         }
     }
     if (status != ERROR_SUCCESS) {
