@@ -4,7 +4,8 @@ set(PRODUCT_FAMILY_SOURCE "${CMAKE_SOURCE_DIR}/src/platform/family.cpp")
 # So is what asks for the state of its module, which MFC tells apart in DLLs and programs.
 set(PRODUCT_MODULE_SOURCE "${CMAKE_SOURCE_DIR}/src/host/host_call_scope.cpp")
 
-# add_product_services_library(TARGET NAME HEADER_DIR PICTURE_DIR): the DLL NAME.dll of a product family.
+# add_product_services_library(TARGET NAME HEADER_DIR PICTURE_DIR): the DLL NAME.dll of a product family, with
+# the headers that make_family_headers made in HEADER_DIR.
 function(add_product_services_library target name header_dir picture_dir)
     add_library(${target} SHARED
         ${PRODUCT_FAMILY_SOURCE}
@@ -13,20 +14,14 @@ function(add_product_services_library target name header_dir picture_dir)
         "${CMAKE_SOURCE_DIR}/src/host/exports.cpp"
         "${CMAKE_SOURCE_DIR}/src/product_services.def"
         "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc")
-    target_include_directories(${target} PRIVATE "${header_dir}" "${picture_dir}" "${CMAKE_SOURCE_DIR}/src/ui"
-        "${FAMILY_NAMES_DIR}")
+    target_include_directories(${target} PRIVATE "${header_dir}" "${picture_dir}"
+        "${CMAKE_SOURCE_DIR}/src/ui" "${CMAKE_SOURCE_DIR}/product_family")
     target_link_libraries(${target} PRIVATE product_services_core CURL::libcurl)
     target_compile_definitions(${target} PRIVATE _USRDLL)
     set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "" USES_MFC ON)
-    # The resource compilers do not tell the build what a script includes.
-    set_property(SOURCE "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc" TARGET_DIRECTORY ${target}
-        APPEND PROPERTY OBJECT_DEPENDS "${CMAKE_SOURCE_DIR}/src/ui/upgrade_dialog.rc"
-        "${CMAKE_SOURCE_DIR}/src/ui/resource.h" "${CMAKE_SOURCE_DIR}/include/product_services/version.h")
-    foreach(picture library.ico background_332.bmp background_333.bmp background_335.bmp background_343.bmp
-            background_1077.bmp)
-        set_property(SOURCE "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc" TARGET_DIRECTORY ${target}
-            APPEND PROPERTY OBJECT_DEPENDS "${picture_dir}/${picture}")
-    endforeach()
+    family_picture_files(pictures "${picture_dir}")
+    script_depends(${target} "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc" "${header_dir}" ${pictures}
+        "${CMAKE_SOURCE_DIR}/src/ui/upgrade_dialog.rc" "${CMAKE_SOURCE_DIR}/src/ui/resource.h")
     if(MINGW)
         target_sources(${target} PRIVATE
             "${CMAKE_SOURCE_DIR}/compat/mfc/dll_main.cpp"
@@ -38,6 +33,14 @@ function(add_product_services_library target name header_dir picture_dir)
 name='Microsoft.Windows.Common-Controls' version='6.0.0.0' processorArchitecture='amd64' \
 publicKeyToken='6595b64144ccf1df' language='*'")
     endif()
+endfunction()
+
+# script_depends(TARGET SCRIPT HEADER_DIR FILE...): what a DLL's resource script includes, the version's block with it;
+# the resource compilers do not tell the build.
+function(script_depends target script header_dir)
+    set_property(SOURCE "${script}" TARGET_DIRECTORY ${target} APPEND PROPERTY OBJECT_DEPENDS ${ARGN}
+        "${header_dir}/family_names.h" "${CMAKE_SOURCE_DIR}/product_family/version_info.rc"
+        "${CMAKE_SOURCE_DIR}/include/product_services/version.h")
 endfunction()
 
 # Leaves NAME.dll stripped, with its symbols in NAME.dll.debug beside it. Without the date, objcopy would write the

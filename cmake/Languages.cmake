@@ -7,12 +7,10 @@ if(NOT po_files)
     message(FATAL_ERROR "The folder of the translations, ${PRODUCT_LANGUAGES_DIR}, has no PO files.")
 endif()
 
-# Debian's Python comes first, since it has Debian's polib.
-find_program(POLIB_PYTHON NAMES python3 python PATHS /usr/bin NO_DEFAULT_PATH)
-find_program(POLIB_PYTHON NAMES python3 python py REQUIRED)
-execute_process(COMMAND "${POLIB_PYTHON}" -c "import polib" RESULT_VARIABLE polib_status ERROR_QUIET)
+execute_process(COMMAND "${Python3_EXECUTABLE}" -c "import polib" RESULT_VARIABLE polib_status ERROR_QUIET)
 if(NOT polib_status EQUAL 0)
-    message(FATAL_ERROR "Python's polib is missing: run ./setup.sh first, or: ${POLIB_PYTHON} -m pip install polib")
+    message(FATAL_ERROR "${Python3_EXECUTABLE} has no polib: run ./setup.sh first, or: \
+${Python3_EXECUTABLE} -m pip install polib")
 endif()
 
 set(msgfmt_commands "")
@@ -33,11 +31,11 @@ set(lang_dir "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang")
 set(languages_stamp "${CMAKE_BINARY_DIR}/languages.stamp")
 add_custom_command(OUTPUT "${languages_stamp}"
     # Ends where the template is not the one of the built-in texts.
-    COMMAND "${POLIB_PYTHON}" -B "${tool}" template "${template}"
+    COMMAND "${Python3_EXECUTABLE}" -B "${tool}" template "${template}"
     ${msgfmt_commands}
     COMMAND "${CMAKE_COMMAND}" -E rm -rf "${lang_dir}"
-    COMMAND "${POLIB_PYTHON}" -B "${tool}" build ${po_files} --into "${lang_dir}"
-    COMMAND "${POLIB_PYTHON}" -B "${tool}" check "${lang_dir}"
+    COMMAND "${Python3_EXECUTABLE}" -B "${tool}" build ${po_files} --into "${lang_dir}"
+    COMMAND "${Python3_EXECUTABLE}" -B "${tool}" check "${lang_dir}"
     COMMAND "${CMAKE_COMMAND}" -E touch "${languages_stamp}"
     DEPENDS ${po_files} "${template}" "${tool}" "${tool_check}" "${texts}/text_ids.h" "${texts}/default_texts.cpp"
     COMMENT "Making the language files" VERBATIM)

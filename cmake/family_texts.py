@@ -2,10 +2,9 @@
 """Makes the texts of the package those of its product family. In the sources they name the sample family, and so can
 be read and tried there; its texts stand for those of any other.
 
-    family_texts.py pairs PAIRS SAMPLE FAMILY NAME ID PRODUCT   from the sections .family of family_values.cpp
-    family_texts.py fill PAIRS FOLDER                           every text file of the unpacked package
+    family_texts.py SAMPLE FAMILY FOLDER   every text file of the unpacked package in FOLDER
 
-A link to what is not in the package becomes plain text."""
+SAMPLE and FAMILY are files product_family.json. A link to what is not in the package becomes plain text."""
 
 import json
 import pathlib
@@ -14,45 +13,76 @@ import sys
 import urllib.parse
 import xml.sax.saxutils
 
-SAMPLE_NAMES = "Example Maker", "ExampleMaker.ProductServices", "Example Draft"
-TEXTS = 2 + 6
+NAMES = "maker", "package_id", "product"
 LINK = re.compile(r"\[([^]]+)\]\(([^)\s]+)\)")
+# A block of code with its language, or code within a line.
+CODE = re.compile(r"^```(\w*)\n.*?^```$|`[^`]*`", re.MULTILINE | re.DOTALL)
+
+
+def read_family(path):
+    return json.loads(path.read_text("utf-8-sig"))
+
+
+def texts_of(family):
+    address, path = family["service_base_address"], family["record_registry_path"]
+    return [address, urllib.parse.urlsplit(address).netloc, path, path.rpartition("\\")[0] or path,
+            *family["known_api_keys"], *(family[name] for name in NAMES)]
+
+
+def pairs_of(sample, family):
+    """The sample's texts, each with what another family has in its place."""
+    if family == sample:
+        return []
+    # The names of further products, and the key of the installed one.
+    further = [("Example ", f"{family['maker']} "), ("DRAFT-2026-DEMO", "DEMO-2026")]
+    return [*zip(texts_of(sample), texts_of(family)), *further]
 
 
 def in_c(text):
-    text = re.sub(r'["\\]', r"\\\g<0>", text)
+    """For any C or C++ and any encoding of its source. ?? may begin a trigraph."""
+    text = re.sub(r'["\\?]', r"\\\g<0>", text)
     return re.sub(r"[^ -~]", lambda sign: f"\\u{ord(sign[0]):04x}" if sign[0] < "\U00010000" else
                   f"\\U{ord(sign[0]):08x}", text)
 
 
 def in_json(text):
-    return json.dumps(text)[1:-1]
+    return json.dumps(text, ensure_ascii=False)[1:-1]
 
 
-ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), in_c), ".json": in_json, ".wxs": xml.sax.saxutils.escape,
-           **dict.fromkeys((".md", ".py", ".po", ".pot", ".txt", ".iss", ".nsi"), str)}
+def in_wix(text):
+    """For an attribute's value; $( would begin a variable."""
+    return xml.sax.saxutils.escape(text.replace("$(", "$$("), {'"': "&quot;"})
 
 
-def texts_of(values, names):
-    # The section may be filled up behind the last of them.
-    address, path, *keys = pathlib.Path(values).read_bytes().decode("utf-16-le").split("\0")[:TEXTS]
-    return [address, urllib.parse.urlsplit(address).netloc, path, path.rpartition("\\")[0] or path, *keys, *names]
+def in_inno(text):
+    """For a text in quotes; { would begin a constant."""
+    return text.replace('"', '""').replace("{", "{{")
 
 
-def write_pairs(file, sample, family, *names):
-    pairs = list(zip(texts_of(sample, SAMPLE_NAMES), texts_of(family, names)))
-    if any(old != new for old, new in pairs):
-        # The names of further products, and the key of the installed one.
-        pairs += [("Example ", f"{names[0]} "), ("DRAFT-2026-DEMO", "DEMO-2026")]
-    file.write_text(json.dumps(pairs), "utf-8")
+def in_nsis(text):
+    """For a text in quotes; $ would begin a variable."""
+    return text.replace("$", "$$").replace('"', '$\\"')
+
+
+def in_prose(text):
+    """For Markdown outside code: a backslash before what would mean something there."""
+    return re.sub(r"\\(?=[!-/:-@[-`{-~]|$)|[*`\[\]<]|(?<!\w)_|_(?!\w)|&(?=#?\w+;)", r"\\\g<0>", text)
 
 
 def fill_text(text, pairs, escape=str):
-    """In one go, so that what is filled in stays as it is. A C text within a document is escaped as in C."""
-    news = {escape(old): new for old, new in pairs}
+    """In one go, so that what is filled in stays as it is."""
+    news = {escape(old): escape(new) for old, new in pairs}
     olds = "|".join(map(re.escape, sorted(news, key=len, reverse=True)))
-    return re.sub(f'(L")?({olds})', lambda found: (found[1] or "") + (
-        in_c if found[1] else escape)(news[found[2]]), text)
+    return re.sub(olds, lambda found: news[found[0]], text) if news else text
+
+
+def fill_markdown(text, pairs):
+    filled, end = "", 0
+    for code in CODE.finditer(text):
+        filled += fill_text(text[end:code.start()], pairs, in_prose)
+        filled += fill_text(code[0], pairs, in_c if code[1] == "cpp" else str)
+        end = code.end()
+    return count_body(filled + fill_text(text[end:], pairs, in_prose))
 
 
 def count_body(text):
@@ -61,32 +91,34 @@ def count_body(text):
                   lambda found: f"Content-Length: {len(found[2].encode())}{found[1]}{found[2]}", text)
 
 
-def drop_link(path):
+def drop_links(text, folder):
     def replace(link):
-        is_there = "://" in link[2] or (path.parent / link[2].partition("#")[0]).exists()
+        is_there = "://" in link[2] or (folder / link[2].partition("#")[0]).exists()
         return link[0] if is_there else link[1]
-    return replace
+    return LINK.sub(replace, text)
 
 
-def fill_folder(folder, pairs):
-    unnamed = [old for old, new in pairs if old in SAMPLE_NAMES and old == new]
-    if unnamed and any(old != new for old, new in pairs):
-        sys.exit(f"family_texts.py: this is another family's package, and {unnamed[0]} the sample's name: give yours "
-                 "with -DPRODUCT_FAMILY_NAME, -DPRODUCT_FAMILY_ID and -DPRODUCT_FAMILY_PRODUCT.")
-    for path in sorted(folder.rglob("*")):
-        if path.suffix in ESCAPES and "licenses" not in path.parts:
+# Comments of translations alone name a product.
+ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), in_c), **dict.fromkeys((".json", ".py"), in_json),
+           **dict.fromkeys((".po", ".pot", ".txt"), str), ".wxs": in_wix, ".iss": in_inno, ".nsi": in_nsis}
+
+
+def main(sample_file, family_file, folder):
+    sample, family = read_family(pathlib.Path(sample_file)), read_family(pathlib.Path(family_file))
+    for name in NAMES:
+        if family != sample and family[name] == sample[name]:
+            sys.exit(f"{family_file}: {name} must be your own, and is still the sample's.")
+    pairs = pairs_of(sample, family)
+    for path in sorted(pathlib.Path(folder).rglob("*")):
+        if "licenses" in path.parts:
+            continue
+        if path.suffix == ".md":
+            text = fill_markdown(drop_links(path.read_text("utf-8"), path.parent), pairs)
+        elif path.suffix in ESCAPES:
             text = fill_text(path.read_text("utf-8"), pairs, ESCAPES[path.suffix])
-            if path.suffix == ".md":
-                text = LINK.sub(drop_link(path), count_body(text))
-            path.write_text(text, "utf-8", newline="")
-
-
-def main(command, pairs, *arguments):
-    pairs = pathlib.Path(pairs)
-    if command == "pairs":
-        write_pairs(pairs, *arguments)
-    else:
-        fill_folder(pathlib.Path(*arguments), json.loads(pairs.read_text("utf-8")))
+        else:
+            continue
+        path.write_text(text, "utf-8", newline="")
 
 
 if __name__ == "__main__":

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 """Makes the NuGet package for hosts built with Visual Studio, from the unpacked package for host developers.
 
-    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --id ExampleMaker.ProductServices --authors "Example Maker"
-                  --icon library.ico --texts PAIRS (of family_texts.py)
+    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico
+
+The JSON is the product_family.json of the sample, and of the family that the package is for.
 """
 
 import argparse
-import json
 import pathlib
 import re
 import struct
@@ -42,20 +42,17 @@ def png_of_icon(path):
 
 def from_template(name, values):
     text = (TEMPLATES / name).read_text("utf-8")
-    for key, value in values.items():
-        text = text.replace(f"@{key}@", xml.sax.saxutils.escape(value))
-    return text.encode()
+    return re.sub("@([A-Z]+)@", lambda key: xml.sax.saxutils.escape(values[key[1]]), text).encode()
 
 
-def contents(package, values, options):
+def contents(package, values, pairs, icon):
     """Names in the archive with their bytes."""
     identifier = values["ID"]
     files = {
         f"{identifier}.nuspec": from_template("package.nuspec", values),
         f"build/native/{identifier}.targets": from_template("package.targets", values),
-        "readme.md": family_texts.fill_text((TEMPLATES / "readme.md").read_text("utf-8"),
-                                            json.loads(options.texts.read_text("utf-8"))).encode(),
-        "icon.png": png_of_icon(options.icon),
+        "readme.md": family_texts.fill_markdown((TEMPLATES / "readme.md").read_text("utf-8"), pairs).encode(),
+        "icon.png": png_of_icon(icon),
     }
     for pattern, folder in (("LICENSE", ""), ("licenses/*", "licenses/"), ("bin/*.dll", "runtimes/win-x64/native/"),
                             ("lib/*.lib", "build/native/lib/"),
@@ -84,16 +81,15 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("package", type=pathlib.Path)
     parser.add_argument("output", type=pathlib.Path)
-    parser.add_argument("--id", required=True)
-    parser.add_argument("--authors", required=True)
-    parser.add_argument("--icon", type=pathlib.Path, required=True)
-    parser.add_argument("--texts", type=pathlib.Path, required=True)
+    for name in ("--sample", "--family", "--icon"):
+        parser.add_argument(name, type=pathlib.Path, required=True)
     options = parser.parse_args()
-    values = {"ID": options.id, "VERSION": read_version(options.package), "AUTHORS": options.authors}
-    files = contents(options.package, values, options)
-    archive = options.output / f"{options.id}.{values['VERSION']}.nupkg"
+    sample, family = map(family_texts.read_family, (options.sample, options.family))
+    values = {"ID": family["package_id"], "VERSION": read_version(options.package), "AUTHORS": family["maker"]}
+    files = contents(options.package, values, family_texts.pairs_of(sample, family), options.icon)
+    archive = options.output / f"{values['ID']}.{values['VERSION']}.nupkg"
     with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as package:
-        package.writestr("_rels/.rels", RELATIONSHIPS.format(f"{options.id}.nuspec"))
+        package.writestr("_rels/.rels", RELATIONSHIPS.format(f"{values['ID']}.nuspec"))
         package.writestr("[Content_Types].xml", content_types(files))
         for name, data in files.items():
             package.writestr(name, data)

@@ -13,6 +13,16 @@ REPOSITORY = pathlib.Path(__file__).parent.parent
 ADDRESS = os.environ["TESTS_ADDRESS"]
 OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8"}
 MAKER_KEY = r"HKCU\Software\Example Maker"
+# Another maker's product family, with characters that mean something to CMake, C, C++, resource scripts, XML, JSON,
+# Markdown or a shell, and with characters of one to four bytes.
+STRANGE_FAMILY = {
+    "maker": 'Mü & "Co" <*> ; ${maker} @MAKER@ 50% \\n??= \\_/',
+    "package_id": "Mue-Kit.3",
+    "product": 'Möbel "3"; [c] ${product} $(y) @ID@ 50% 图abc',
+    "service_base_address": "https://[::1]:8443/a;b/$c/@KEY_1@/%20",
+    "record_registry_path": "Software\\Mü & Söhne\\[𠮷];",
+    "known_api_keys": ['"1" & \\?图', "back\\slash\\", "üabc0123", "a&b=%41", "Ключ;鍵", "] [' <?> //"],
+}
 
 
 def run(*command, **options):

@@ -3,15 +3,14 @@ if(NOT MINGW)
     return()
 endif()
 
-find_program(PYTHON3 python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
-
 # The sample family's library at an address of this build folder's own, with the sample host beside it.
 set(sample_family_dir "${CMAKE_SOURCE_DIR}/product_family/sample")
 set(over_tls_dir "${CMAKE_BINARY_DIR}/over_tls")
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${sample_family_dir}/product_family.h")
-file(READ "${sample_family_dir}/product_family.h" header)
-string(REGEX REPLACE "https://[^:/]+" "https://${TESTS_ADDRESS}" header "${header}")
-file(CONFIGURE OUTPUT "${over_tls_dir}/family/product_family.h" CONTENT "${header}" @ONLY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${sample_family_dir}/product_family.json")
+file(READ "${sample_family_dir}/product_family.json" json)
+string(JSON json SET "${json}" service_base_address "\"https://${TESTS_ADDRESS}:18443\"")
+file(WRITE "${over_tls_dir}/family/product_family.json" "${json}")
+make_family_headers("${over_tls_dir}/family/product_family.json" "${over_tls_dir}/family")
 add_product_services_library(ProductServicesOverTls ProductServices "${over_tls_dir}/family" "${sample_family_dir}")
 set_target_properties(ProductServicesOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${over_tls_dir}")
 add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
@@ -28,7 +27,7 @@ target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuard)
 # add_python_test(NAME [PROPERTY VALUE...]): runs tests/NAME.py with the folder of the built programs at hand.
 function(add_python_test name)
     add_test(NAME python.${name}
-        COMMAND "${PYTHON3}" -B -m pytest -q -p no:cacheprovider "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
+        COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
     set_tests_properties(python.${name} PROPERTIES TIMEOUT 60
         ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};TESTS_ADDRESS=${TESTS_ADDRESS}" ${ARGN})
 endfunction()

@@ -46,9 +46,29 @@ def test_the_template_of_its_dialog_is_the_one_that_hosts_know(library):
     assert (dialog.id, hashlib.sha256(template).hexdigest()) == (331, TEMPLATE)
 
 
-def test_its_version_is_the_public_headers(library):
+@pytest.mark.parametrize("name, description", [
+    pytest.param("ProductServices", "Update check and upgrade center", id="the library"),
+    pytest.param("ProductServicesGuard", "Guarded calls of ProductServices.dll", id="the guard"),
+])
+def test_its_version_says_what_it_is_and_whose(build, name, description):
     header = (REPOSITORY / "include/product_services/version.h").read_text("utf-8")
     version = re.findall(r"#define PRODUCT_SERVICES_VERSION_\w+ (\d+)", header)
+    library = pefile.PE(build / f"bin/{name}.dll")
+    strings, = (info.StringTable[0] for info in library.FileInfo[0] if info.Key == b"StringFileInfo")
+    assert strings.LangID == b"040904b0", "in English and Unicode"
+    assert {key.decode(): text.decode() for key, text in strings.entries.items()} == {
+        "Comments": "ExampleMaker.ProductServices",
+        "CompanyName": "Example Maker",
+        "FileDescription": description,
+        "FileVersion": ".".join(version),
+        "InternalName": name,
+        "LegalCopyright": "MIT License",
+        "OriginalFilename": f"{name}.dll",
+        "ProductName": "Example Maker ProductServices",
+        "ProductVersion": ".".join(version),
+    }
     fixed = library.VS_FIXEDFILEINFO[0]
     numbers = (fixed.FileVersionMS >> 16, fixed.FileVersionMS & 65535, fixed.FileVersionLS >> 16)
     assert ".".join(map(str, numbers)) == ".".join(version)
+    assert (fixed.ProductVersionMS, fixed.ProductVersionLS) == (fixed.FileVersionMS, fixed.FileVersionLS)
+    assert (fixed.FileOS, fixed.FileType) == (0x40004, 2), "a DLL for Windows NT"

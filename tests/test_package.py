@@ -1,33 +1,59 @@
 """Makes the package for host developers, unpacks it, and builds and runs hosts against it alone."""
 
+import json
 import os
 import re
-import shlex
 import shutil
 import subprocess
 import sys
+import xml.etree.ElementTree
+import zipfile
 
 import pefile
+import polib
 import pytest
 
-from conftest import ADDRESS, OUTPUT, REPOSITORY, end, run
+from conftest import ADDRESS, OUTPUT, REPOSITORY, STRANGE_FAMILY, end, run
 
 FILES = set("""LICENSE SECURITY.md docs/host-guide.md bin/SampleHost.exe lang/ZH/Vemo_ZH.lang
 languages/de.po languages/product_services.pot tools/language_files.py tools/language_file_check.py
-tools/product_service.py tools/catalogue.json
+tools/product_service.py tools/catalogue.json samples/host/library.ico samples/host/sample_product.h
 licenses/curl.txt licenses/gcc-runtime.txt licenses/mingw-w64.txt licenses/nlohmann-json.txt""".split())
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
 void Check(HostContext* context) { try { CheckForUpdates(context); } catch (...) { Say("the handler"); } }"""
+SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
+# The library under test asks the tests' address, and looks for records in the sample's place.
+STRANGE = {**STRANGE_FAMILY, "service_base_address": f"https://{ADDRESS}:18443",
+           "record_registry_path": "Software\\Example Maker\\Products"}
 
 
 @pytest.fixture(scope="module")
 def package(build, tmp_path_factory):
     folder = tmp_path_factory.mktemp("package")
-    assert run("cpack", "-B", folder, cwd=build)[0] == 0
-    archive, = folder.glob("product-services-*-windows-x64.zip")
+    status, output = run("cpack", "-B", folder, cwd=build)
+    assert status == 0, output
+    archive, = folder.glob("product-services-ExampleMaker.ProductServices-*-windows-x64.zip")
     shutil.unpack_archive(archive, folder)
     return folder / archive.stem
+
+
+def fill(family, folder):
+    """Makes the texts in a folder another family's, as cpack does; its JSON is put beside the folder."""
+    family_json = folder.with_name("product_family.json")
+    family_json.write_text(json.dumps(family), "utf-8")
+    return run(sys.executable, "-B", REPOSITORY / "cmake/family_texts.py", SAMPLE_JSON, family_json, folder)
+
+
+@pytest.fixture(scope="module")
+def strange_kit(package, tmp_path_factory):
+    kit = shutil.copytree(package, tmp_path_factory.mktemp("strange") / "my kit")
+    assert fill(STRANGE, kit) == (0, "")
+    return kit
+
+
+def read(path):
+    return path.read_text("utf-8")
 
 
 def test_it_holds_what_a_host_developer_needs(package):
@@ -40,24 +66,29 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
     archive, = package.parent.glob("ExampleMaker.ProductServices.1.*.nupkg")
     shutil.unpack_archive(archive, tmp_path, "zip")
     files = {str(path.relative_to(tmp_path)) for path in tmp_path.rglob("*") if path.is_file()}
-    targets = (tmp_path / "build/native/ExampleMaker.ProductServices.targets").read_text("utf-8")
+    targets = read(tmp_path / "build/native/ExampleMaker.ProductServices.targets")
     named = {os.path.normpath("build/native/" + name.replace("\\", "/").replace("**/*", "DE/Vemo_DE"))
              for name in re.findall(r'\$\(MSBuildThisFileDirectory\)([^;"<]+\.\w+)', targets)}
     assert len(named) == 5
     assert named | {"LICENSE", "readme.md", "icon.png", "[Content_Types].xml", "_rels/.rels"} < files
-    for name in ("ProductServices", "ProductServicesGuard"):
-        library = pefile.PE(tmp_path / f"runtimes/win-x64/native/{name}.dll")
-        symbols = run("x86_64-w64-mingw32-nm", tmp_path / f"build/native/lib/{name}.lib")[1]
-        assert sorted(re.findall(r"(?m)^(\S+):\n(?:.+\n)*?.* I __imp_(\w+)$", symbols)) == [
-            (f"{name}.dll", symbol.name.decode()) for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols]
-    version, = re.findall(r"<version>(\d+)\.(\d+)", next(tmp_path.glob("*.nuspec")).read_text("utf-8"))
+    version, = re.findall(r"<version>(\d+)\.(\d+)", read(tmp_path / "ExampleMaker.ProductServices.nuspec"))
+    library = pefile.PE(tmp_path / "runtimes/win-x64/native/ProductServices.dll")
     assert library.VS_FIXEDFILEINFO[0].FileVersionMS == int(version[0]) << 16 | int(version[1])
 
 
-@pytest.mark.parametrize("taken_out, is_kept", [("", True), ("noexcept(false)", False)])
+@pytest.mark.parametrize("name", ["ProductServices", "ProductServicesGuard"])
+def test_visual_studios_import_library_names_the_exports(package, name):
+    library = pefile.PE(package / f"bin/{name}.dll")
+    symbols = run("x86_64-w64-mingw32-nm", package / f"lib/{name}.lib")[1]
+    assert sorted(re.findall(r"(?m)^(\S+):\n(?:.+\n)*?.* I __imp_(\w+)$", symbols)) == [
+        (f"{name}.dll", symbol.name.decode()) for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols]
+
+
+@pytest.mark.parametrize("taken_out, is_kept", [
+    pytest.param("", True, id="as it is"), pytest.param("noexcept(false)", False, id="without noexcept(false)")])
 def test_a_handler_survives_the_usual_settings_of_visual_studio(package, tmp_path, taken_out, is_kept):
     header = shutil.copytree(package / "include", tmp_path / "include") / "product_services/product_services.h"
-    header.write_text(header.read_text("utf-8").replace(taken_out, ""), "utf-8")
+    header.write_text(read(header).replace(taken_out, ""), "utf-8")
     (tmp_path / "include/assert.h").touch()  # clang brings no such header
     compiler = "clang++ --target=x86_64-pc-windows-msvc -std=c++20 -ffreestanding -fexceptions -fcxx-exceptions"
     options = "-Xclang -fexternc-nounwind -O2 -I include -xc++ -c - -o host.obj"
@@ -65,36 +96,83 @@ def test_a_handler_survives_the_usual_settings_of_visual_studio(package, tmp_pat
     assert (b"the handler" in (tmp_path / "host.obj").read_bytes()) == is_kept
 
 
-def test_another_makers_package_leads_from_its_readme_to_the_first_call(package, build, tmp_path, wine):
-    kit = shutil.copytree(package, tmp_path / "my kit")
-    (tmp_path / "product_family.h").write_text(f"""#include <array> // KnownApiKeys[6]{{L"none"}};
-        namespace product_family {{ constexpr auto ServiceBaseAddress = L"https://" L"{ADDRESS}:18443";
-        constexpr wchar_t RecordRegistryPath[] = L"Software\\\\Example Maker\\\\Products";
-        constexpr std::array KnownApiKeys{{L"a;b", L"2", L"3", L"4", L"5", L"6"}}; }}""", "utf-8")
-    fill, cross = f"{sys.executable} -B '{REPOSITORY}/cmake/family_texts.py'", "x86_64-w64-mingw32-"
-    (tmp_path / "readme.cpp").write_text(re.search(r"(?s)```cpp\n(.*?)```", (REPOSITORY / "README.md").read_text())[1])
-    for command in (f"{cross}g++-posix -fsyntax-only -I'{package}/include' readme.cpp",
-                    f"{cross}g++-posix -std=c++20 -I. -c '{REPOSITORY}/cmake/family_values.cpp'",
-                    f"{cross}objcopy -O binary -j .family family_values.o theirs",
-                    f"{fill} pairs pairs.json '{build}/sample_family.values' theirs 'Mü & Co' Mue.Kit 'Möbel 3'",
-                    f"{fill} fill pairs.json '{kit}'", f"cmake -G Ninja -S '{kit}/samples/minimal_hosts' -B '{kit}'"
-                    f" '-DCMAKE_TOOLCHAIN_FILE={REPOSITORY}/cmake/mingw-w64.cmake'", f"cmake --build '{kit}'"):
-        status, output = run(*shlex.split(command), cwd=tmp_path)
-        assert status == 0 and "warning" not in output, output
-    texts = {path: path.read_text("utf-8") for path in kit.rglob("*.*") if path.suffix in (".md", ".py", ".json")}
-    for path, text in texts.items():
-        assert not re.search(r"localhost:18443|Example Draft|DRAFT-|draft20|ExampleMaker", text), path
-        assert path.suffix != ".md" or path.stem == "CHANGELOG" or "1.0.0" not in text, path
-        for to, anchor in re.findall(r"\]\((?!https:)([^)#]*)#?([^)]*)\)", text):
-            headings = re.findall("(?m)^#+ (.*)", texts[path.parent / to if to else path]) if anchor else ()
-            assert (path.parent / to).exists(), (path, to)
-            assert not anchor or anchor in [re.sub(r"[^\w-]", "", name.lower().replace(" ", "-")) for name in headings]
-    shutil.copy(build / "over_tls/ProductServices.dll", kit)
-    for record in re.findall('(?m)^reg add "(.*?)" (/v) (.*) (/d) (.*) (/f)$', texts[kit / "docs/host-guide.md"]):
-        wine("reg", "add", *record)
-    asked = subprocess.Popen([*shlex.split(fill)[:2], kit / "tools/product_service.py", "--address", ADDRESS,
-                              "--check-answer", "0"], **OUTPUT)
-    assert "ready" in asked.stdout.readline()
-    for host in ("host_c.exe", "host_cpp.exe"):
-        assert f"CheckForUpdates: 200: https://{ADDRESS}:18443/buy/" in wine(kit / host)[1]
-    assert "key=DEMO-2026 version=2026.1" in end(asked)[0]
+def test_another_makers_package_does_not_name_the_sample(strange_kit):
+    sample = re.compile("localhost:18443|Example Draft|Example Model|DRAFT-|draft20|ExampleMaker")
+    for path in strange_kit.rglob("*.*"):
+        if path.suffix in (".c", ".cpp", ".iss", ".json", ".md", ".nsi", ".po", ".pot", ".py", ".wxs"):
+            assert not sample.search(read(path)), path
+
+
+def test_the_links_of_another_makers_documents_lead_somewhere(strange_kit):
+    for path in strange_kit.rglob("*.md"):
+        assert path.stem == "CHANGELOG" or "1.0.0" not in read(path), path
+        for to, anchor in re.findall(r"\]\((?!https:)([^)#]*)#?([^)]*)\)", read(path)):
+            target = path.parent / to if to else path
+            assert target.exists(), (path, to)
+            headings = re.findall("(?m)^#+ (.*)", read(target)) if anchor else []
+            anchors = [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
+            assert not anchor or anchor in anchors, (path, anchor)
+
+
+def test_another_makers_odd_names_are_escaped_as_each_file_needs(strange_kit):
+    maker, product = STRANGE["maker"], STRANGE["product"]
+    literals = r'L"M\u00f6bel \"3\"; [c] ${product} $(y) @ID@ 50% \u56feabc", L"2026.1", L"\"1\" & \\\?\u56fe"'
+    escaped = {
+        "README.md": r'of Mü & "Co" \<\*> ; ${maker} @MAKER@ 50% \n??= \\\_/' + "\n",
+        "docs/host-guide.md": f"\\Products\\{product}\\2026.1",
+        "docs/service.md": "Content-Length: 130\n",
+        "samples/installer/sample_host.iss": r'{autoprograms}\Möbel ""3""; [c] ${{product} $(y) @ID@ 50% 图abc"',
+        "samples/installer/sample_host.nsi": r'Name "Möbel $\"3$\"; [c] $${product} $$(y) @ID@ 50% 图abc"',
+        "samples/minimal_hosts/host.cpp": literals,
+    }
+    assert [name for name, text in escaped.items() if text not in read(strange_kit / name)] == []
+    offers = json.loads(read(strange_kit / "tools/catalogue.json"))["DEMO-2026"]["2026.1"]
+    assert [offer["name"] for offer in offers[:2]] == [product, f"{maker} Model"]
+    comments = [entry.comment for entry in polib.pofile(strange_kit / "languages/de.po")]
+    assert f'as in "{product} - Upgrade center"' in "\n".join(comments)
+    installer = xml.etree.ElementTree.parse(strange_kit / "samples/installer/sample_host.wxs").getroot()[0]
+    assert (installer.get("Manufacturer"), installer.get("Name")) == (maker, product.replace("$(", "$$("))
+
+
+def test_a_name_that_is_still_the_samples_is_refused(tmp_path):
+    output = fill({**STRANGE, "product": "Example Draft"}, tmp_path / "kit")[1]
+    assert output.endswith("product_family.json: product must be your own, and is still the sample's.\n")
+
+
+def test_another_makers_nuget_package_names_the_maker(strange_kit, tmp_path):
+    files = ("--sample", SAMPLE_JSON, "--family", strange_kit.with_name("product_family.json"),
+             "--icon", SAMPLE_JSON.with_name("library.ico"))
+    assert run(sys.executable, "-B", REPOSITORY / "cmake/make_nupkg.py", strange_kit, tmp_path, *files) == (0, "")
+    with zipfile.ZipFile(next(tmp_path.glob("Mue-Kit.3.1.*.nupkg"))) as archive:
+        assert r'L"M\u00f6bel \"3\"; [c]' in archive.read("readme.md").decode()
+        metadata = xml.etree.ElementTree.fromstring(archive.read("Mue-Kit.3.nuspec"))[0]
+    assert (metadata[0].text, metadata[2].text) == ("Mue-Kit.3", STRANGE["maker"])
+
+
+def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_kit, build, wine, request):
+    """The guide's record, the development service and the two minimal hosts, as a host developer has them."""
+    hosts = strange_kit / "hosts"
+    toolchain = f"-DCMAKE_TOOLCHAIN_FILE={REPOSITORY}/cmake/mingw-w64.cmake"
+    assert run("cmake", "-G", "Ninja", toolchain, "-S", strange_kit / "samples/minimal_hosts", "-B", hosts)[0] == 0
+    status, output = run("cmake", "--build", hosts)
+    assert status == 0 and "warning" not in output, output
+    shutil.copy(build / "over_tls/ProductServices.dll", hosts)
+    guide = read(strange_kit / "docs/host-guide.md")
+    record_key = re.search('(?m)^reg delete "(.*)" /f$', guide)[1]
+    request.addfinalizer(lambda: wine("reg", "delete", record_key, "/f"))
+    for record in re.findall('(?m)^reg add "(.*)" (/v) (.*) (/d) (.*) (/f)$', guide):
+        assert wine("reg", "add", *record)[0] == 0
+    service = subprocess.Popen([sys.executable, "-B", strange_kit / "tools/product_service.py", "--address", ADDRESS,
+                                "--check-answer", "0"], **OUTPUT)
+    assert "ready" in service.stdout.readline()
+    outputs = [wine(hosts / name)[1] for name in ("host_c.exe", "host_cpp.exe")]
+    log = end(service)
+    for output in outputs:
+        assert f"CheckForUpdates: 200: https://{ADDRESS}:18443/buy/" in output
+    assert "key=DEMO-2026 version=2026.1" in log[0]
+
+
+def test_the_code_of_the_readme_compiles(package):
+    code = re.search(r"(?s)```cpp\n(.*?)```", read(REPOSITORY / "README.md"))[1]
+    compiler = ("x86_64-w64-mingw32-g++-posix", f"-I{package}/include", "-fsyntax-only", "-xc++", "-")
+    assert run(*compiler, input=code) == (0, "")

@@ -1,8 +1,7 @@
 // A host application with all that one needs: its command line and its window make guarded calls.
 #include "main_window.h"
 #include "product_call.h"
-#include "product_family.h"
-#include "product_family_names.h"
+#include "sample_product.h"
 #include "unattended_user.h"
 #include "user_language.h"
 
@@ -13,15 +12,12 @@
 
 namespace {
 
-// The product that the host is when the command line names no other.
-constexpr wchar_t DefaultProduct[] = L"" PRODUCT_FAMILY_PRODUCT;
-
 constexpr wchar_t Usage[] =
     L"SampleHost         ...     opens the sample host's window\n"
     L"SampleHost check   ...     calls CheckForUpdates and prints the outcome\n"
     L"SampleHost upgrade ...     calls Upgrade and prints the outcome\n"
     L"\n"
-    L"  --product NAME           the calling product (" PRODUCT_FAMILY_PRODUCT L")\n"
+    L"  --product NAME           the calling product (" SAMPLE_PRODUCT_NAME L")\n"
     L"  --version TEXT           its version (2026.1)\n"
     L"  --api-key KEY            its service API key (the product family's first)\n"
     L"  --language ID            120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,\n"
@@ -69,9 +65,9 @@ bool ReadOption(Options& options, std::wstring_view name, const wchar_t* value)
 std::optional<Options> ReadOptions(int argc, wchar_t** argv)
 {
     Options options;
-    options.product.name = DefaultProduct;
+    options.product.name = SAMPLE_PRODUCT_NAME;
     options.product.version = L"2026.1";
-    options.product.apiKey = product_family::KnownApiKeys[0];
+    options.product.apiKey = SAMPLE_PRODUCT_API_KEY;
     options.product.languageId = UserLanguageId();
     for (int i = 1; i < argc; ++i) {
         const std::wstring_view name = argv[i];

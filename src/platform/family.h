@@ -2,7 +2,7 @@
 
 namespace product_services {
 
-/// What the maker's product_family.h says. Texts and keys are never null.
+/// What the maker's product_family.json says. Texts and keys are never null.
 struct ProductFamily
 {
     const wchar_t* serviceBaseAddress;

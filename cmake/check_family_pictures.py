@@ -1,17 +1,13 @@
-"""Looks at what a maker brings and ends with one sentence where something is missing or of another kind.
+"""Looks at a product family's pictures and ends with one sentence where one is missing or of another kind.
 
-    check_product_family.py FOLDER FILE...      the icon, the pictures and the header that FOLDER must hold
-
-product_family.h is only looked for here: the compiler checks what it says.
+    check_family_pictures.py FOLDER NAME:SIZES...   such as library.ico:16,32 and background_332.bmp:726x463
 """
 
 import pathlib
 import struct
 import sys
 
-WIDTH, HEIGHT, DEPTH = 726, 463, 24
-ROW_BYTES = (WIDTH * DEPTH // 8 + 3) // 4 * 4
-ICON_SIZES = 16, 24, 32, 48, 64, 96, 128, 256
+DEPTH = 24
 
 # Magic number, offset of the pixels; width, height (negative: top-down), bits of a pixel, compression.
 BITMAP_HEADER = struct.Struct("<2s8xI4xii2xHI")
@@ -24,7 +20,8 @@ def refuse(what, problem):
     sys.exit(f"The product family's {what} {problem}")
 
 
-def check_background(path):
+def check_background(path, size):
+    must_be = tuple(map(int, size.split("x")))
     data = path.read_bytes()
     if not data.startswith(b"BM"):
         refuse(path, "is not an uncompressed bitmap.")
@@ -33,16 +30,17 @@ def check_background(path):
     _, pixels, width, height, depth, compression = BITMAP_HEADER.unpack_from(data)
     if compression != 0:
         refuse(path, "is not an uncompressed bitmap.")
-    if (width, abs(height), depth) != (WIDTH, HEIGHT, DEPTH):
+    if (width, abs(height), depth) != (*must_be, DEPTH):
         refuse(path, f"is {width} x {abs(height)} pixels with {depth} bits each; "
-                     f"it must be {WIDTH} x {HEIGHT} with {DEPTH}.")
+                     f"it must be {must_be[0]} x {must_be[1]} with {DEPTH}.")
     if height < 0:
         refuse(path, "is stored from the top down; it must be from the bottom up.")
-    if len(data) < pixels + ROW_BYTES * HEIGHT:
+    row_bytes = (width * DEPTH // 8 + 3) // 4 * 4
+    if len(data) < pixels + row_bytes * height:
         refuse(path, "is cut short.")
 
 
-def check_icon(path):
+def check_icon(path, must_have):
     data = path.read_bytes()
     kind, count = ICON_HEADER.unpack_from(data) if len(data) >= ICON_HEADER.size else (0, 0)
     if kind != 1:
@@ -55,24 +53,22 @@ def check_icon(path):
         if offset + length > len(data):
             refuse(path, "is cut short.")
         if depth == 32:
-            sizes.add(width or 256)
-    missing = [str(size) for size in ICON_SIZES if size not in sizes]
+            sizes.add(str(width or 256))
+    missing = [size for size in must_have.split(",") if size not in sizes]
     if missing:
         refuse(path, f"has no 32-bit picture of these sizes: {', '.join(missing)}.")
 
 
-def main(folder, *names):
-    folder = pathlib.Path(folder)
-    if not folder.is_dir():
-        refuse("folder", f"{folder} does not exist.")
-    for name in names:
-        if not (folder / name).is_file():
+def main(folder, *pictures):
+    for picture in pictures:
+        name, sizes = picture.split(":")
+        path = pathlib.Path(folder) / name
+        if not path.is_file():
             refuse("folder", f"{folder} has no file {name}.")
-    for name in names:
-        if name.endswith(".bmp"):
-            check_background(folder / name)
-        elif name.endswith(".ico"):
-            check_icon(folder / name)
+        if path.suffix == ".ico":
+            check_icon(path, sizes)
+        else:
+            check_background(path, sizes)
 
 
 if __name__ == "__main__":
