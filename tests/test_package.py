@@ -135,8 +135,8 @@ def test_another_makers_odd_names_are_escaped_as_each_file_needs(strange_kit):
 
 
 def test_a_name_that_is_still_the_samples_is_refused(tmp_path):
-    output = fill({**STRANGE, "product": "Example Draft"}, tmp_path / "kit")[1]
-    assert output.endswith("product_family.json: product must be your own, and is still the sample's.\n")
+    refusal = "product_family.json: product must be your own, and is still the sample's.\n"
+    assert fill({**STRANGE, "product": "Example Draft"}, tmp_path / "kit")[1].endswith(refusal)
 
 
 def test_another_makers_nuget_package_names_the_maker(strange_kit, tmp_path):

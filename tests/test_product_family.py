@@ -133,18 +133,17 @@ def test_a_picture_that_cannot_be_used_is_refused_with_its_reason(check, tmp_pat
 
 def test_odd_texts_arrive_whole_in_the_library_its_version_and_hosts(check, tmp_path):
     assert check(json.dumps(STRANGE_FAMILY, ensure_ascii=False)) == ""
-    (tmp_path / "kit").mkdir()
-    (tmp_path / "kit/host.cpp").write_text("""#include "sample_product.h"
+    (tmp_path / "host.cpp").write_text("""#include "sample_product.h"
         extern const wchar_t* const Host[]{
             SAMPLE_PRODUCT_NAME, L"Example Maker", L"Software\\\\Example Maker\\\\Products"};""")
     assert run(sys.executable, "-B", REPOSITORY / "cmake/family_texts.py", SAMPLE / "product_family.json",
-               "product_family.json", "kit", cwd=tmp_path) == (0, "")
+               "product_family.json", ".", cwd=tmp_path) == (0, "")
     folders = [f"-I{folder}" for folder in (
         "headers", REPOSITORY / "src", REPOSITORY / "include", REPOSITORY / "product_family")]
     assert run("x86_64-w64-mingw32-windres", *folders, REPOSITORY / "guard/product_services_guard.rc", "version.o",
                cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
     assert run("x86_64-w64-mingw32-g++-posix", "-std=c++20", *folders, "-c", REPOSITORY / "src/platform/family.cpp",
-               "kit/host.cpp", cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
+               "host.cpp", cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
     maker, package_id, product, address, path, keys = STRANGE_FAMILY.values()
     for name, texts in {"family.o": [address, path, *keys], "host.o": [product, maker, path],
                         "version.o": [maker, f"{maker} ProductServices", package_id]}.items():
