@@ -41,7 +41,7 @@ def test_a_product_is_installed_used_upgraded_and_leaves_nothing_behind(installe
     assert len(list(DRIVE.rglob("Example Draft/licenses/*.txt"))) == 2 * 5
     service(port=18443)
     german = wine(folder / "SampleHost.exe", "upgrade", "--language", "140", "--unattended", cwd=folder)[1]
-    assert german.endswith("outcome: 540: Der Benutzer hat abgebrochen!\n")
+    assert german.endswith("outcome: 540: Der Benutzer hat das Upgrade-Center verlassen.\n")
     assert wine("msiexec", "/i", new, "/qn")[0] == 0
     records = [re.findall(r"REG_SZ +(.+)", wine("reg", "query", rf"{key}\Products", "/s")[1]) for key in KEYS[:2]]
     assert records == [["DRAFT-2026-DEMO", "2026.2"], ["DRAFT-2026-DEMO", "2026.1"]]
