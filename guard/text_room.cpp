@@ -1,7 +1,8 @@
 #include "text_room.h"
 
 #include <algorithm>
-#include <string>
+#include <cwchar>
+#include <iterator>
 #include <windows.h>
 
 namespace product_services_guard {
@@ -17,16 +18,22 @@ std::size_t FileSize(const wchar_t* path)
     return static_cast<std::size_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
 }
 
+// The library's codes are its own: whatever folder there is may hold its file, as in lang\DE\Vemo_DE.lang.
 std::size_t LargestLanguageFile()
 {
     std::size_t largest = 0;
-    for (const wchar_t* code :
-         {L"EN", L"CZ", L"DE", L"ES", L"FR", L"IT", L"JA", L"PL", L"RU", L"TW", L"ZH", L"US"}) {
-        wchar_t path[] = L"lang\\XX\\Vemo_XX.lang";
-        std::copy_n(code, 2, path + 5);
-        std::copy_n(code, 2, path + 13);
-        largest = std::max(largest, FileSize(path));
+    WIN32_FIND_DATAW folder{};
+    const HANDLE search = FindFirstFileW(L"lang\\*", &folder);
+    if (search == INVALID_HANDLE_VALUE) {
+        return largest;
     }
+    do {
+        wchar_t path[2 * MAX_PATH + 20];
+        const wchar_t* code = folder.cFileName;
+        std::swprintf(path, std::size(path), L"lang\\%ls\\Vemo_%ls.lang", code, code);
+        largest = std::max(largest, FileSize(path));
+    } while (FindNextFileW(search, &folder));
+    FindClose(search);
     return largest;
 }
 

@@ -1,12 +1,16 @@
 #!/usr/bin/env bash
 # Takes pictures of everything that the library shows, in each of its languages, into build/language-pictures: the
-# upgrade center and the two message boxes of the update check. Languages can be named: language_pictures.sh DE JA
+# upgrade center and the two message boxes of the update check. Languages can be named: language_pictures.sh DE US
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/lib/session.sh
 
 readonly bin=build/mingw/bin pictures=$PWD/build/language-pictures
-readonly -A ids=([EN]=120 [CZ]=130 [DE]=140 [ES]=150 [FR]=160 [IT]=170 [JA]=180 [PL]=190 [RU]=200 [TW]=220 [ZH]=230)
+# The ids of the public header; US is what every other id selects.
+declare -A ids=([US]=0)
+while read -r code id; do
+  ids[$code]=$id
+done < <(sed -nE 's/^ *PRODUCT_SERVICES_LANGUAGE_(\w+) = ([0-9]+).*/\1 \2/p' include/product_services/product_services.h)
 
 run_host() { (cd "$bin" && wine_run ./SampleHost.exe "$@" --unattended --look 2500) >build/language-pictures.log 2>&1; }
 

@@ -20,8 +20,7 @@ constexpr wchar_t Usage[] =
     L"  --product NAME           the calling product (" SAMPLE_PRODUCT_NAME L")\n"
     L"  --version TEXT           its version (2026.1)\n"
     L"  --api-key KEY            its service API key (the product family's first)\n"
-    L"  --language ID            120 EN, 130 CZ, 140 DE, 150 ES, 160 FR, 170 IT, 180 JA, 190 PL, 200 RU,\n"
-    L"                           220 TW, 230 ZH (the language of Windows)\n"
+    L"  --language ID            the language, by an id that stands below (the language of Windows)\n"
     L"  --unattended             press the buttons of what the library shows, and print what it says\n"
     L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n"
     L"  --look MS                look at a window for so long before pressing when unattended (0)\n";
@@ -102,7 +101,7 @@ int wmain(int argc, wchar_t** argv)
 {
     auto options = ReadOptions(argc, argv);
     if (!options) {
-        std::fputws(Usage, stderr);
+        std::fputws((Usage + (L"\n  " + LanguageIds()) + L"\n").c_str(), stderr);
         return 2;
     }
     if (options->call) {
