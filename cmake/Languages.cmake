@@ -24,7 +24,8 @@ else()
 endif()
 
 set(tool "${CMAKE_SOURCE_DIR}/tools/language_files.py")
-set(tool_check "${CMAKE_SOURCE_DIR}/tools/language_file_check.py")
+set(tool_files language_files.py language_file_check.py po_file.py text_width.py)
+list(TRANSFORM tool_files PREPEND "${CMAKE_SOURCE_DIR}/tools/")
 set(template "${CMAKE_SOURCE_DIR}/languages/product_services.pot")
 set(texts "${CMAKE_SOURCE_DIR}/src/text")
 set(lang_dir "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang")
@@ -37,6 +38,6 @@ add_custom_command(OUTPUT "${languages_stamp}"
     COMMAND "${Python3_EXECUTABLE}" -B "${tool}" build ${po_files} --into "${lang_dir}"
     COMMAND "${Python3_EXECUTABLE}" -B "${tool}" check "${lang_dir}"
     COMMAND "${CMAKE_COMMAND}" -E touch "${languages_stamp}"
-    DEPENDS ${po_files} "${template}" "${tool}" "${tool_check}" "${texts}/text_ids.h" "${texts}/default_texts.cpp"
+    DEPENDS ${po_files} "${template}" ${tool_files} "${texts}/text_ids.h" "${texts}/default_texts.cpp"
     COMMENT "Making the language files" VERBATIM)
 add_custom_target(language_files ALL DEPENDS "${languages_stamp}")

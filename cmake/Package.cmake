@@ -33,8 +33,8 @@ install(FILES "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.wxs"
     "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.iss" "${CMAKE_SOURCE_DIR}/samples/installer/sample_host.nsi"
     DESTINATION samples/installer)
 install(FILES "${CMAKE_SOURCE_DIR}/tools/product_service.py" "${CMAKE_SOURCE_DIR}/tools/catalogue.json"
-    "${CMAKE_SOURCE_DIR}/tools/language_files.py" "${CMAKE_SOURCE_DIR}/tools/language_file_check.py"
     DESTINATION tools)
+install(FILES ${tool_files} DESTINATION tools)
 
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/README.md" DESTINATION .)
 foreach(document host-guide installers language-files service troubleshooting)

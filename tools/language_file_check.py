@@ -5,6 +5,8 @@ import collections
 import os
 import re
 
+from text_width import width_problems
+
 TEXT_COUNT = 88
 SINGLE_LINE_TEXTS = (12, 22, 23, 24, 38)  # what the upgrade center shows
 BUTTON_TEXTS, TITLE_TEXT = (12, 38), 22
@@ -65,6 +67,12 @@ def text_problems(text_id, text, english):
         yield 'the button takes "&" for the mark of a key and does not show it; "&&" shows one'
     if text_id == TITLE_TEXT and "&" in text:
         yield 'the heading takes "&" for the mark of a key, the title does not; write a word'
+
+
+def window_problems(text_id, text, english):
+    """Adds where a text seems too long for its place. It is an estimate, which keeps nobody from building."""
+    yield from text_problems(text_id, text, english)
+    yield from width_problems(text_id, text)
 
 
 def other_encoding(data):
@@ -154,5 +162,5 @@ def file_problems(path, english, homes):
     yield from structure_problems(path, lines, english, homes)
     yield from sign_problems(path, lines)
     for i, text in english.items():
-        for what in text_problems(i, shown(lines[i]), text) if i < len(lines) else ():
+        for what in window_problems(i, shown(lines[i]), text) if i < len(lines) else ():
             yield at(path, i + 1, what)

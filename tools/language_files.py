@@ -9,14 +9,11 @@ import re
 import sys
 
 from language_file_check import (TEXT_COUNT, FileError, at, file_problems, is_read_only, read_bytes, read_lines, shown,
-                                 structure_problems, text_problems)
-
-try:
-    import polib
-except ImportError:
-    sys.exit("language_files: Python's polib is missing; install Debian's python3-polib, or: pip install polib")
+                                 structure_problems, text_problems, window_problems)
+from po_file import new_entry, po_bytes, read_po, require_polib
 
 HERE = pathlib.Path(__file__).resolve().parent
+# The code of a PO file by its name; a header "X-Language-Code: US" in it wins, and --as over both.
 CODES = {"en": "EN", "cs": "CZ", "de": "DE", "es": "ES", "fr": "FR", "it": "IT", "ja": "JA", "pl": "PL", "ru": "RU",
          "zh_TW": "TW", "zh_HK": "TW", "zh_Hant": "TW", "zh_CN": "ZH", "zh_Hans": "ZH", "en_US": "US"}
 EPILOG = """\
@@ -25,47 +22,30 @@ A file that is there already and differs stays as it is without --overwrite.
 Exit status: 0 all is well, 1 something is wrong, 2 wrong usage."""
 
 
-def write_bytes(path, data, overwrite):
-    """Replaces the file as a whole; what differs from `data` is replaced only where the user said so."""
-    if path.exists():
-        if read_bytes(path) == data:
-            return
-        if not overwrite:
-            raise FileError(f"{path} is there already and differs; --overwrite replaces it.")
-        if is_read_only(path):
-            raise FileError(f"{path} is read-only.")
-    new = path.with_name(path.name + ".new")
-    try:
-        path.parent.mkdir(parents=True, exist_ok=True)
-        new.write_bytes(data)
-        os.replace(new, path)
-    except OSError as error:
-        if new.exists():
-            new.unlink()
-        raise FileError(f"{path} cannot be written: {error.strerror}.") from error
+def keep_what_is_there(path, data, overwrite):
+    """Ends where writing `data` would replace another file without the user's leave."""
+    if not path.exists() or read_bytes(path) == data:
+        return
+    if not overwrite:
+        raise FileError(f"{path} is there already and differs; --overwrite replaces it.")
+    if is_read_only(path):
+        raise FileError(f"{path} is read-only.")
 
 
-def read_po(path):
-    """The entries of a PO file or template that are in use."""
-    data = read_bytes(path)
-    try:
-        data.decode("utf-8")
-        entries = polib.pofile(str(path), encoding="utf-8-sig")
-    except UnicodeDecodeError as error:
-        raise FileError(at(path, data[:error.start].count(b"\n") + 1, "this is not UTF-8")) from error
-    except (OSError, ValueError, IndexError) as error:
-        line = re.search(r"\(line (\d+)\)", str(error))
-        raise FileError(at(path, line[1] if line else 1, "this is not PO")) from error
-    charset = re.search(r"charset=(\S+)", entries.metadata.get("Content-Type", "charset=UTF-8"))
-    if charset and charset[1].upper() not in ("UTF-8", "CHARSET"):
-        raise FileError(at(path, 1, f"the header says {charset[1]}; save the file as UTF-8"))
-    entries, rows = [entry for entry in entries if not entry.obsolete], data.splitlines()
-    for entry in entries:  # polib has the line of an entry's comments
-        while entry.linenum < len(rows) and not rows[entry.linenum - 1].lstrip().startswith(b"msg"):
-            entry.linenum += 1
-    if not entries:
-        raise FileError(at(path, 1, "this is not PO, or holds no texts"))
-    return entries
+def write_files(files, overwrite):
+    """Replaces each file as a whole, and none where one must not be replaced."""
+    for path, data in files.items():
+        keep_what_is_there(path, data, overwrite)
+    for path, data in files.items():
+        new = path.with_name(path.name + ".new")
+        try:
+            path.parent.mkdir(parents=True, exist_ok=True)
+            new.write_bytes(data)
+            os.replace(new, path)
+        except OSError as error:
+            if new.exists():
+                new.unlink()
+            raise FileError(f"{path} cannot be written: {error.strerror}.") from error
 
 
 def read_english(template):
@@ -78,7 +58,7 @@ def read_english(template):
     return english
 
 
-def read_translation(path, english):
+def read_translation(path, english, problems_of=text_problems):
     """The texts of a PO file by their ids, English where there is no translation, and what is wrong with them."""
     texts, lines, problems = dict(english), {}, []
     for entry in read_po(path):
@@ -94,7 +74,11 @@ def read_translation(path, english):
         lines[text_id] = line
         if entry.translated():
             texts[text_id] = entry.msgstr
-            problems += [at(path, line, what) for what in text_problems(text_id, entry.msgstr, english[text_id])]
+            problems += [at(path, line, what) for what in problems_of(text_id, entry.msgstr, english[text_id])]
+    missing = [str(text_id) for text_id in english if text_id not in lines]
+    if missing:
+        problems.append(f"{path} lacks the texts {', '.join(missing)}: the file is cut off, or msgmerge must bring it "
+                        "up to date.")
     return texts, problems
 
 
@@ -112,7 +96,7 @@ def known_texts(path, english, folder):
 def check_file(path, english, folder):
     try:
         if path.suffix == ".po":
-            return read_translation(path, english)[1]
+            return read_translation(path, english, window_problems)[1]
         return list(file_problems(path, english, known_texts(path, english, folder)))
     except FileError as error:
         return [str(error)]
@@ -131,44 +115,37 @@ def check(options):
     return problems
 
 
-def code_of(path):
-    """The language code of a PO file, from its name: fr.po and fr_CA.po are both for FR."""
+def code_of(path, given=None):
+    """The language code of a PO file: what is given, or from its name, where fr.po and fr_CA.po are both for FR."""
     name = path.stem.replace("-", "_")
-    code = CODES.get(name) or CODES.get(name.split("_")[0])
-    if not code:
-        raise FileError(f"{path} is for no language that a host can ask for; these are {', '.join(CODES)}.")
+    code = given or CODES.get(name) or CODES.get(name.split("_")[0])
+    if code not in CODES.values():
+        raise FileError(f"{path} is for no language that a host can ask for; these are {', '.join(CODES)}. Every other "
+                        "one can be built with --as US, which hosts show for ids that they do not know.")
     return code
 
 
 def build(options):
     english = read_english(options.template)
-    made, problems = {}, []
+    sources, made, problems = {}, {}, []
     for path in options.files:
         texts, found = read_translation(path, english)
         problems += found
-        code = code_of(path)
-        if code in made:
-            raise FileError(f"{path} is one translation too many for {code}.")
+        code = code_of(path, options.code or read_po(path).metadata.get("X-Language-Code"))
+        if code in sources:
+            raise FileError(f"{sources[code]} and {path} are both for {code}, for which hosts find one file; choose.")
+        sources[code] = path
         lines = [texts.get(i, f"(reserved {i})").replace("\n", "|") for i in range(TEXT_COUNT)]
-        made[code] = "\n".join(lines).encode("utf-16-le")
-    for code, data in made.items() if not problems else ():
-        write_bytes(options.into / code / f"Vemo_{code}.lang", data, options.overwrite)
+        made[options.into / code / f"Vemo_{code}.lang"] = "\n".join(lines).encode("utf-16-le")
+    write_files(made if not problems else {}, options.overwrite)
     return problems
-
-
-def po_bytes(entries, language=""):
-    file = polib.POFile(wrapwidth=110)
-    file.header = "Texts of the update check and the upgrade center."
-    file.metadata = {"Project-Id-Version": "ProductServices", "Language": language, "MIME-Version": "1.0",
-                     "Content-Type": "text/plain; charset=UTF-8", "Content-Transfer-Encoding": "8bit"}
-    file.extend(entries)
-    return f"{file}".encode("utf-8")
 
 
 def import_file(options):
     """What an editor may have added is left away: byte-order mark, carriage returns, last line feed."""
     entries, english = read_po(options.template), read_english(options.template)
-    code_of(options.target)
+    code = "US" if options.source.name == "Vemo_US.lang" else None
+    code_of(options.target, code)
     lines, problems = read_lines(options.source)
     if lines[TEXT_COUNT:] in ([""], ["\r"]):
         lines.pop()
@@ -178,7 +155,7 @@ def import_file(options):
         for entry in entries:
             text = shown(lines[int(entry.msgctxt)])
             entry.msgstr = "" if text == entry.msgid else text
-        write_bytes(options.target, po_bytes(entries, options.target.stem), options.overwrite)
+        write_files({options.target: po_bytes(entries, options.target.stem, code)}, options.overwrite)
     return problems
 
 
@@ -192,12 +169,11 @@ def built_in_entries(sources):
         raise FileError(f"{sources}: text_ids.h and default_texts.cpp differ in their texts, or a comment is missing.")
     for comment, name, text_id in ids:
         if not comment.startswith("/// Not shown"):
-            yield polib.POEntry(msgctxt=text_id, msgid=polib.unescape(texts[name]), flags=["c-format"],
-                                comment=comment.replace("/// ", "").strip())
+            yield new_entry(text_id, texts[name], comment.replace("/// ", "").strip())
 
 
 def make_template(options):
-    write_bytes(options.target, po_bytes(built_in_entries(options.sources)), options.overwrite)
+    write_files({options.target: po_bytes(built_in_entries(options.sources))}, options.overwrite)
     return []
 
 
@@ -224,6 +200,8 @@ def parse_options():
         if name == "build":
             command.add_argument("--into", type=pathlib.Path, default=pathlib.Path("lang"), metavar="FOLDER",
                                  help="(%(default)s)")
+            command.add_argument("--as", dest="code", metavar="CODE", choices=sorted(set(CODES.values())),
+                                 help="makes the file of another code: US, for a language that no host can ask for")
         if name != "check":
             command.add_argument("--overwrite", action="store_true", help="replace files that are there and differ")
     return parser.parse_args()
@@ -233,6 +211,7 @@ def main():
     options = parse_options()
     sys.stdout.reconfigure(errors="backslashreplace")  # for consoles of Windows
     try:
+        require_polib()
         problems = options.action(options)
     except FileError as error:
         problems = [error]
