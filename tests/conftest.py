@@ -3,6 +3,7 @@
 import os
 import pathlib
 import re
+import shutil
 import signal
 import subprocess
 import sys
@@ -12,6 +13,7 @@ import pytest
 REPOSITORY = pathlib.Path(__file__).parent.parent
 ADDRESS = os.environ["TESTS_ADDRESS"]
 OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8"}
+CATALOGUE = re.sub("https://[^:/]+", f"https://{ADDRESS}", (REPOSITORY / "tools/catalogue.json").read_text("utf-8"))
 MAKER_KEY = r"HKCU\Software\Example Maker"
 # Another maker's product family, with characters that mean something to CMake, C, C++, resource scripts, XML, JSON,
 # Markdown or a shell, and with characters of one to four bytes.
@@ -25,15 +27,21 @@ STRANGE_FAMILY = {
 }
 
 
+def pytest_sessionfinish(session, exitstatus):
+    """Empties the tests' folders, which stay below the build only where a test has failed."""
+    if exitstatus == 0 and session.config.option.basetemp:
+        shutil.rmtree(session.config.option.basetemp, ignore_errors=True)
+
+
 def run(*command, **options):
     """Exit status and output of a program, which ends with all that it started when it takes too long."""
     ended = subprocess.run(["/usr/bin/timeout", "30", *map(str, command)], **OUTPUT, check=False, **options)
     return ended.returncode, ended.stdout
 
 
-def end(service):
+def end(service, number=signal.SIGINT):
     """The rest of what a service logged, once it has ended in order."""
-    service.send_signal(signal.SIGINT)
+    service.send_signal(number)
     log = service.communicate(timeout=20)[0].splitlines()
     assert service.returncode == 0, log
     return log
@@ -47,22 +55,32 @@ def build():
 @pytest.fixture(scope="session")
 def wine():
     """Runs a Windows program as run() does."""
-    return lambda *command, **options: run(REPOSITORY / "scripts/run_wine.sh", *command, **options)
+    def run_windows_program(*command, **options):
+        return run(REPOSITORY / "scripts/run_wine.sh", *command, **options)
+    return run_windows_program
 
 
 @pytest.fixture
-def service(tmp_path):
-    """Starts development services, whose offers have the tests' own address."""
-    services, offers = [], (REPOSITORY / "tools/catalogue.json").read_text("utf-8")
-    (tmp_path / "catalogue.json").write_text(re.sub("https://[^:/]+", f"https://{ADDRESS}", offers), "utf-8")
+def service_command(tmp_path):
+    """The command line of a development service, before its options; its offers have the tests' own address."""
+    (tmp_path / "catalogue.json").write_text(CATALOGUE, "utf-8")
+    return [sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--catalogue", tmp_path / "catalogue.json",
+            "--address", ADDRESS]
+
+
+@pytest.fixture
+def service(service_command, tmp_path):
+    """Starts development services, and ends those that run at the end of the test."""
+    services = []
 
     def start(*options, port=0):
-        command = [sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--catalogue", "catalogue.json",
-                   "--address", ADDRESS, "--port", str(port), *options]
-        services.append(subprocess.Popen(command, cwd=tmp_path, **OUTPUT))
-        ready = services[-1].stdout.readline()
-        services[-1].port = int(re.match(r"Product service ready at https://[0-9.]+:(\d+) ", ready)[1])
-        return services[-1]
+        started = subprocess.Popen([*service_command, "--port", str(port), *options], cwd=tmp_path, **OUTPUT)
+        services.append(started)
+        ready = started.stdout.readline()
+        assert re.fullmatch(rf"Product service ready at https://{ADDRESS}:\d+ \(Ctrl-C ends it\)\n", ready)
+        started.port = int(re.search(r":(\d+) ", ready)[1])
+        return started
+
     yield start
     for started in services:
         started.kill()

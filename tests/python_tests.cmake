@@ -24,10 +24,13 @@ target_link_libraries(crash PRIVATE compiler_settings)
 add_executable(guard_host guard/guard_host.c)
 target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuard)
 
-# add_python_test(NAME [PROPERTY VALUE...]): runs tests/NAME.py with the folder of the built programs at hand.
+file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/pytest")
+# add_python_test(NAME [PROPERTY VALUE...]): runs tests/NAME.py with the folder of the built programs at hand and its own folders
+# in the build.
 function(add_python_test name)
     add_test(NAME python.${name}
-        COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
+        COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider --basetemp "${CMAKE_BINARY_DIR}/pytest/${name}"
+            "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
     set_tests_properties(python.${name} PROPERTIES TIMEOUT 60
         ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};TESTS_ADDRESS=${TESTS_ADDRESS}" ${ARGN})
 endfunction()

@@ -1,16 +1,30 @@
 """Looks into the built ProductServices.dll: what a host and Windows find there."""
 
-import hashlib
 import re
 import struct
 
 import pefile
 import pytest
 
-from conftest import REPOSITORY
+from conftest import REPOSITORY, run
 
+SAMPLE = REPOSITORY / "product_family/sample"
 WINDOWS = "advapi32 bcrypt comctl32 crypt32 gdi32 kernel32 msvcrt ole32 oleaut32 shell32 shlwapi user32 ws2_32".split()
-TEMPLATE = "6fcdb99fa008ebec45a043287260231a5db9ce7082323ae89b22a2cc287827bb"
+WS_POPUP, WS_CHILD, WS_VISIBLE, WS_BORDER, WS_SYSMENU = 0x80000000, 0x40000000, 0x10000000, 0x800000, 0x80000
+WS_GROUP, WS_TABSTOP, DS_SETFONT, DS_FIXEDSYS, DS_3DLOOK = 0x20000, 0x10000, 0x40, 0x8, 0x4
+BS_DEFPUSHBUTTON, LVS_REPORT, LVS_SINGLESEL, LVS_ALIGNLEFT = 0x1, 0x1, 0x4, 0x800
+SHOWN, LIST = WS_CHILD | WS_VISIBLE, LVS_REPORT | LVS_SINGLESEL | LVS_ALIGNLEFT
+DIALOG = f"""\
+331 DIALOGEX 0, 0, 442, 259
+STYLE {WS_POPUP | WS_BORDER | WS_SYSMENU | DS_SETFONT | DS_FIXEDSYS | DS_3DLOOK:#x}
+FONT 8, "MS Shell Dlg", 400, 0, 1
+BEGIN
+  DEFPUSHBUTTON "Upgrade", 1, 316, 238, 50, 14, {SHOWN | WS_TABSTOP | BS_DEFPUSHBUTTON:#x}
+  PUSHBUTTON "Cancel", 2, 376, 238, 50, 14, {SHOWN | WS_TABSTOP:#x}
+  CONTROL "", 1031, "SYSLISTVIEW32", {SHOWN | WS_TABSTOP | WS_BORDER | LIST:#x}, 166, 30, 259, 201
+  LTEXT "Static", 1021, 167, 13, 258, 8, {SHOWN | WS_GROUP:#x}
+END
+"""
 
 
 @pytest.fixture(scope="module")
@@ -20,30 +34,33 @@ def library(build):
 
 def test_it_is_a_64_bit_library_for_hardened_processes_with_two_exports(library):
     assert library.FILE_HEADER.Machine == pefile.MACHINE_TYPE["IMAGE_FILE_MACHINE_AMD64"]
-    # High-entropy and any base address, and no code in data.
-    assert library.OPTIONAL_HEADER.DllCharacteristics & 0x160 == 0x160
+    for flag in ("HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"):
+        assert getattr(library.OPTIONAL_HEADER, f"IMAGE_DLLCHARACTERISTICS_{flag}"), flag
     assert [symbol.name for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols] == [b"CheckForUpdates", b"Upgrade"]
-    assert {entry.dll.decode().lower()[:-4] for entry in library.DIRECTORY_ENTRY_IMPORT} <= set(WINDOWS)
+
+
+def test_it_needs_nothing_but_windows(library):
+    assert {entry.dll.decode().lower().removesuffix(".dll") for entry in library.DIRECTORY_ENTRY_IMPORT} <= set(WINDOWS)
     imported = {symbol.name for entry in library.DIRECTORY_ENTRY_IMPORT for symbol in entry.imports}
     assert b"InitCommonControlsEx" in imported, "it registers the class of its list view itself"
 
 
-def test_its_pictures_are_the_familys_and_no_path_is_the_machines(build):
-    data, family = (build / "bin/ProductServices.dll").read_bytes(), REPOSITORY / "product_family/sample"
+def test_its_pictures_are_the_familys(library):
     for number in (332, 333, 335, 343, 1077):
-        assert (family / f"background_{number}.bmp").read_bytes()[14:] in data, number
-    icon = (family / "library.ico").read_bytes()
-    for width, size, at in struct.iter_unpack("<B7xII", icon[6:6 + 16 * icon[4]]):
-        assert icon[at:at + size] in data, width
-    assert not [path for path in (bytes(REPOSITORY), b"/tmp/", b"ca-certificates") if path in data], "the machine's"
+        assert (SAMPLE / f"background_{number}.bmp").read_bytes()[14:] in library.__data__[:], number
+    icon = (SAMPLE / "library.ico").read_bytes()
+    for width, size, start in struct.iter_unpack("<B7xII", icon[6:6 + 16 * icon[4]]):
+        assert icon[start:start + size] in library.__data__[:], width
 
 
-def test_the_template_of_its_dialog_is_the_one_that_hosts_know(library):
-    dialogs, = (kind for kind in library.DIRECTORY_ENTRY_RESOURCE.entries if kind.id == 5)
-    dialog, = dialogs.directory.entries
-    at = dialog.directory.entries[0].data.struct
-    template = library.get_data(at.OffsetToData, at.Size)
-    assert (dialog.id, hashlib.sha256(template).hexdigest()) == (331, TEMPLATE)
+def test_it_holds_no_path_of_the_machine_that_built_it(library):
+    assert [path for path in (bytes(REPOSITORY), b"/tmp/", b"ca-certificates") if path in library.__data__[:]] == []
+
+
+def test_its_only_dialog_is_the_one_that_hosts_know(build):
+    status, resources = run("x86_64-w64-mingw32-windres", "-J", "coff", "-O", "rc", build / "bin/ProductServices.dll")
+    assert status == 0
+    assert re.findall(r"(?ms)^\d+ DIALOG.*?^END\n", resources) == [DIALOG]
 
 
 @pytest.mark.parametrize("name, description", [

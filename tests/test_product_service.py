@@ -1,36 +1,114 @@
-"""Talks to the development product service over HTTPS."""
+"""Talks to the development product service over HTTPS: its answers, what it logs, and what it ends with."""
 
 import json
+import signal
 import socket
 import ssl
 
-from conftest import ADDRESS, end
+import pytest
 
-UNKNOWN, MALFORMED = (b'{"status": 0, "error": "%s"}' % error for error in (b"unknown product key", b"malformed query"))
-UPDATES, QUERY = "/get_updates.php", "api_key=a&key={}&hardware_id=h&version={}&up={}"
+from conftest import ADDRESS, CATALOGUE, end, run
+
+UPDATES = "POST /get_updates.php"
+UNKNOWN_KEY = b'{"status": 0, "error": "unknown product key"}'
+MALFORMED = b'{"status": 0, "error": "malformed query"}'
+REFUSED = b'{"status": 0, "error": "refused on request"}'
+CHECK = "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)"
+OFFERS = json.dumps(json.loads(CATALOGUE)["DRAFT-2026-DEMO"]["2026.1"]).encode()
+PAGE = b"<!DOCTYPE html><title>Purchase</title><h1>&lt;b&gt;draft&amp;co</h1><p>Nothing is sold here.</p>\n"
 TLS = ssl._create_unverified_context()
 TLS.options &= ~ssl.OP_IGNORE_UNEXPECTED_EOF
 
 
-def ask(connection, path, body):
+def query(key="DRAFT-2026-DEMO", version="2026.1", up=1):
+    return f"api_key=a&key={key}&hardware_id=h&version={version}&up={up}"
+
+
+def ask(port, request, body=""):
     """Status and body of a reply, which must come as one TLS record and with the end of TLS after it."""
-    with TLS.wrap_socket(connection, suppress_ragged_eofs=False) as client:
-        client.sendall(f"POST {path} HTTP/1.1\r\nContent-Length: {len(body.encode())}\r\n\r\n{body}".encode())
+    with TLS.wrap_socket(socket.create_connection((ADDRESS, port), 20), suppress_ragged_eofs=False) as client:
+        client.sendall(f"{request} HTTP/1.1\r\nContent-Length: {len(body.encode())}\r\n\r\n{body}".encode())
         head, _, reply = client.recv(16384).partition(b"\r\n\r\n")
         assert client.recv(1) == b""
-        return head[9:12], reply
+        headers = {f"Content-Length: {len(reply)}", "Connection: close"}
+        assert not head or headers <= set(head.decode().splitlines())
+        assert not head or (b"Content-Type: application/json" in head) == (request == UPDATES)
+        return head[9:12].decode(), reply
 
 
-def test_each_request_has_its_answer_and_its_line_and_a_silent_client_holds_up_nothing(service, tmp_path):
+def test_each_request_has_its_answer_and_its_line_while_a_silent_client_waits(service):
     running = service()
-    offers = json.dumps(json.loads((tmp_path / "catalogue.json").read_text())["DRAFT-2026-DEMO"]["2026.1"]).encode()
-    cases = [("/check.php", "", b"200", b"1", '-> "1"'),
-             (UPDATES, QUERY.format("DRAFT-2026-DEMO", "2026.1", 1), b"200", offers, "up=1 (update check) -> 3 offers"),
-             (UPDATES, QUERY.format("DRAFT-2026-DEMO", "2026.2", 0), b"200", b"", "-> nothing newer"),
-             (UPDATES, QUERY.format("A&key=%41+\u00e9\n", "1", 1), b"200", UNKNOWN, r"key=A&key=%41+é\x0a version=1"),
-             (UPDATES, "api_key=a&key=b&hardware_id=h&up=1", b"400", MALFORMED, "query=api_key=a&key=b")]
+    exchanges = [
+        ("POST /check.php", "", "200", b"1", '-> "1"'),
+        (UPDATES, query(), "200", OFFERS, f"{CHECK} -> 3 offers"),
+        (UPDATES, query(version="2026.2", up=0), "200", b"",
+         "key=DRAFT-2026-DEMO version=2026.2 up=0 (upgrade center) -> nothing newer (empty body)"),
+        (UPDATES, query(version="1"), "200", b"", "-> version not in the catalogue (empty body)"),
+        (UPDATES, query(key="A&key=%41+é\n"), "200", UNKNOWN_KEY, r"key=A&key=%41+é\x0a version=2026.1"),
+        (UPDATES, "api_key=a&key=b&hardware_id=h&up=1", "400", MALFORMED, "query=api_key=a&key=b"),
+        ("POST /other", "", "404", b"No such path.\n", "-> 404 no such path"),
+        ("GET /check.php", "", "405", b"Use POST.\n", "-> 405 use POST"),
+        ("GET /buy/<b>draft&co", "", "200", PAGE, "-> page for <b>draft&co")]
     with socket.create_connection((ADDRESS, running.port)):
-        for path, body, *answer, _ in cases:
-            assert ask(socket.create_connection((ADDRESS, running.port), 20), path, body) == tuple(answer)
-        for line, (path, *_, logged) in zip(end(running), cases, strict=True):
-            assert line.startswith(f"POST {path} ") and logged in line
+        for request, body, status, reply, _ in exchanges:
+            assert ask(running.port, request, body) == (status, reply), body
+        log = end(running)
+    for (request, body, _, _, logged), line in zip(exchanges, log, strict=True):
+        assert line.startswith(f"{request} ") and logged in line, body
+
+
+def test_a_path_in_the_address_of_the_service_may_stand_before_each(service_command, service, tmp_path):
+    tool = service_command[2].read_text("utf-8")
+    service_command[2] = tmp_path / "product_service.py"
+    service_command[2].write_text(tool.replace("https://localhost:18443", "https://localhost:18443/base"), "utf-8")
+    assert ask(service().port, "POST /base/check.php") == ("200", b"1")
+
+
+@pytest.mark.parametrize("options, reply, logged", [
+    pytest.param(["--answer", "refusal"], REFUSED, "refusal: refused on request", id="a refusal"),
+    pytest.param(["--answer", "empty"], b"", "empty body", id="nothing"),
+    pytest.param(["--answer", "offers"], OFFERS, "3 offers", id="the first offers"),
+    pytest.param(["--answer-file", "answer"], b"\xff bytes", "7 bytes of answer", id="a file's bytes")])
+def test_one_answer_for_every_query(service, tmp_path, options, reply, logged):
+    (tmp_path / "answer").write_bytes(b"\xff bytes")
+    running = service(*options)
+    assert ask(running.port, UPDATES, query(version="any")) == ("200", reply)
+    assert end(running) == [f"{UPDATES}  {CHECK} -> {logged}".replace("2026.1", "any")]
+
+
+def test_a_connection_closed_without_an_answer_and_a_probe_that_is_not_reachable(service):
+    running = service("--answer", "close", "--check-answer", "0")
+    assert ask(running.port, "POST /check.php") == ("200", b"0")
+    assert ask(running.port, UPDATES, query()) == ("", b"")
+    assert end(running, signal.SIGTERM) == ['POST /check.php -> "0"', f"{UPDATES}  {CHECK} -> closed without an answer"]
+
+
+def test_a_client_that_speaks_no_tls_and_one_that_speaks_no_http_are_logged(service):
+    running = service()
+    with socket.create_connection((ADDRESS, running.port), 20) as client:
+        client.sendall(b"POST /check.php HTTP/1.1\r\n\r\n")
+        assert running.stdout.readline().startswith("connection without a TLS handshake: ")
+    ask(running.port, "nonsense /")
+    assert end(running)[0].startswith("request not served: ")
+
+
+@pytest.mark.parametrize("text, said", [
+    pytest.param("{", "is broken: Expecting property name", id="no JSON"),
+    pytest.param("[]", "is broken: ", id="a list"),
+    pytest.param('{"K": {"1": [{"name": "n", "version": "2"}]}}', 'is broken: "K" version "1", offer', id="no address"),
+    pytest.param('{"K": {"1": [{"name": "n", "version": 2, "url": "u"}]}}', 'is broken: "K"', id="a number"),
+    pytest.param('{"K": {"1": []}}', "has no offers to answer with", id="no offers to answer with")])
+def test_a_broken_catalogue_ends_the_service_with_a_sentence(service_command, tmp_path, text, said):
+    (tmp_path / "catalogue.json").write_text(text, "utf-8")
+    status, sentence = run(*service_command, "--port", "0", "--answer", "offers")
+    assert status == 1 and sentence.startswith(f"product_service: the catalogue {tmp_path}/catalogue.json {said}")
+
+
+def test_what_it_cannot_start_with_is_named(service, service_command):
+    taken = service().port
+    for option, value, what in (("--port", taken, f"{ADDRESS}:{taken}"), ("--catalogue", "none.json", "none.json"),
+                                ("--answer-file", "none", "none")):
+        status, sentence = run(*service_command, option, value)
+        assert status == 1 and sentence.startswith(f"product_service: cannot open {what}: ")
+    status, sentence = run(*service_command, "--port", "0", env={"PATH": "/nowhere"})
+    assert status == 1 and sentence.startswith("product_service: openssl could not make the certificate: ")
