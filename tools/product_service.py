@@ -136,7 +136,9 @@ class RequestHandler(http.server.BaseHTTPRequestHandler):
         """Log the request with its answer, then send it; the connection ends after it."""
         say(f"{self.command} {printable(self.path)}{details} -> {summary}")
         self.close_connection = True
-        if body is not None:
+        if body is None:
+            self.connection.settimeout(0)  # the end of TLS goes out, and nobody waits for the client's
+        else:
             self.send_response_only(status)
             self.send_header("Content-Type", kind)
             self.send_header("Content-Length", str(len(body)))
