@@ -13,6 +13,7 @@
 #define PRODUCT_SERVICES_GUARDED_CALLS_H
 
 #include "product_services/product_services.h"
+#include "product_services/publisher.h"
 
 /** How a guarded call ended. */
 enum ProductServicesOutcome

@@ -47,6 +47,14 @@ struct ProxyResult
     std::wstring text;
 };
 
+struct PublisherResult
+{
+    /// Start the file only where this is PRODUCT_SERVICES_PUBLISHER_TRUSTED.
+    ProductServicesPublisher found = PRODUCT_SERVICES_PUBLISHER_UNREADABLE;
+    /// A sentence that says what was found.
+    std::wstring text;
+};
+
 namespace detail {
 
 constexpr std::uint32_t TextCapacity = 0x10000;
@@ -97,6 +105,14 @@ inline ProxyResult UseWindowsProxy(const std::wstring& serviceAddress = {})
     const wchar_t* address = serviceAddress.empty() ? nullptr : serviceAddress.c_str();
     const auto found = static_cast<ProductServicesProxy>(::UseWindowsProxy(address, text, 1024));
     return {found, text};
+}
+
+/// Whether a downloaded file is signed by the publisher, as publisher.h says.
+inline PublisherResult VerifyPublisher(const std::wstring& path, const std::wstring& publisher)
+{
+    wchar_t text[1024] = L"";
+    const std::uint32_t found = ::VerifyPublisher(path.c_str(), publisher.c_str(), text, 1024);
+    return {static_cast<ProductServicesPublisher>(found), text};
 }
 
 } // namespace product_services
