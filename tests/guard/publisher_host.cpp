@@ -1,0 +1,70 @@
+// Verifies files: publisher_host (PATH PUBLISHER OPTION)..., where an empty text is null. With the option
+// read or write this program has the file open meanwhile, with repeat it verifies it a hundred times more,
+// and a number is what is found wrong with the signer's certificates besides (CERT_TRUST_STATUS, in
+// hexadecimal).
+#include "product_services/product_services.hpp"
+#include "support/import_hook.h"
+#include "support/resource_counts.h"
+
+#include <cstdio>
+#include <string_view>
+
+#include <wincrypt.h>
+
+static DWORD certificateErrors;
+
+static HANDLE WINAPI OpenAgain(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD, HANDLE)
+{
+    std::printf("opened again: ");
+    return INVALID_HANDLE_VALUE;
+}
+
+static BOOL WINAPI FindErrors(
+    HCERTCHAINENGINE engine, PCCERT_CONTEXT signer, FILETIME* time, HCERTSTORE store, CERT_CHAIN_PARA* use,
+    DWORD flags, void* reserved, PCCERT_CHAIN_CONTEXT* chain)
+{
+    const BOOL isBuilt = CertGetCertificateChain(engine, signer, time, store, use, flags, reserved, chain);
+    const_cast<CERT_CHAIN_CONTEXT*>(*chain)->TrustStatus.dwErrorStatus |= certificateErrors;
+    return isBuilt;
+}
+
+static void Repeat(const wchar_t* path, const wchar_t* publisher)
+{
+    auto handles = CountKernelHandles(), bytes = CountPrivateBytes();
+    for (int i = 0; i < 100; ++i) {
+        product_services::VerifyPublisher(path, publisher);
+    }
+    handles = CountKernelHandles() - handles;
+    bytes = CountPrivateBytes() - bytes;
+    if (handles > 10 || bytes > 200'000) {
+        std::printf("%td handles and %td bytes more: ", handles, bytes);
+    }
+}
+
+static void VerifyOne(const wchar_t* path, const wchar_t* publisher, std::wstring_view option)
+{
+    HANDLE file = nullptr;
+    if (option == L"read" || option == L"write") {
+        const DWORD access = option == L"read" ? GENERIC_READ : GENERIC_WRITE;
+        file = CreateFileW(path, access, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    }
+    certificateErrors = std::wcstoul(option.data(), nullptr, 16);
+    if (option == L"repeat") {
+        Repeat(path, publisher);
+    }
+    wchar_t text[200] = L"";
+    const auto found = VerifyPublisher(*path ? path : nullptr, *publisher ? publisher : nullptr, text, 200);
+    std::printf("%u %ls\n", found, text);
+    CloseHandle(file);
+}
+
+int wmain(int count, wchar_t** arguments)
+{
+    const HMODULE windows = LoadLibraryW(L"wintrust.dll");
+    ReplaceImport(windows, "CreateFileW", &OpenAgain);
+    ReplaceImport(windows, "CertGetCertificateChain", &FindErrors);
+    for (int i = 1; i + 2 < count; i += 3) {
+        VerifyOne(arguments[i], arguments[i + 1], arguments[i + 2]);
+    }
+    return 0;
+}
