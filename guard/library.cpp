@@ -1,5 +1,7 @@
 #include "library.h"
 
+#include "windows_calls.h"
+
 #include <cstring>
 #include <cwchar>
 #include <iterator>
@@ -13,8 +15,11 @@ namespace {
 constexpr wchar_t FileName[] = L"ProductServices.dll";
 constexpr DWORD LongestPath = 32768;
 
-// The path of ProductServices.dll in the folder of this DLL; false where it has none.
-bool FindLibrary(wchar_t (&path)[LongestPath])
+// Not on the stack, of which a host may have little.
+wchar_t path[LongestPath];
+
+// Writes the path of ProductServices.dll in the folder of this DLL; false where it has none.
+bool FindLibrary()
 {
     HMODULE self = nullptr;
     const DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
@@ -80,6 +85,9 @@ const wchar_t* TakeExports(HMODULE module, Library& library)
     if (MajorVersion(module) != PRODUCT_SERVICES_VERSION_MAJOR) {
         return L"ProductServices.dll has another major version than ProductServicesGuard.dll.";
     }
+    if (!ComeBetween(module)) {
+        return L"ProductServices.dll cannot be guarded: its calls of Windows are out of reach.";
+    }
     return nullptr;
 }
 
@@ -91,8 +99,7 @@ const Library& LoadProductServices()
     if (library.checkForUpdates) {
         return library;
     }
-    wchar_t path[LongestPath];
-    if (!FindLibrary(path)) {
+    if (!FindLibrary()) {
         library.failure = L"The folder of ProductServicesGuard.dll could not be found out.";
         return library;
     }

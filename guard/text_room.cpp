@@ -50,18 +50,26 @@ wchar_t* MakeRoom()
     return static_cast<wchar_t*>(place);
 }
 
+// Goes with this DLL.
+struct Room
+{
+    ~Room() { VirtualFree(place, 0, MEM_RELEASE); }
+
+    wchar_t* place = nullptr;
+};
+Room room;
+
 } // namespace
 
 wchar_t* RoomForText()
 {
-    static wchar_t* room = nullptr;
-    if (!room) {
-        room = MakeRoom();
+    if (!room.place) {
+        room.place = MakeRoom();
     }
-    if (room) {
-        *room = L'\0';
+    if (room.place) {
+        *room.place = L'\0';
     }
-    return room;
+    return room.place;
 }
 
 } // namespace product_services_guard

@@ -1,19 +1,25 @@
 #!/usr/bin/env bash
-# Fuzzes the reading of replies and language files, natively with clang's sanitizers: scripts/fuzz.sh [SECONDS], 20
-# without. What it learns stays in build/fuzz/corpus; an input that breaks something is written to build/fuzz.
+# Fuzzes what reads replies, language files and addresses, natively with clang's sanitizers: scripts/fuzz.sh [SECONDS]
+# for each of the two targets, 10 without. What they learn stays in build/fuzz/TARGET; an input that breaks something is
+# written there.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/lib/say.sh
 
+# fuzz SECONDS TARGET SOURCE...: builds tests/fuzz/TARGET.cpp with the sources and runs it.
+fuzz() {
+  local folder=build/fuzz/$2
+  mkdir -p "$folder/corpus"
+  say "Building $2"
+  clang++ -std=c++20 -O1 -g -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
+    -Isrc -Iguard -isystem build/deps/json -o "$folder/$2" "tests/fuzz/$2.cpp" "${@:3}"
+  cp "tests/fuzz/seeds/$2"/* "$folder/corpus/"
+  say "Fuzzing for $1 seconds"
+  (cd "$folder" && "./$2" -max_total_time="$1" -print_final_stats=1 corpus) >"$folder/fuzz.log" 2>&1 \
+    || { tail -n 40 "$folder/fuzz.log" >&2; fail "The fuzzer found something; see $folder."; }
+  grep -E 'cov:|number_of_executed_units' "$folder/fuzz.log" | tail -n 2
+}
+
 ./setup.sh clang libclang-rt-14-dev
-mkdir -p build/fuzz/corpus
-say "Building the fuzz target"
-clang++ -std=c++20 -O1 -g -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
-  -Isrc -isystem build/deps/json -o build/fuzz/reply_fuzz \
-  tests/fuzz/reply_fuzz.cpp src/service/service_reply.cpp src/text/utf16.cpp
-printf '%s' '[{"name":"X","version":"2","url":"u"}]' >build/fuzz/corpus/offer
-printf '%s' '{"status":0,"error":"no"}' >build/fuzz/corpus/refusal
-say "Fuzzing for ${1:-20} seconds"
-(cd build/fuzz && ./reply_fuzz -max_total_time="${1:-20}" -print_final_stats=1 corpus) >build/fuzz/fuzz.log 2>&1 \
-  || { tail -n 40 build/fuzz/fuzz.log >&2; fail "The fuzzer found something; see build/fuzz."; }
-grep -E 'cov:|number_of_executed_units' build/fuzz/fuzz.log | tail -n 2
+fuzz "${1:-10}" reply_fuzz src/service/service_reply.cpp src/text/utf16.cpp
+fuzz "${1:-10}" address_fuzz guard/plain_address.cpp guard/trusted_hosts.cpp

@@ -4,8 +4,9 @@
  * ProductServices.dll in its own folder and nowhere else, loads it at the first call and keeps it.
  *
  * Whatever the service or a language file holds, a guarded call returns, with plain values, and writes no
- * further than the capacity that comes with the buffer. All else is as product_services.h says: the thread,
- * one call at a time, the windows, and the first call that wins.
+ * further than the capacity that comes with the buffer. A second call while one runs, from whatever thread,
+ * is refused and does not disturb the first. All else is as product_services.h says: the thread, the windows,
+ * and the first call that wins.
  *
  * The calls have the one calling convention of 64-bit Windows. They throw nothing.
  */
@@ -24,16 +25,42 @@ enum ProductServicesOutcome
     PRODUCT_SERVICES_REPORTED = 1,
     /** The reply made no sense, or the call failed in another way; the text is that of the error. */
     PRODUCT_SERVICES_CALL_FAILED = 2,
-    /** ProductServices.dll could not be called; the text is a sentence that says why. */
+    /** ProductServices.dll could not be called, or another call runs; the text is a sentence that says why.
+     */
     PRODUCT_SERVICES_NOT_CALLED = 3,
-    /** The record is null, or its size is smaller than that of GuardedCall; nothing was written. */
-    PRODUCT_SERVICES_BAD_RECORD = 4
+    /**
+     * The record cannot be used, and nothing was sent. Where options or trustedHosts are to blame, the text
+     * is a sentence that says why; where the record is null or too small, nothing was written.
+     */
+    PRODUCT_SERVICES_BAD_RECORD = 4,
+    /**
+     * The service gave an address that does not lead to one of trustedHosts. It was not opened and not
+     * reported; the text is the address. Do not open it.
+     */
+    PRODUCT_SERVICES_UNTRUSTED_ADDRESS = 5,
+    /** A message was not shown, since the check is quiet; the text is the message. */
+    PRODUCT_SERVICES_MESSAGE_WITHHELD = 6
+};
+
+/** What GuardedCall::options may hold, added up. */
+enum ProductServicesOption
+{
+    /**
+     * The check shows no message box and makes no sound, for checks that the user has not asked for. For
+     * GuardedCheckForUpdates alone.
+     */
+    PRODUCT_SERVICES_QUIET = 1,
+    /**
+     * The upgrade center is scaled as the windows of the host are, which leaves its picture small on screens
+     * of more than 100 %. Without this the system enlarges the window as a whole.
+     */
+    PRODUCT_SERVICES_HOST_SCALING = 2
 };
 
 /** The record of a guarded call, which the host owns with all that it points to. Zero it, then fill it in. */
 typedef struct GuardedCall
 {
-    /** In: sizeof(GuardedCall). */
+    /** In: sizeof(GuardedCall). Members behind it are not read: an older host's record is shorter. */
     uint32_t size;
     /** In: as in HostContext, like the three texts. */
     int32_t languageId;
@@ -48,7 +75,26 @@ typedef struct GuardedCall
     uint32_t resultCode;
     /** Out: 1 where the text was longer than the buffer and was cut, at a whole character; else 0. */
     uint32_t isTextCut;
-    uint32_t reserved;
+    /** In: a sum of ProductServicesOption. Not read of a record without trustedHosts. */
+    uint32_t options;
+    /**
+     * In: the hosts that an address of the service may lead to, such as
+     *
+     *     L"example.com;*.example.com;shop.example.org:8443"
+     *
+     * or null for any. Entries are separated by semicolons; each is a name, or "*." and a name for all names
+     * below it but not itself, and a port where that is not 443. Upper and lower case are the same.
+     *
+     * An address is trusted where it is https and leads to an entry's host and port, and is in its plain
+     * form, which all readers of addresses read alike: "https://", a name, ":" and a port or nothing, and
+     * then the end or "/" and whatever may follow in an address (RFC 3986), 2,083 characters at most. A name
+     * is labels of ASCII letters, digits and inner hyphens with single dots between, of which the last is no
+     * number: an IP address is never trusted. Names of other scripts are written as in the DNS ("xn--...").
+     *
+     * What is not trusted ends the call with PRODUCT_SERVICES_UNTRUSTED_ADDRESS: the download address of a
+     * check, and the purchase address of a chosen offer, which is then not handed to the shell.
+     */
+    const wchar_t* trustedHosts;
 } GuardedCall;
 
 /** What UseWindowsProxy found. */
@@ -65,7 +111,8 @@ enum ProductServicesProxy
 };
 
 static_assert(offsetof(GuardedCall, text) == 32, "GuardedCall layout");
-static_assert(sizeof(GuardedCall) == 56, "GuardedCall layout");
+static_assert(offsetof(GuardedCall, trustedHosts) == 56, "GuardedCall layout");
+static_assert(sizeof(GuardedCall) == 64, "GuardedCall layout");
 
 #ifdef __cplusplus
 extern "C" {

@@ -11,13 +11,17 @@
 
 namespace product_services {
 
-/// The calling product. The members mean what those of HostContext mean.
+/// The calling product. The members mean what those of GuardedCall mean.
 struct Product
 {
     std::wstring name;
     std::wstring version;
     std::wstring apiKey;
     std::int32_t languageId = 0;
+    /// The hosts that an address of the service may lead to, as GuardedCall::trustedHosts; empty for any.
+    std::wstring trustedHosts;
+    /// A sum of ProductServicesOption.
+    std::uint32_t options = 0;
 };
 
 /// What a call reported.
@@ -35,6 +39,10 @@ struct CallResult
     std::optional<Report> report;
     /// Why the call failed; empty where it did not.
     std::optional<std::wstring> error;
+    /// An address that leads to none of trustedHosts: not to be opened.
+    std::optional<std::wstring> untrustedAddress;
+    /// What a quiet check would have told the user.
+    std::optional<std::wstring> withheldMessage;
     ProductServicesOutcome outcome = PRODUCT_SERVICES_NOT_CALLED;
     /// Whether the text was longer than 65,535 characters and was cut.
     bool isTextCut = false;
@@ -72,13 +80,25 @@ inline CallResult Call(std::uint32_t (*function)(GuardedCall*), const Product& p
     call.apiKey = product.apiKey.c_str();
     call.text = text.get();
     call.textCapacity = TextCapacity;
+    call.options = product.options;
+    call.trustedHosts = product.trustedHosts.empty() ? nullptr : product.trustedHosts.c_str();
 
     CallResult result;
     result.outcome = static_cast<ProductServicesOutcome>(function(&call));
     result.isTextCut = call.isTextCut != 0;
-    if (result.outcome == PRODUCT_SERVICES_REPORTED) {
+    switch (result.outcome) {
+    case PRODUCT_SERVICES_REPORTED:
         result.report = Report{call.resultCode, text.get()};
-    } else if (result.outcome != PRODUCT_SERVICES_NOTHING_REPORTED) {
+        break;
+    case PRODUCT_SERVICES_UNTRUSTED_ADDRESS:
+        result.untrustedAddress = text.get();
+        break;
+    case PRODUCT_SERVICES_MESSAGE_WITHHELD:
+        result.withheldMessage = text.get();
+        break;
+    case PRODUCT_SERVICES_NOTHING_REPORTED:
+        break;
+    default:
         result.error = text.get();
     }
     return result;

@@ -32,7 +32,7 @@ int main(int count, char** arguments)
     for (int i = 1; i < count; ++i) {
         const char name = arguments[i][0];
         GuardedCall call = {sizeof call, 120, L"Guarded", L"1", L"api-key", name == 't' ? NULL : text,
-                            ROOM,        0,   0,          0};
+                            ROOM,        0,   0,          0,          NULL};
         sscanf(arguments[i] + 1, "%u,%u", &call.textCapacity, &call.size);
         wmemset(text, L'#', ROOM);
         const uint32_t outcome = Call(name, &call);
