@@ -15,7 +15,8 @@ struct GuardedCall
     public uint textCapacity;       // 65536
     public uint resultCode;
     public uint isTextCut;
-    public uint reserved;
+    public uint options;            // 1: a quiet check, 2: the host's scaling
+    public string trustedHosts;     // "example.com;*.example.com", or null for any
 }
 
 static class ProductServicesGuard

@@ -15,7 +15,8 @@ type
     textCapacity: UInt32;
     resultCode: UInt32;
     isTextCut: UInt32;
-    reserved: UInt32;
+    options: UInt32;                // 1: a quiet check, 2: the host's scaling
+    trustedHosts: PWideChar;        // "example.com;*.example.com", or nil for any
   end;
 
 function GuardedCheckForUpdates(var call: TGuardedCall): UInt32; cdecl; external 'ProductServicesGuard.dll';
