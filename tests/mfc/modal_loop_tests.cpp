@@ -9,36 +9,64 @@
 namespace {
 
 constexpr UINT IDD_EMPTY = 3;
-constexpr UINT WM_STEP = WM_APP;
+constexpr UINT IDD_MISSING = 99;
 
-// Is confirmed when it is shown. At WM_STEP it posts another of less steps, and at the last one ends with
-// lParam.
-class SteppingDialog : public CDialogEx
+constexpr UINT WM_STEP = WM_APP;       // wParam more of them follow, each posted by the one before
+constexpr UINT WM_END = WM_APP + 1;    // ends the dialog with wParam
+constexpr UINT WM_VANISH = WM_APP + 2; // destroys the window
+
+// Counts how often it is shown, and is confirmed then.
+class WatchedDialog : public CDialogEx
 {
 public:
     using CDialogEx::CDialogEx;
 
-    std::function<void(HWND)> start;
+    std::function<void(HWND)> atStart;
     int timesShown = 0;
 
     BOOL OnInitDialog() override
     {
-        start(m_hWnd);
+        atStart(m_hWnd);
         return CDialogEx::OnInitDialog();
     }
 
     BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pResult) override
     {
-        if (message == WM_SHOWWINDOW && wParam) {
-            ++timesShown;
-            PostMessageW(m_hWnd, WM_COMMAND, IDOK, 0);
-        } else if (message == WM_STEP && wParam) {
-            PostMessageW(m_hWnd, WM_STEP, wParam - 1, lParam);
-        } else if (message == WM_STEP) {
-            EXPECT_FALSE(IsWindowVisible(m_hWnd));
-            lParam ? EndDialog(static_cast<int>(lParam)) : void();
+        switch (message) {
+        case WM_SHOWWINDOW:
+            OnShow(wParam);
+            break;
+        case WM_STEP:
+            OnStep(wParam, lParam);
+            return TRUE;
+        case WM_END:
+            EndDialog(static_cast<int>(wParam));
+            return TRUE;
+        case WM_VANISH:
+            DestroyWindow();
+            return TRUE;
         }
         return CDialogEx::OnWndMsg(message, wParam, lParam, pResult);
+    }
+
+private:
+    void OnShow(WPARAM isShown)
+    {
+        if (isShown) {
+            ++timesShown;
+            PostMessageW(m_hWnd, WM_COMMAND, IDOK, 0);
+        }
+    }
+
+    // The last step posts the message `last`.
+    void OnStep(WPARAM more, LPARAM last)
+    {
+        EXPECT_FALSE(IsWindowVisible(m_hWnd)) << "messages are left";
+        if (more > 0) {
+            PostMessageW(m_hWnd, WM_STEP, more - 1, last);
+        } else {
+            PostMessageW(m_hWnd, static_cast<UINT>(last), 5, 0);
+        }
     }
 };
 
@@ -46,19 +74,49 @@ public:
 
 TEST(ModalLoop, ShowsADialogWhenNoMessageIsLeftUnlessItHasEnded)
 {
-    const std::pair<int, std::function<void(HWND)>> cases[]{
-        {IDOK, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, 0); }},
-        {4, [](HWND dialog) { SendMessageW(dialog, WM_STEP, 0, 4); }},
-        {5, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, 5); }},
-        {6, [](HWND dialog) { std::thread(SendNotifyMessageW, dialog, WM_STEP, 0, 6).join(); }},
-        {-1, [](HWND) { PostQuitMessage(42); }}};
-    for (const auto& [result, start] : cases) {
-        SteppingDialog dialog(IDD_EMPTY);
-        dialog.start = start;
-        EXPECT_EQ(dialog.DoModal(), result);
-        EXPECT_EQ(dialog.timesShown, result == IDOK ? 1 : 0) << result;
+    struct Case
+    {
+        const char* name;
+        INT_PTR result;
+        int timesShown;
+        std::function<void(HWND dialog)> atStart;
+    };
+    const Case cases[]{
+        {"nothing happens", IDOK, 1, [](HWND) {}},
+        {"messages are posted", IDOK, 1, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, WM_NULL); }},
+        {"ended by a sent message", 4, 0, [](HWND dialog) { SendMessageW(dialog, WM_END, 4, 0); }},
+        {"ended by the last of posted messages", 5, 0,
+         [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, WM_END); }},
+        {"ended by a message that another thread sent", 6, 0,
+         [](HWND dialog) { std::thread(SendNotifyMessageW, dialog, WM_END, 6, 0).join(); }},
+        {"confirmed before it is shown", IDOK, 0,
+         [](HWND dialog) { PostMessageW(dialog, WM_COMMAND, IDOK, 0); }},
+        {"destroyed before it is shown", -1, 0, [](HWND dialog) { PostMessageW(dialog, WM_VANISH, 0, 0); }},
+    };
+    for (const Case& tried : cases) {
+        SCOPED_TRACE(tried.name);
+        WatchedDialog dialog(IDD_EMPTY);
+        dialog.atStart = tried.atStart;
+        EXPECT_EQ(dialog.DoModal(), tried.result);
+        EXPECT_EQ(dialog.timesShown, tried.timesShown);
+        EXPECT_EQ(dialog.m_hWnd, nullptr) << "the window is gone";
     }
+}
+
+TEST(ModalLoop, LeavesAProgramsQuitToTheHost)
+{
+    WatchedDialog dialog(IDD_EMPTY);
+    dialog.atStart = [](HWND) { PostQuitMessage(42); };
+    EXPECT_EQ(dialog.DoModal(), -1);
+    EXPECT_EQ(dialog.timesShown, 0);
+
     MSG message{};
-    PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
-    EXPECT_EQ(message.wParam, 42u) << "the host gets it too";
+    EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+    EXPECT_EQ(message.wParam, 42u);
+}
+
+TEST(ModalLoop, DoesNotStartWithoutATemplate)
+{
+    WatchedDialog dialog(IDD_MISSING);
+    EXPECT_EQ(dialog.DoModal(), -1);
 }
