@@ -3,69 +3,112 @@
 #include "host/current_call.h"
 #include "host/host_call_scope.h"
 #include "host/report_result.h"
-#include "support/product_records.h"
+#include "support/test_folder.h"
 #include "text/default_texts.h"
+#include "ui/background_bitmap.h"
+#include "upgrade/product_upgrade.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 
 using namespace product_services;
 
-TEST(ReportResult, WritesCodesThatNoCallReportsAndNothingForSuccess)
+namespace {
+
+constexpr std::uint32_t UntouchedCode = 77;
+
+// A call in progress, with the built-in texts.
+struct Call
 {
+    Call()
+    {
+        FillDefaultTexts(texts);
+        CurrentTextTable = &texts;
+        CurrentHostContext = &host;
+    }
+
     TextTable texts;
-    FillDefaultTexts(texts);
-    CurrentTextTable = &texts;
     wchar_t text[512] = L"untouched";
-    HostContext host{L"", L"", L"", 120, nullptr, 77, text, nullptr, nullptr, 0};
-    CurrentHostContext = &host;
-    const std::pair<std::uint32_t, std::wstring> reports[]{{200, L"77 untouched"},
-                                                           {0, L"0 Unstable internet connection."},
-                                                           {400, L"400 An unknown error occurred."},
-                                                           {201, L"201 "},
-                                                           {503, L"503 No internet found!"},
-                                                           {504, L"504 Unable to reach server!"}};
-    for (const auto& [code, expected] : reports) {
+    HostContext host{L"", L"", L"", 120, nullptr, UntouchedCode, text, nullptr, nullptr, 0};
+};
+
+} // namespace
+
+TEST(ReportResult, WritesTheCodeAndItsText)
+{
+    const std::pair<std::uint32_t, TextId> texts[]{
+        {0, 77}, {400, 56}, {503, 57}, {504, 59}, {540, 67}, {920, 70}, {930, 71}, {940, 72}, {950, 73},
+    };
+    for (const auto& [code, id] : texts) {
+        SCOPED_TRACE(code);
+        Call call;
+        call.texts.Set(id, L"the text");
         ReportResult(code);
-        EXPECT_EQ(std::to_wstring(host.resultCode) + L" " + text, expected);
+        EXPECT_EQ(call.host.resultCode, code);
+        EXPECT_STREQ(call.text, L"the text");
     }
 }
 
-TEST(HostCallScope, BringsTheFormerModuleStateBackAndTouchesNoReservedMember)
+TEST(ReportResult, WritesAnUnknownCodeWithoutATextAndNothingForSuccess)
 {
-    alignas(AFX_MODULE_STATE) char other[sizeof(AFX_MODULE_STATE)]{};
-    auto* const ofTheHost = reinterpret_cast<AFX_MODULE_STATE*>(other);
+    Call call;
+    ReportResult(200);
+    EXPECT_EQ(call.host.resultCode, UntouchedCode);
+    EXPECT_STREQ(call.text, L"untouched");
+    for (const std::uint32_t code : {123u, 201u, 1u, 0xFFFFFFFFu}) {
+        call.text[0] = L'x';
+        ReportResult(code);
+        EXPECT_EQ(call.host.resultCode, code);
+        EXPECT_STREQ(call.text, L"");
+    }
+}
+
+TEST(HostCallScope, PutsTheHostsModuleStateBackWhenAnExceptionLeaves)
+{
+    alignas(AFX_MODULE_STATE) char memory[sizeof(AFX_MODULE_STATE)]{};
+    auto* const ofTheHost = reinterpret_cast<AFX_MODULE_STATE*>(memory);
     AFX_MANAGE_STATE(ofTheHost)
-    wchar_t reserved[] = L"reserved";
-    HostContext host{nullptr, nullptr, nullptr, 0, reserved, 77, nullptr, reserved, reserved, 12345};
-    const HostContext before = host;
-    const auto leaveACall = [&] {
-        HostCallScope call(&host);
+    const TestFolder folder;
+    Call call;
+    const auto leave = [&] {
+        HostCallScope scope(&call.host);
         EXPECT_EQ(AfxGetModuleState(), AfxGetStaticModuleState());
         throw std::runtime_error("leaves the call");
     };
-    EXPECT_THROW(leaveACall(), std::runtime_error);
+    EXPECT_THROW(leave(), std::runtime_error);
     EXPECT_EQ(AfxGetModuleState(), ofTheHost);
+}
+
+TEST(HostCallScope, TakesTheHostsRecordForTheCurrentOneAndTouchesNothingOfIt)
+{
+    const TestFolder folder;
+    wchar_t reserved[] = L"reserved";
+    HostContext host{nullptr,       nullptr, nullptr,  0,        reserved,
+                     UntouchedCode, nullptr, reserved, reserved, 12345};
+    const HostContext before = host;
+    CurrentTextTable = nullptr;
+    {
+        HostCallScope scope(&host);
+    }
+    EXPECT_EQ(CurrentHostContext, &host) << "after the call, too";
+    EXPECT_EQ(CurrentTextTable, &GetTextTable(L"DE")) << "the first call's, whatever language follows";
     EXPECT_EQ(std::memcmp(&host, &before, sizeof host), 0);
 }
 
-TEST(ProductRecord, OfTheUserComesBeforeThatOfTheMachine)
+TEST(ProductUpgrade, HasANameAtRunTime)
 {
-    const auto key = [](const std::wstring& product, const std::wstring& version) {
-        ProductRecord record(FindProductRecord(product, version));
-        return record.Load() ? record.Read(L"key") : L"no record";
-    };
-    const ProductRecords records;
-    records.Write(L"Both\\1", L"key", L"machine's", REG_SZ, HKEY_LOCAL_MACHINE);
-    EXPECT_EQ(key(L"Both", L"1"), L"machine's");
-    records.Write(L"Both\\1\\1", L"key", L"user's");
-    EXPECT_EQ(key(L"", L"1") + key(L"Both", L""), L"no recordno record");
-    EXPECT_EQ(key(L"Both\\1", L"1") + key(L"Both", L"1\\"), L"no recordno record");
-    for (const std::size_t length : {0u, 12u, 20000u}) {
-        const std::wstring text(length, L'k');
-        records.Write(L"Both\\1", L"key", text);
-        EXPECT_EQ(key(L"Both", L"1"), text) << "without a zero at its end";
-        records.Write(L"Both\\1", L"key", text + L'\0' + L"after the end");
-        EXPECT_EQ(key(L"Both", L"1"), text);
-    }
+    EXPECT_STREQ(RUNTIME_CLASS(ProductUpgrade)->m_lpszClassName, "ProductUpgrade");
+}
+
+TEST(BackgroundBitmap, IsMissingForAnEmptyKeyAlone)
+{
+    const HMODULE pictures =
+        LoadLibraryExW(L"ProductServicesForTests.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    AfxGetModuleState()->m_hCurrentResourceHandle = pictures;
+    const HBITMAP picture = BackgroundBitmapForProduct(L"unknown");
+    EXPECT_NE(picture, nullptr);
+    EXPECT_EQ(BackgroundBitmapForProduct(L""), nullptr);
+    DeleteObject(picture);
+    AfxGetModuleState()->m_hCurrentResourceHandle = nullptr;
+    FreeLibrary(pictures);
 }

@@ -1,118 +1,178 @@
-#include "platform/machine_identifier.h"
+#include "../benchmarks/curl_stand_in.h"
 #include "service/service_client.h"
+#include "service/text_conversion.h"
 #include "service/update_query.h"
-#include "support/product_records.h"
+#include "support/tests_family.h"
 
-#include <cstdarg>
-#include <curl/curl.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <nlohmann/json.hpp>
-
-#undef curl_easy_setopt
+#include <windows.h>
 
 using namespace product_services;
 
-// A stand-in for libcurl at link time, which notes the calls and answers as told.
 namespace {
 
-bool givesHandle = true;
-std::string reply; // of an even length, since it is passed in elements of two bytes
+using Texts = std::vector<std::string>;
+
+constexpr char Body[] = "a=1&b=\xC3\xA9"; // e with an acute accent, as in the address
+
+// What the next transfer delivers, each piece in elements of this size, and how it ends.
+Texts pieces;
+std::size_t elementSize = 1;
 CURLcode result = CURLE_OK;
 
-std::string calls;
+// What the last one saw.
+std::string sentUrl;
+std::string sentBody;
 HCURSOR cursorDuringTransfer = nullptr;
-curl_write_callback writeReply = nullptr;
-curl_slist object{}; // the handle and the list
 
-template <typename Answer>
-Answer Note(const std::string& call, Answer answer)
+std::string Post(const Texts& answer, int withResult = CURLE_OK)
 {
-    calls += call + "\n";
-    return answer;
-}
-
-std::string Post(CURLcode withResult, const std::string& withReply)
-{
-    result = withResult;
-    reply = withReply;
-    calls.clear();
-    return ServiceClient::Post("a=1&b=\xC3\xA9", L"https://service/\xE9");
+    pieces = answer;
+    result = static_cast<CURLcode>(withResult);
+    curlCalls.clear();
+    return ServiceClient::Post(Body, L"https://service/\xE9");
 }
 
 } // namespace
 
-CURLcode curl_easy_setopt(CURL*, CURLoption option, ...)
+CURLcode PerformTransfer(const CurlTransfer& transfer)
 {
-    std::va_list arguments{};
-    va_start(arguments, option);
-    std::string value;
-    if (option == CURLOPT_WRITEFUNCTION) {
-        writeReply = va_arg(arguments, curl_write_callback);
-    } else {
-        value = option < CURLOPTTYPE_OBJECTPOINT ? std::to_string(va_arg(arguments, long))
-                                                 : va_arg(arguments, const char*);
-    }
-    va_end(arguments);
-    return Note("setopt " + std::to_string(option) + " " + value, CURLE_OK);
-}
-
-CURLcode curl_easy_perform(CURL*)
-{
+    sentUrl = transfer.url;
+    sentBody = transfer.body;
     cursorDuringTransfer = SetCursor(LoadCursorW(nullptr, IDC_ARROW));
-    writeReply(reply.data(), 2, reply.size() / 2, nullptr);
-    return Note("perform", result);
+    for (std::string& piece : pieces) {
+        const std::size_t taken =
+            transfer.write(piece.data(), elementSize, piece.size() / elementSize, nullptr);
+        EXPECT_EQ(taken, piece.size()) << "or libcurl ends the transfer";
+    }
+    return result;
 }
 
-// clang-format off
-CURLcode curl_global_init(long flags) { return Note("global_init " + std::to_string(flags), CURLE_OK); }
-CURL* curl_easy_init() { return Note("easy_init", givesHandle ? &object : nullptr); }
-void curl_easy_cleanup(CURL*) { Note("cleanup", 0); }
-curl_slist* curl_slist_append(curl_slist*, const char* text) { return Note(std::string("append ") + text, &object); }
-void curl_slist_free_all(curl_slist* list) { Note(list ? "free list" : "free null list", 0); }
-void curl_formfree(curl_httppost* form) { Note(form ? "free form" : "free null form", 0); }
-// clang-format on
-
-TEST(Post, SetsFourOptionsAndReleasesInOrder)
+TEST(Post, CallsLibcurlInThisOrderAndSetsFourOptions)
 {
-    const std::string withZero("la\0t", 4);
-    EXPECT_EQ(Post(CURLE_OK, withZero), withZero);
-    const std::string start = "global_init 3\neasy_init\nappend Expect:\n";
-    EXPECT_EQ(
-        calls, start + "setopt 10002 https://service/\xC3\xA9\nsetopt 10015 a=1&b=\xC3\xA9\n"
-                       "setopt 20011 \nsetopt 64 0\nperform\ncleanup\nfree null form\nfree list\n");
-    EXPECT_EQ(cursorDuringTransfer, LoadCursorW(nullptr, IDC_WAIT));
-    EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_WAIT)) << "the wait cursor comes back and stays";
+    Post({"reply"});
+    const Texts expected{
+        "global_init 3",
+        "easy_init",
+        "slist_append null Expect:",
+        "setopt 10002 https://service/\xC3\xA9",
+        "setopt 10015 a=1&b=\xC3\xA9",
+        "setopt 20011 function",
+        "setopt 64 0",
+        "perform",
+        "cleanup handle",
+        "formfree null",
+        "slist_free_all list",
+    };
+    EXPECT_EQ(curlCalls, expected);
+    EXPECT_EQ(sentBody, Body) << "libcurl reads it during the transfer";
+}
 
-    givesHandle = false;
-    EXPECT_EQ(Post(CURLE_OK, "unread"), "") << "without a handle, after another reply";
-    EXPECT_EQ(calls, start) << "nothing sent, nothing released";
+TEST(Post, SendsAndReleasesNothingWithoutAHandle)
+{
+    Post({"an earlier reply"});
+    curlGivesHandle = false;
+    EXPECT_EQ(Post({"never read"}), "");
+    curlGivesHandle = true;
+    const Texts expected{"global_init 3", "easy_init", "slist_append null Expect:"};
+    EXPECT_EQ(curlCalls, expected);
+}
+
+TEST(Post, ShowsTheWaitCursorDuringTheTransferAndAfterIt)
+{
+    const HCURSOR waitCursor = LoadCursorW(nullptr, IDC_WAIT);
+    SetCursor(LoadCursorW(nullptr, IDC_ARROW));
+    Post({"reply"});
+    EXPECT_EQ(cursorDuringTransfer, waitCursor);
+    EXPECT_EQ(GetCursor(), waitCursor) << "the transfer had set the arrow";
+}
+
+TEST(Post, ReturnsTheLastPieceOfTheReply)
+{
+    EXPECT_EQ(Post({"one piece"}), "one piece");
+    EXPECT_EQ(Post({"a long first piece", "last"}), "last");
+    EXPECT_EQ(Post({}), "") << "nothing of the reply before";
+    EXPECT_EQ(Post({std::string("a\0b", 3)}), std::string("a\0b", 3));
+    elementSize = 2;
+    EXPECT_EQ(Post({"in pairs"}), "in pairs");
+    elementSize = 1;
 }
 
 TEST(Post, TurnsEveryFailureIntoADocument)
 {
-    std::uint64_t checksum = 14695981039346656037u;
-    for (int code = 1; code < 110; ++code) {
-        const std::string document = Post(static_cast<CURLcode>(code), "half a reply");
-        EXPECT_EQ(nlohmann::json::accept(document), code != 21 && code != 34 && code != 42) << document;
-        for (const char c : std::to_string(code) + document) {
-            checksum = (checksum ^ static_cast<unsigned char>(c)) * 1099511628211u;
-        }
+    const std::map<int, std::string> documents{
+#include "failure_documents.inc"
+    };
+    EXPECT_EQ(documents.size(), 60u);
+    for (int code = 1; code <= 120; ++code) {
+        SCOPED_TRACE(code);
+        const std::string document = Post({"half a reply"}, code);
+        const auto known = documents.find(code);
+        EXPECT_EQ(document, known != documents.end() ? known->second : R"({"status":0,"error":""})");
+        const bool isJson = code != 21 && code != 34 && code != 42;
+        EXPECT_EQ(nlohmann::json::accept(document), isJson);
     }
-    EXPECT_EQ(checksum, 13759305094798970943u) << "a text is another, or under another code";
 }
 
-TEST(UpdateQuery, InsertsItsValuesAsTheyAreWithAHashOfTheMachinesId)
+TEST(Probe, HoldsTheServiceForReachableWhenItAnswersExactlyOne)
 {
-    // The machine's registry is this key of the test's own, since the real id is nobody's to change.
-    const ProductRecords records;
-    const wchar_t guid[] = L"01234567-89ab-cdef-0123-456789abcdef";
-    records.Write(L"Machine\\SOFTWARE\\Microsoft\\Cryptography", L"MachineGuid", guid);
-    HKEY machine = nullptr;
-    RegOpenKeyW(HKEY_CURRENT_USER, records.Path(L"Machine").c_str(), &machine);
-    RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine);
-    EXPECT_EQ(
-        BuildUpdateQuery(L"a b", L"A&B=%+", L"\xFC\x20AC", L"0"),
-        "api_key=a b&key=A&B=%+&hardware_id="
-        "45c42dc13b5eaa0660c4e6582b9f9d958981a621e0d3b02dbcc1af9bfe59596f&version=\xC3\xBC\xE2\x82\xAC&up=0");
-    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    const std::tuple<const char*, const char*, bool> replies[]{
+        {"the digit one", "1", true},
+        {"nothing", "", false},
+        {"another digit", "0", false},
+        {"two digits", "11", false},
+        {"a line break behind it", "1\n", false},
+        {"a space before it", " 1", false},
+        {"a word", "true", false},
+        {"half a character behind it", "1\xC3", false},
+        {"a character outside the basic plane", "\xF0\x9F\x98\x80", false},
+    };
+    for (const auto& [name, reply, isReachable] : replies) {
+        SCOPED_TRACE(name);
+        result = CURLE_OK;
+        pieces = {reply};
+        EXPECT_EQ(ServiceClient::IsServiceReachable(), isReachable);
+        EXPECT_EQ(sentUrl, ToUtf8(ServiceUrl) + "/check.php");
+        EXPECT_EQ(sentBody, "");
+        result = CURLE_RECV_ERROR;
+        EXPECT_FALSE(ServiceClient::IsServiceReachable()) << "the transfer failed";
+    }
+}
+
+TEST(TextConversion, TakesTheCharactersOfTheBasicPlaneThereAndBack)
+{
+    const std::tuple<const char*, std::wstring, std::string> texts[]{
+        {"nothing", L"", ""},
+        {"a NUL within", {L"a\0b", 3}, {"a\0b", 3}},
+        {"two bytes", L"\xFC", "\xC3\xBC"},
+        {"three bytes", L"\x20AC\x7248", "\xE2\x82\xAC\xE7\x89\x88"},
+        {"the last before the surrogates", L"\xD7FF", "\xED\x9F\xBF"},
+        {"the first behind them", L"\xE000", "\xEE\x80\x80"},
+        {"the last of all", L"\xFFFF", "\xEF\xBF\xBF"},
+    };
+    for (const auto& [name, wide, utf8] : texts) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(ToUtf8(wide), utf8);
+        EXPECT_EQ(ToWide(utf8), wide);
+    }
+}
+
+TEST(TextConversion, RefusesWhatIsNoCharacterOfTheBasicPlane)
+{
+    for (const char* utf8 : {"\xFF", "a\xC3", "\xC0\x80", "\xED\xA0\xBD", "\xF0\x9F\x98\x80", "a\x80z"}) {
+        EXPECT_THROW(ToWide(utf8), std::range_error) << utf8;
+    }
+    for (const wchar_t* wide : {L"\xD800", L"a\xDFFF", L"\xDBFFz", L"\xDC00", L"\xD83D\xDE00"}) {
+        EXPECT_THROW(ToUtf8(wide), std::range_error) << wide;
+    }
+}
+
+TEST(UpdateQuery, InsertsItsValuesAsTheyAre)
+{
+    const std::string query = BuildUpdateQuery(L"a b", L"A&B=%+", L"\xFC\x20AC", L"0");
+    const std::string start = "api_key=a b&key=A&B=%+&hardware_id=";
+    EXPECT_EQ(query.substr(0, start.size()), start);
+    EXPECT_EQ(query.substr(start.size() + 64), "&version=\xC3\xBC\xE2\x82\xAC&up=0");
 }

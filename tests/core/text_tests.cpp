@@ -1,3 +1,4 @@
+#include "support/test_folder.h"
 #include "text/default_texts.h"
 #include "text/language_code.h"
 #include "text/language_file.h"
@@ -5,73 +6,156 @@
 #include <climits>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <windows.h>
+#include <map>
+#include <vector>
 
 using namespace product_services;
 
-TEST(LanguageCode, OfEveryIdAndOfItsNeighbours)
+namespace {
+
+using Texts = std::vector<std::wstring>;
+
+void WriteFile(const std::filesystem::path& path, const std::wstring& characters, const std::string& rest)
 {
-    std::wstring codes;
-    for (int id = -1; id <= 250; ++id) {
-        const std::wstring code = LanguageCodeFromId(id);
-        codes += code == L"US" ? L"" : std::to_wstring(id) + code;
+    const std::string bytes(reinterpret_cast<const char*>(characters.data()), characters.size() * 2);
+    std::ofstream(path, std::ios::binary) << bytes << rest;
+}
+
+Texts AllTexts(TextTable table)
+{
+    Texts texts;
+    for (std::size_t id = 0; id < table.Count(); ++id) {
+        texts.push_back(LookupText(table, static_cast<TextId>(id)));
     }
-    EXPECT_EQ(codes, L"120EN130CZ140DE150ES160FR170IT180JA190PL200RU220TW230ZH");
+    return texts;
+}
+
+Texts LoadTexts(const std::wstring& path)
+{
+    TextTable table;
+    LoadLanguageFile(table, path);
+    return AllTexts(table);
+}
+
+// How many texts there are while somebody else has the file open, and shares it so.
+std::size_t CountTextsBeside(const wchar_t* path, DWORD sharing)
+{
+    HANDLE other =
+        CreateFileW(path, GENERIC_READ | GENERIC_WRITE, sharing, nullptr, OPEN_EXISTING, 0, nullptr);
+    const std::size_t count = LoadTexts(path).size();
+    EXPECT_TRUE(CloseHandle(other));
+    return count;
+}
+
+} // namespace
+
+TEST(LanguageCode, IsTheHostsLanguageOrElseUs)
+{
+    const std::map<int, std::wstring> codes{{120, L"EN"}, {130, L"CZ"}, {140, L"DE"}, {150, L"ES"},
+                                            {160, L"FR"}, {170, L"IT"}, {180, L"JA"}, {190, L"PL"},
+                                            {200, L"RU"}, {220, L"TW"}, {230, L"ZH"}};
+    for (int id = -1; id <= 300; ++id) {
+        const auto code = codes.find(id);
+        EXPECT_EQ(LanguageCodeFromId(id), code != codes.end() ? code->second : L"US") << id;
+    }
+    EXPECT_EQ(LanguageCodeFromId(INT_MIN), L"US");
+}
+
+TEST(LanguageFile, LiesInAFolderOfItsLanguageBelowTheWorkingDirectory)
+{
+    const TestFolder folder;
+    for (const std::wstring code :
+         {L"EN", L"CZ", L"DE", L"ES", L"FR", L"IT", L"JA", L"PL", L"RU", L"TW", L"ZH", L"US"}) {
+        EXPECT_EQ(AllTexts(TextTable(code)).size(), 88u) << "the built-in texts without a file";
+        std::filesystem::create_directories(L"lang/" + code);
+        WriteFile(L"lang/" + code + L"/Vemo_" + code + L".lang", code, "");
+        EXPECT_EQ(AllTexts(TextTable(code)), Texts{code});
+    }
 }
 
 TEST(LanguageFile, GivesATextALineUntilItsEndOrDamage)
 {
     const std::wstring longLine(20000, L'x');
-    // Characters and, where it is not empty, an odd byte after them.
-    const std::tuple<std::wstring, const char*, std::wstring> files[]{
-        {L"", "x", L"/"},
-        {L"bars|b||c\n|", "", L"bars\nb\n\nc/\n/"},
-        {L"carriage return\r\n", "", L"carriage return\r//"},
-        {L"\xFEFF byte-order mark", "", L"\xFEFF byte-order mark/"},
-        {L"odd byte\nb", "x", L"odd byte/b/"},
-        {L"high half\nb\xD83D\nd", "", L"high half/b/"},
-        {L"low half\n\xDE00\nd", "", L"low half//"},
-        {longLine + L"\n" + longLine, "", longLine + L"/" + longLine + L"/"},
+    const std::tuple<const char*, std::wstring, std::string, Texts> files[]{
+        {"an empty file", L"", "", {L""}},
+        {"one byte", L"", "x", {L""}},
+        {"a line break at the end", L"a\nb\n", "", {L"a", L"b", L""}},
+        {"empty lines", L"\n\nb", "", {L"", L"", L"b"}},
+        {"bars", L"bars|b||c\n|", "", {L"bars\nb\n\nc", L"\n"}},
+        {"placeholders and spaces", L" %s \n%d", "", {L" %s ", L"%d"}},
+        {"carriage returns", L"a\r\nb\r\n", "", {L"a\r", L"b\r", L""}},
+        {"a byte-order mark", L"\xFEFF.\nb", "", {L"\xFEFF.", L"b"}},
+        {"a line feed's byte in a character", L"\x0A0A\x010A", "", {L"\x0A0A\x010A"}},
+        {"a character outside the basic plane", L"\xD83D\xDE00.\nb", "", {L"\xD83D\xDE00.", L"b"}},
+        {"an odd byte", L"a\nb", "x", {L"a", L"b"}},
+        {"a high half alone", L"a\nb\xD83D\nd", "", {L"a", L"b"}},
+        {"a high half at the end", L"a\nb\xDBFF", "", {L"a", L"b"}},
+        {"two high halves", L"a\nb\xD800\xD83D\xDE00\nd", "", {L"a", L"b"}},
+        {"a low half alone", L"a\n\xDFFF\nd", "", {L"a", L""}},
+        {"more than a block", longLine + L"\n" + longLine, "", {longLine, longLine}},
     };
-    for (const auto& [characters, oddByte, expected] : files) {
-        std::string bytes(reinterpret_cast<const char*>(characters.data()), characters.size() * 2);
-        std::ofstream("x.lang", std::ios::binary) << bytes << oddByte;
-        TextTable table;
-        LoadLanguageFile(table, L"x.lang");
-        std::wstring texts;
-        for (std::size_t id = 0; id < table.Count(); ++id) {
-            texts += LookupText(table, static_cast<TextId>(id)) + L"/";
-        }
-        EXPECT_EQ(texts, expected);
+    const TestFolder folder;
+    for (const auto& [name, characters, rest, texts] : files) {
+        SCOPED_TRACE(name);
+        WriteFile("x.lang", characters, rest);
+        EXPECT_EQ(LoadTexts(L"x.lang"), texts);
     }
 }
 
-TEST(LanguageFile, IsSharedWithWritersAndMustBeWritable)
+TEST(LanguageFile, IsSharedWithReadersAndWritersAndMustBeWritable)
 {
-    std::ofstream("x.lang").flush();
-    // How many texts there are while somebody else has the file open and shares it so.
-    const auto countTexts = [](const wchar_t* path, DWORD sharing) {
-        HANDLE other =
-            CreateFileW(path, GENERIC_READ | GENERIC_WRITE, sharing, nullptr, OPEN_EXISTING, 0, nullptr);
-        TextTable table;
-        LoadLanguageFile(table, path);
-        CloseHandle(other);
-        return table.Count();
+    const TestFolder folder;
+    WriteFile("x.lang", L"one text", "");
+    EXPECT_EQ(CountTextsBeside(L"x.lang", FILE_SHARE_READ | FILE_SHARE_WRITE), 1u);
+    EXPECT_EQ(CountTextsBeside(L"x.lang", FILE_SHARE_READ), 88u) << "others may not write to it";
+}
+
+TEST(LanguageFile, IsNeverMade)
+{
+    const TestFolder folder;
+    EXPECT_EQ(LoadTexts(L"missing.lang").size(), 88u);
+    EXPECT_TRUE(std::filesystem::is_empty("."));
+}
+
+TEST(BuiltInTexts, AreTheseAndReservedOnes)
+{
+    const std::map<TextId, std::wstring> shown{
+        {12, L"Exit"},
+        {22, L"Upgrade center"},
+        {23, L"Product name"},
+        {24, L"Product version"},
+        {38, L"Buy now"},
+        {56, L"An unknown error occurred."},
+        {57, L"No internet found!"},
+        {59, L"Unable to reach server!"},
+        {67, L"User chose to quit!"},
+        {70, L"No upgrades found!"},
+        {71, L"Browser opened, continue running!"},
+        {72, L"For upgrade center to appear, you need a stable internet connection!"},
+        {73, L"No data of the installed product was found."},
+        {74, L"You are running the latest version"},
+        {75, L"Unstable internet connection."},
+        {77, L"Unstable internet connection."},
     };
-    EXPECT_EQ(countTexts(L"x.lang", FILE_SHARE_READ | FILE_SHARE_WRITE), 1u);
-    EXPECT_EQ(countTexts(L"x.lang", FILE_SHARE_READ), 88u);
-    EXPECT_EQ(countTexts(L"missing.lang", 0), 88u);
-    EXPECT_EQ(GetFileAttributesW(L"missing.lang"), INVALID_FILE_ATTRIBUTES);
+    TextTable table;
+    FillDefaultTexts(table);
+    EXPECT_EQ(table.Count(), 88u);
+    for (TextId id = 0; id < 88; ++id) {
+        const auto text = shown.find(id);
+        const std::wstring reserved = L"(reserved " + std::to_wstring(id) + L")";
+        EXPECT_EQ(LookupText(table, id), text != shown.end() ? text->second : reserved);
+    }
 }
 
 TEST(TextLookup, IsBoundByTheNumberOfEntries)
 {
     TextTable table;
     FillDefaultTexts(table);
-    EXPECT_EQ(LookupText(table, 87), L"(reserved 87)");
     table.Set(200, L"beyond the count");
-    for (TextId id : {200, 88, -1, INT_MIN, INT_MAX}) {
+    for (const TextId id : {200, 89, -1, INT_MIN, INT_MAX}) {
         EXPECT_EQ(LookupText(table, id), L"") << id;
     }
-    EXPECT_EQ(table.Count(), 90u) << "the gap at 88 got an entry";
+    EXPECT_EQ(table.Count(), 89u);
+    EXPECT_EQ(LookupText(table, 88), L"") << "a gap within the count";
+    EXPECT_EQ(table.Count(), 90u) << "which now has an entry";
 }

@@ -14,6 +14,13 @@ std::wstring product_services::ToWide(const std::string& utf8)
     return {utf8.begin(), utf8.end()};
 }
 
+static void Require(bool condition)
+{
+    if (!condition) {
+        std::abort();
+    }
+}
+
 static void ReadReply(const std::string& text)
 {
     try {
@@ -24,8 +31,7 @@ static void ReadReply(const std::string& text)
             }
         }
     } catch (const ServiceReply::exception& error) {
-        const bool isExpected = error.id == 101 || error.id == 302 || error.id == 305 || error.id == 406;
-        isExpected ? void() : std::abort();
+        Require(error.id == 101 || error.id == 302 || error.id == 305 || error.id == 406);
     }
 }
 
@@ -33,6 +39,6 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
 {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     ReadReply(bytes);
-    DecodeUtf16(bytes).size() <= size / 2 ? void() : std::abort();
+    Require(DecodeUtf16(bytes).size() <= size / 2);
     return 0;
 }

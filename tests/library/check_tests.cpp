@@ -1,22 +1,22 @@
-#include "support/import_hook.h"
 #include "support/library_fixture.h"
 
 namespace {
 
 std::wstring box;
-std::vector<DWORD> pauses;
-std::function<void()> atPause;
 
 int NoteBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT flags)
 {
-    box += (owner ? L"; owned box " : L"; box ") + std::to_wstring(flags) + L" " + caption + L": " + text;
+    EXPECT_EQ(owner, nullptr);
+    EXPECT_EQ(flags, static_cast<UINT>(MB_OK | MB_ICONERROR)) << "the good news, too";
+    box += std::wstring(L", box ") + caption + L": " + text;
     return IDOK;
 }
 
-void NotePause(DWORD milliseconds)
+BOOL WINAPI GiveComputerName(wchar_t* name, DWORD* size)
 {
-    pauses.push_back(milliseconds);
-    atPause();
+    wcscpy_s(name, *size, L"DRAWING-PC");
+    *size = 10;
+    return TRUE;
 }
 
 std::uintptr_t FailForThread(void*, unsigned, unsigned (*)(void*), void*, unsigned, unsigned*)
@@ -25,17 +25,19 @@ std::uintptr_t FailForThread(void*, unsigned, unsigned (*)(void*), void*, unsign
     return 0;
 }
 
-const Outcome Latest = Untouched + L"; box 16 Product: You are running the latest version";
-const Outcome NoInternet = Untouched + L"; box 16 Product: No internet found!";
+const Outcome Latest = L"nothing, box Product: You are running the latest version";
+const Outcome NoInternet = L"nothing, box Product: No internet found!";
 
-// Update checks whose message boxes and pauses are noted instead of taken.
+// Update checks whose message boxes are noted instead of shown.
 class UpdateCheck : public LibraryTest
 {
 protected:
-    UpdateCheck()
+    UpdateCheck() { ReplaceImport(library, "MessageBoxW", NoteBox); }
+
+    void Load() override
     {
+        LibraryTest::Load();
         ReplaceImport(library, "MessageBoxW", NoteBox);
-        ReplaceImport(library, "Sleep", NotePause);
     }
 
     // With the box that it shows.
@@ -60,34 +62,55 @@ TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
 
 TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
 {
-    const Outcome noIndex = Untouched + L", [json.exception.type_error.305] cannot use operator[] with a ";
-    const std::pair<std::string, Outcome> replies[]{
-        {"", Latest},
-        {R"({"status":0,"error":"no"})", NoInternet},
-        {R"({"status":-0.9})", NoInternet},
-        {R"({"status":false})", NoInternet},
-        {R"({"status":1})", Untouched},
-        {"<html>error</html>", NoJson},
-        {"// a comment\n" + Offer, NoJson},
-        {"[\"\xFF\"]", NoJson},
-        {std::string(16300, '['), NoJson},
-        {R"({"status":"0"})", MustBe + L"number, but is string"},
-        {R"({"status":null})", MustBe + L"number, but is null"},
-        {R"({"name":"X","version":"2","url":"u"})", noIndex + L"numeric argument with object"},
-        {"1", noIndex + L"numeric argument with number"},
-        {"[]", MustBe + L"string, but is null"},
-        {"null", MustBe + L"string, but is null"},
-        {R"([{"name":"X","version":"2"}])", MustBe + L"string, but is null"},
-        {R"([{"name":1,"version":"2","url":null}])", MustBe + L"string, but is number"},
-        {"[{\"name\":\"\xF0\x9F\x98\x80\",\"version\":\"2\",\"url\":\"u\"}]", BadConversion},
-        {Offer, L"200 u"},
+    const Outcome noIndex = L"nothing, [json.exception.type_error.305] cannot use operator[] with a ";
+    const std::string emoji = "\xF0\x9F\x98\x80";
+    const std::tuple<const char*, std::string, Outcome> replies[]{
+        {"nothing", "", Latest},
+        {"a refusal", R"({"status":0,"error":"no"})", NoInternet},
+        {"status: a fraction above 0", R"({"status":0.9})", NoInternet},
+        {"status: a fraction below 0", R"({"status":-0.9})", NoInternet},
+        {"status: false", R"({"status":false})", NoInternet},
+        {"status: true", R"({"status":true})", Nothing},
+        {"status: another number", R"({"status":1})", Nothing},
+        {"status: below 0", R"({"status":-1})", Nothing},
+        {"status: beside an offer", R"({"status":200,"name":"X","version":"2","url":"u"})", Nothing},
+        {"status: 2 to the power of 32", R"({"status":4294967296})", NoInternet},
+        {"status: 2 to the power of 32, and 1", R"({"status":4294967297})", Nothing},
+        {"status: beyond every number", R"({"status":1e999})",
+         L"nothing, [json.exception.out_of_range.406] number overflow parsing '1e999'"},
+        {"status: a text", R"({"status":"0"})", MustBe + L"number, but is string"},
+        {"status: null", R"({"status":null})", MustBe + L"number, but is null"},
+        {"status: an object", R"({"status":{}})", MustBe + L"number, but is object"},
+        {"status: an array", R"({"status":[0]})", MustBe + L"number, but is array"},
+        {"an error page", "<html>error</html>", NoJson},
+        {"an offer with more behind it", Offer + "x", NoJson},
+        {"a comment", "// a comment\n" + Offer, NoJson},
+        {"no UTF-8", "[\"\xFF\"]", NoJson},
+        {"nesting without an end", std::string(16300, '['), NoJson},
+        {"an object without a status", R"({"name":"X"})", noIndex + L"numeric argument with object"},
+        {"a number", "1", noIndex + L"numeric argument with number"},
+        {"a text", "\"status\"", noIndex + L"numeric argument with string"},
+        {"a truth", "true", noIndex + L"numeric argument with boolean"},
+        {"no offers", "[]", MustBe + L"string, but is null"},
+        {"null", "null", MustBe + L"string, but is null"},
+        {"no name", R"([{"version":2,"url":3}])", MustBe + L"string, but is null"},
+        {"no version", R"([{"name":"X","url":3}])", MustBe + L"string, but is null"},
+        {"no url", R"([{"name":"X","version":"2"}])", MustBe + L"string, but is null"},
+        {"name: a number", R"([{"name":1,"version":true,"url":"u"}])", MustBe + L"string, but is number"},
+        {"version: a truth", R"([{"name":"","version":true,"url":[]}])", MustBe + L"string, but is boolean"},
+        {"url: an array", R"([{"name":"","version":"","url":[]}])", MustBe + L"string, but is array"},
+        {"name: not convertible", "[{\"name\":\"" + emoji + R"(","version":"","url":"u"}])", BadConversion},
+        {"version: not convertible", "[{\"name\":\"\",\"version\":\"" + emoji + R"(","url":"u"}])",
+         BadConversion},
+        {"url: not convertible", R"([{"name":"","version":"","url":"\ud83d\ude00"}])", BadConversion},
+        {"an offer of empty texts", R"([{"name":"","version":"","url":""}])", L"200 "},
+        {"an offer", Offer, L"200 u"},
     };
-    for (const auto& [reply, expected] : replies) {
+    for (const auto& [name, reply, outcome] : replies) {
+        SCOPED_TRACE(name);
         service.Answer(reply);
-        EXPECT_EQ(Check(), expected) << reply.substr(0, 100);
+        EXPECT_EQ(Check(), outcome);
     }
-    host.apiKey = L"\xD83D";
-    EXPECT_EQ(Check(), BadConversion);
 }
 
 TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
@@ -95,19 +118,22 @@ TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
     const std::string chunks = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
     const std::string offerChunk = "26\r\n" + Offer + "\r\n";
     const std::tuple<const char*, Reply, Outcome> transfers[]{
-        {"redirect", Reply::Http(Offer, "301 Moved Permanently\r\nLocation: /check.php"), L"200 u"},
-        {"error page", Reply::Http(Offer, "503 Busy"), L"200 u"},
-        {"empty error page", Reply::Http("", "500 Internal Server Error"), Latest},
-        {"last piece", {{chunks + "5\r\nfirst\r\n", offerChunk, "0\r\n\r\n"}, 50}, L"200 u"},
-        {"piece after the offer", {{chunks + offerChunk, "1\r\n{\r\n", "0\r\n\r\n"}, 50}, NoJson},
+        {"a redirect", Reply::Http(Offer, "301 Moved Permanently\r\nLocation: /check.php"), L"200 u"},
+        {"an error page", Reply::Http(Offer, "503 Busy"), L"200 u"},
+        {"an empty error page", Reply::Http("", "500 Internal Server Error"), Latest},
+        {"the offer in the last piece", {{chunks + "5\r\nfirst\r\n", offerChunk, "0\r\n\r\n"}, 50}, L"200 u"},
+        {"a piece behind the offer", {{chunks + offerChunk, "1\r\n{\r\n", "0\r\n\r\n"}, 50}, NoJson},
         {"closed without a reply", {}, NoInternet},
-        {"short body", {{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{"}}, NoInternet},
+        {"a short body", {{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{"}}, NoInternet},
     };
-    for (const auto& [name, reply, expected] : transfers) {
+    for (const auto& [name, reply, outcome] : transfers) {
+        SCOPED_TRACE(name);
         service.Answer(reply);
-        EXPECT_EQ(Check(), expected) << name;
-        EXPECT_FALSE(IsAsked("POST[^]*POST|^$")) << name;
+        EXPECT_EQ(Check(), outcome);
+        EXPECT_FALSE(IsAsked("POST[^]*POST|^$")) << "asked more than once, or not at all";
     }
+    service.Stop();
+    EXPECT_EQ(Check(), NoInternet) << "the connection is refused";
 }
 
 TEST_F(UpdateCheck, StartsNoThreadToResolveAName)
@@ -118,53 +144,119 @@ TEST_F(UpdateCheck, StartsNoThreadToResolveAName)
     gethostname(name + 7, sizeof name - 7);
     SetEnvironmentVariableA("http_proxy", name);
     EXPECT_EQ(Check(), NoInternet);
+    SetEnvironmentVariableA("http_proxy", nullptr);
 }
 
 TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)
 {
-    host.apiKey = nullptr;
-    EXPECT_EQ(Check(), Untouched);
-    host.apiKey = L"api-key";
-    for (const DWORD type : {DWORD{REG_SZ}, DWORD{REG_DWORD}, DWORD{REG_EXPAND_SZ}}) {
-        records.Write(L"Product\\1.0", L"key", type == REG_SZ ? L"" : L"ab", type);
-        EXPECT_EQ(Check(), Untouched) << type;
+    for (const wchar_t* apiKey : {static_cast<const wchar_t*>(nullptr), L""}) {
+        host.apiKey = apiKey;
+        EXPECT_EQ(Check(), Nothing);
     }
+    host.apiKey = L"api-key";
+    records.Write(L"Product\\1.0", L"key", L"");
+    EXPECT_EQ(Check(), Nothing);
     EXPECT_TRUE(IsAsked("^$"));
+}
+
+TEST_F(UpdateCheck, SendsWhatTheRecordHolds)
+{
+    records.RemoveAll();
+    records.Write(L"Product\\1.0", L"key", L"A&B=\xFC");
+    EXPECT_EQ(Check(), L"200 u");
+    EXPECT_TRUE(IsAsked("&key=A&B=\xC3\xBC&hardware_id=\\w{64}&version=&up=1$")) << "without a version";
+    for (const wchar_t* member : {L"key", L"version"}) {
+        records.Write(L"Product\\1.0", member, L"\xD83D\xDE00");
+        EXPECT_EQ(Check(), BadConversion);
+        records.Write(L"Product\\1.0", member, L"1");
+    }
+    host.apiKey = L"\xD83D";
+    EXPECT_EQ(Check(), BadConversion);
+    EXPECT_TRUE(IsAsked("^$"));
+}
+
+TEST_F(UpdateCheck, SendsAHashOfTheMachinesIdOrElseOfItsName)
+{
+    // SHA-256 of "ProductServices machine identifier", a line feed, and the id or the name, in UTF-16.
+    const std::string ofTheId = "45c42dc13b5eaa0660c4e6582b9f9d958981a621e0d3b02dbcc1af9bfe59596f";
+    const std::string ofTheName = "fe9baf79c4ab944c6092b1abec782d121c1b65d2e837c12de2966e8848379f77";
+    const std::tuple<const char*, const wchar_t*, DWORD, std::string> machines[]{
+        {"an id", L"01234567-89ab-cdef-0123-456789abcdef", REG_SZ, ofTheId},
+        {"an empty id", L"", REG_SZ, ofTheName},
+        {"an id that is no text", L"0123", REG_BINARY, ofTheName},
+        {"no id", nullptr, REG_SZ, ofTheName},
+    };
+    for (const auto& [name, id, type, hash] : machines) {
+        SCOPED_TRACE(name);
+        const MachineRegistry machine;
+        if (id) {
+            RegSetKeyValueW(
+                HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography", L"MachineGuid", type, id,
+                static_cast<DWORD>((std::wcslen(id) + 1) * sizeof *id));
+        }
+        Reload();
+        ReplaceImport(library, "GetComputerNameW", GiveComputerName);
+        EXPECT_EQ(Check(), L"200 u");
+        EXPECT_TRUE(IsAsked(("&hardware_id=" + hash + "&").c_str()));
+    }
 }
 
 TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
 {
     InstallLanguage();
     service.Answer("");
-    EXPECT_EQ(Check(), Untouched + L"; box 16 Product: text 74");
+    EXPECT_EQ(Check(), L"nothing, box Product: text 74");
     host.productName = L"Other";
     host.languageId = PRODUCT_SERVICES_LANGUAGE_EN;
-    records.RemoveAll();
+    service.Answer(R"({"status":0})");
     records.Write(L"Product\\1.0", L"key", L"new-key");
     records.Write(L"Other\\1.0", L"key", L"other-key");
-    EXPECT_EQ(Check(), Untouched + L"; box 16 Other: text 74");
-    EXPECT_TRUE(IsAsked("&key=new-key&.*&version=&up=1")) << "read anew";
+    service.TakeRequests();
+    EXPECT_EQ(Check(), L"nothing, box Other: text 57") << "the caption is each call's own";
+    EXPECT_TRUE(IsAsked("&key=new-key&")) << "read anew";
     records.RemoveAll();
-    records.Write(L"Product\\1.0", L"version", L"20.1");
-    EXPECT_EQ(Check(), Untouched) << "the key is gone";
+    records.Write(L"Other\\1.0", L"key", L"other-key");
+    EXPECT_EQ(Check(), L"950 text 73");
 }
 
-TEST_F(UpdateCheck, TriesFiveTimesForARecordOfTheFirstCallsProduct)
+TEST_F(UpdateCheck, TriesFiveTimesForARecord)
 {
     host.productName = L"Unknown";
     atPause = [&] { records.Write(L"Unknown\\1.0", L"key", L"1"); };
-    EXPECT_EQ(Check(), L"950 No data of the installed product was found.");
-    EXPECT_EQ(pauses, std::vector<DWORD>(5, 150));
+    EXPECT_EQ(Check(), NoRecord) << "there was none when the product was chosen";
+    EXPECT_EQ(pauses, 5);
+    host.productName = L"Product";
+    EXPECT_EQ(Check(), NoRecord) << "the first call's product stays";
+    EXPECT_TRUE(IsAsked("^$"));
 }
 
-TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThereWithNullMembersToo)
+TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThere)
+{
+    EXPECT_EQ(Check(), L"200 u");
+    EXPECT_EQ(pauses, 0);
+    records.RemoveAll();
+    atPause = [&] {
+        if (pauses == 2) {
+            records.Write(L"Product\\1.0", L"key", L"repaired");
+        }
+    };
+    EXPECT_EQ(Check(), L"200 u");
+    EXPECT_EQ(pauses, 2);
+    EXPECT_TRUE(IsAsked("&key=repaired&"));
+}
+
+TEST_F(UpdateCheck, TakesNullForNoText)
 {
     Export("CheckForUpdates")(nullptr);
+    Export("Upgrade")(nullptr);
+    EXPECT_TRUE(IsAsked("^$"));
     EXPECT_EQ(Check(), L"200 u");
-    records.RemoveAll();
-    atPause = [&] { pauses.size() == 2 ? records.Write(L"Product\\1.0", L"key", L"repaired") : void(); };
-    host.productName = nullptr;
     wantsText = false;
-    EXPECT_EQ(Check(), L"200 untouched");
-    EXPECT_TRUE(IsAsked("&key=repaired&"));
+    EXPECT_EQ(Check(), L"200 " + std::wstring(64 * 1024, L'#'));
+    host.productName = nullptr;
+    host.productVersion = nullptr;
+    service.Answer("");
+    EXPECT_EQ(Check(), L"nothing, box : You are running the latest version");
+    Reload();
+    EXPECT_EQ(Check().substr(0, 4), L"950 ") << "a product without a name has no record";
 }

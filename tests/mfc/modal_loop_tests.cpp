@@ -74,14 +74,8 @@ private:
 
 TEST(ModalLoop, ShowsADialogWhenNoMessageIsLeftUnlessItHasEnded)
 {
-    struct Case
-    {
-        const char* name;
-        INT_PTR result;
-        int timesShown;
-        std::function<void(HWND dialog)> atStart;
-    };
-    const Case cases[]{
+    // Name, result, how often it is shown, and what happens at the start.
+    const std::tuple<const char*, INT_PTR, int, std::function<void(HWND dialog)>> cases[]{
         {"nothing happens", IDOK, 1, [](HWND) {}},
         {"messages are posted", IDOK, 1, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, WM_NULL); }},
         {"ended by a sent message", 4, 0, [](HWND dialog) { SendMessageW(dialog, WM_END, 4, 0); }},
@@ -93,12 +87,12 @@ TEST(ModalLoop, ShowsADialogWhenNoMessageIsLeftUnlessItHasEnded)
          [](HWND dialog) { PostMessageW(dialog, WM_COMMAND, IDOK, 0); }},
         {"destroyed before it is shown", -1, 0, [](HWND dialog) { PostMessageW(dialog, WM_VANISH, 0, 0); }},
     };
-    for (const Case& tried : cases) {
-        SCOPED_TRACE(tried.name);
+    for (const auto& [name, result, timesShown, atStart] : cases) {
+        SCOPED_TRACE(name);
         WatchedDialog dialog(IDD_EMPTY);
-        dialog.atStart = tried.atStart;
-        EXPECT_EQ(dialog.DoModal(), tried.result);
-        EXPECT_EQ(dialog.timesShown, tried.timesShown);
+        dialog.atStart = atStart;
+        EXPECT_EQ(dialog.DoModal(), result);
+        EXPECT_EQ(dialog.timesShown, timesShown);
         EXPECT_EQ(dialog.m_hWnd, nullptr) << "the window is gone";
     }
 }

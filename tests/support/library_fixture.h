@@ -4,27 +4,45 @@
 #include "support/loopback_server.h"
 
 #include "product_services/product_services.h"
+#include "support/import_hook.h"
 #include "support/product_records.h"
+#include "support/test_folder.h"
 
 #include <automation.h>
 
 #include <atomic>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <regex>
 
-/// What a call leaves behind: "CODE TEXT", and "EXCEPTION" after a comma where one leaves it.
+/// What a call leaves behind: "CODE TEXT" or nothing, and after a comma the exception that left it.
 using Outcome = std::wstring;
 
-inline const Outcome Untouched = L"- untouched";
+inline const Outcome Nothing = L"nothing";
 inline const Outcome Quit = L"540 User chose to quit!";
+inline const Outcome NoRecord = L"950 No data of the installed product was found.";
 
-// Exceptions, some with more to come.
-inline const Outcome BadConversion = Untouched + L", bad conversion";
-inline const Outcome NoJson = Untouched + L", [json.exception.parse_error.101]";
-inline const Outcome MustBe = Untouched + L", [json.exception.type_error.302] type must be ";
+inline const Outcome BadConversion = L"nothing, bad conversion";
+inline const Outcome NoJson = L"nothing, [json.exception.parse_error.101]";
+inline const Outcome MustBe = L"nothing, [json.exception.type_error.302] type must be ";
+
+/// The pauses of 150 ms that the library made instead of sleeping, and what happens in each.
+inline int pauses;
+inline std::function<void()> atPause;
+
+// Of another length are those of the runtime, which Visual Studio's imports beside ours.
+inline void CountPause(DWORD milliseconds)
+{
+    if (milliseconds != 150) {
+        SleepEx(milliseconds, FALSE);
+        return;
+    }
+    ++pauses;
+    if (atPause) {
+        atPause();
+    }
+}
 
 class LibraryTest : public testing::Test
 {
@@ -35,8 +53,25 @@ protected:
     {
         records.Write(L"Product\\1.0", L"key", L"product-key");
         records.Write(L"Product\\1.0", L"version", L"20.1");
+        Load();
     }
     ~LibraryTest() override { FreeLibrary(library); }
+
+    /// Loads the library, which knows of no call yet.
+    virtual void Load()
+    {
+        library = LoadLibraryW(L"ProductServicesForTests.dll");
+        pauses = 0;
+        atPause = {};
+        ReplaceImport(library, "Sleep", CountPause);
+    }
+
+    void Reload()
+    {
+        FreeLibrary(library);
+        ASSERT_EQ(GetModuleHandleW(L"ProductServicesForTests.dll"), nullptr);
+        Load();
+    }
 
     // Under WINEDEBUG=warn+heap: no block was written to past its end or after it was freed.
     void TearDown() override { EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr)); }
@@ -74,25 +109,26 @@ protected:
         for (int id = 0; id < 88; ++id) {
             lines += L"text " + std::to_wstring(id) + L"\n";
         }
-        std::ofstream("lang\\PL\\Vemo_PL.lang", std::ios::binary)
+        std::ofstream("lang/PL/Vemo_PL.lang", std::ios::binary)
             .write(
                 reinterpret_cast<const char*>(lines.data()), static_cast<std::streamsize>(lines.size() * 2));
         host.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     }
 
+    TestFolder folder;
     ProductRecords records;
     LoopbackServer service;
-    HMODULE library = LoadLibraryW(L"ProductServicesForTests.dll");
+    HMODULE library = nullptr;
     bool wantsText = true;
     HostContext host{L"Product", L"1.0", L"api-key", 120, nullptr, 0, nullptr, nullptr, nullptr, 0};
 
 private:
     Outcome Call(const char* name)
     {
+        constexpr std::uint32_t Untouched = 0xFFFFFFFF;
         HostContext context = host; // each call has a record of its own
         std::wstring text(64 * 1024, L'#');
-        text.replace(0, 10, L"untouched", 10);
-        context.resultCode = 0xFFFFFFFF;
+        context.resultCode = Untouched;
         context.resultText = wantsText ? text.data() : nullptr;
         std::string exception;
         try {
@@ -102,8 +138,13 @@ private:
             exception = std::string(", ") + error.what();
             exception.resize(std::min(exception.find(" parse error at"), exception.size()));
         }
-        const auto code = context.resultCode == 0xFFFFFFFF ? L"-" : std::to_wstring(context.resultCode);
-        return code + L" " + &text[0] + Outcome(exception.begin(), exception.end());
+        Outcome outcome = Nothing;
+        if (context.resultCode != Untouched) {
+            outcome = std::to_wstring(context.resultCode) + L" " + text.c_str();
+        } else {
+            EXPECT_EQ(text.front(), L'#') << "a text without a code";
+        }
+        return outcome + Outcome(exception.begin(), exception.end());
     }
 
     // A dialog that nobody expects, or that stays open, is a failure and ends in seconds.
@@ -113,7 +154,9 @@ private:
         for (; !isDone; Sleep(1)) {
             for (HWND dialog : automation::VisibleDialogs(thread)) {
                 const bool isExpected = ++dialogs == 1 && user;
-                isExpected ? user(dialog) : void();
+                if (isExpected) {
+                    user(dialog);
+                }
                 if (!automation::WaitFor([&] { return !IsWindow(dialog); }, isExpected ? 5000 : 0)) {
                     ADD_FAILURE() << "a dialog that is not expected or stays open";
                     PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);

@@ -3,8 +3,11 @@
 
 #include <winsock2.h>
 
-#include "product_family.h"
+#include <ws2tcpip.h>
 
+#include "support/tests_family.h"
+
+#include <functional>
 #include <gtest/gtest.h>
 #include <regex>
 #include <string>
@@ -19,7 +22,6 @@ struct Reply
 {
     std::vector<std::string> pieces;
     DWORD pauseMs = 0;
-    bool resets = false; ///< Ends the connection with a reset instead of an orderly close.
 
     static Reply Http(const std::string& body, const std::string& status = "200 OK")
     {
@@ -39,7 +41,7 @@ public:
         const BOOL reuse = TRUE;
         setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
         sockaddr_in address{AF_INET, htons(18444), {}, {}};
-        address.sin_addr.s_addr = inet_addr(TESTS_ADDRESS);
+        EXPECT_EQ(inet_pton(AF_INET, ServiceAddress, &address.sin_addr), 1);
         EXPECT_EQ(bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         listen(m_listener, 16);
         m_thread = std::thread([this] {
@@ -54,11 +56,15 @@ public:
     void Stop()
     {
         closesocket(std::exchange(m_listener, INVALID_SOCKET));
-        m_thread.joinable() ? m_thread.join() : void();
+        if (m_thread.joinable()) {
+            m_thread.join();
+        }
     }
 
     // No lock: what a call of the library asks for is served before it returns, and nothing in between.
-    void AnswerProbe(Reply reply) { m_probe = std::move(reply); }
+    void AnswerProbe(const std::string& body) { m_probe = Reply::Http(body); }
+    /// What happens when the probe has arrived, before it is answered.
+    void AtProbe(std::function<void()> action) { m_atProbe = std::move(action); }
     void Answer(Reply reply) { m_updates = std::move(reply); }
     void Answer(const std::string& body) { Answer(Reply::Http(body)); }
 
@@ -77,18 +83,21 @@ private:
             request.append(block, static_cast<std::size_t>(count));
         }
         m_requests += request;
-        const Reply reply = request.find("/check.php") == request.npos ? m_updates : m_probe;
+        const bool isProbe = request.find("/check.php") != request.npos;
+        if (isProbe) {
+            m_atProbe();
+        }
+        const Reply reply = isProbe ? m_probe : m_updates;
         for (const std::string& piece : reply.pieces) {
             send(client, piece.data(), static_cast<int>(piece.size()), 0);
             Sleep(reply.pauseMs);
         }
-        const linger close{reply.resets, 0};
-        setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&close), sizeof close);
         closesocket(client);
     }
 
     Reply m_probe = Reply::Http("1");
     Reply m_updates = Reply::Http(Offer);
+    std::function<void()> m_atProbe = [] {};
     std::string m_requests;
     SOCKET m_listener;
     std::thread m_thread;

@@ -1,34 +1,60 @@
 // Product records of the tests' family, as an installer would write them.
 #pragma once
 
-#include "product_family.h"
+#include "support/tests_family.h"
 
 #include <string>
 #include <windows.h>
 
-/// Writes values of products, each "name\version", and removes all records of the family at the end.
+/// Writes values of products, each "name\version", and removes all of the user's records at the end.
 struct ProductRecords
 {
     ProductRecords() { RemoveAll(); }
     ~ProductRecords() { RemoveAll(); }
 
-    static std::wstring Path(const std::wstring& product)
-    {
-        return std::wstring(product_family::RecordRegistryPath) + L'\\' + product;
-    }
+    ProductRecords(const ProductRecords&) = delete;
+    ProductRecords& operator=(const ProductRecords&) = delete;
 
-    /// Writes the units of `data` without a zero after them.
     static void Write(
-        const std::wstring& product, const wchar_t* name, const std::wstring& data, DWORD type = REG_SZ,
+        const std::wstring& product, const wchar_t* name, const std::wstring& text,
         HKEY root = HKEY_CURRENT_USER)
     {
-        const auto size = static_cast<DWORD>(data.size() * sizeof(wchar_t));
-        RegSetKeyValueW(root, Path(product).c_str(), name, type, data.data(), size);
+        WriteBytes(product, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t), root);
     }
 
-    static void RemoveAll()
+    /// A value of any type and size, as a careless installer writes it.
+    static void WriteBytes(
+        const std::wstring& product, const wchar_t* name, DWORD type, const void* bytes, std::size_t size,
+        HKEY root = HKEY_CURRENT_USER)
     {
-        RegDeleteTreeW(HKEY_CURRENT_USER, product_family::RecordRegistryPath);
-        RegDeleteTreeW(HKEY_LOCAL_MACHINE, product_family::RecordRegistryPath);
+        const std::wstring path = RecordPath + L'\\' + product;
+        RegSetKeyValueW(root, path.c_str(), name, type, bytes, static_cast<DWORD>(size));
     }
+
+    static void RemoveAll() { RegDeleteTreeW(HKEY_CURRENT_USER, RecordPath.c_str()); }
+};
+
+/// An empty HKEY_LOCAL_MACHINE of the test's own, below HKEY_CURRENT_USER, while it lives.
+class MachineRegistry
+{
+public:
+    MachineRegistry()
+    {
+        RegCreateKeyW(HKEY_CURRENT_USER, m_path.c_str(), &m_key);
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_key);
+    }
+
+    ~MachineRegistry()
+    {
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+        RegCloseKey(m_key);
+        RegDeleteTreeW(HKEY_CURRENT_USER, m_path.c_str());
+    }
+
+    MachineRegistry(const MachineRegistry&) = delete;
+    MachineRegistry& operator=(const MachineRegistry&) = delete;
+
+private:
+    std::wstring m_path = RecordPath + L" machine";
+    HKEY m_key = nullptr;
 };
