@@ -106,6 +106,14 @@ std::wstring ColumnText(HWND list, int column)
     return text;
 }
 
+int ColumnAlignment(HWND list, int column)
+{
+    LVCOLUMNW heading{};
+    heading.mask = LVCF_FMT;
+    SendMessageW(list, LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&heading));
+    return heading.fmt & LVCFMT_JUSTIFYMASK;
+}
+
 void SelectRow(HWND list, int row)
 {
     // The list takes the focus as under a click, so that the selection is seen.
@@ -114,6 +122,24 @@ void SelectRow(HWND list, int row)
     item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
     item.state = item.stateMask;
     SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+}
+
+HWND FocusBeside(HWND window)
+{
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
+    return info.hwndFocus;
+}
+
+bool HasColour(HWND window, POINT at, COLORREF colour, int width, DWORD timeoutMs)
+{
+    const HDC painted = GetDC(window);
+    int tried = 0;
+    const auto look = [&] { return GetPixel(painted, at.x + tried++ % width, at.y) == colour; };
+    const bool has = WaitFor(look, timeoutMs);
+    ReleaseDC(window, painted);
+    return has;
 }
 
 void Press(HWND dialog, int id)

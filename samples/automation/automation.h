@@ -31,7 +31,16 @@ std::vector<std::vector<std::wstring>> ListRows(HWND list, int columns);
 /// The heading of a column.
 std::wstring ColumnText(HWND list, int column);
 
+/// LVCFMT_LEFT, LVCFMT_CENTER or LVCFMT_RIGHT.
+int ColumnAlignment(HWND list, int column);
+
 void SelectRow(HWND list, int row);
+
+/// The window that has the focus in the thread of `window`.
+HWND FocusBeside(HWND window);
+
+/// Whether a point from `at` to the right, `width` of them, gets this colour: painting takes its time.
+bool HasColour(HWND window, POINT at, COLORREF colour, int width = 1, DWORD timeoutMs = 3000);
 
 /// Presses a button as a click does; returns at once.
 void Press(HWND dialog, int id);

@@ -6,7 +6,6 @@
 #include "support/test_folder.h"
 #include "text/default_texts.h"
 #include "ui/background_bitmap.h"
-#include "upgrade/product_upgrade.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -63,41 +62,26 @@ TEST(ReportResult, WritesAnUnknownCodeWithoutATextAndNothingForSuccess)
     }
 }
 
-TEST(HostCallScope, PutsTheHostsModuleStateBackWhenAnExceptionLeaves)
+TEST(HostCallScope, PutsTheHostsModuleStateBackAndTouchesNothingOfItsRecord)
 {
+    const TestFolder folder;
     alignas(AFX_MODULE_STATE) char memory[sizeof(AFX_MODULE_STATE)]{};
     auto* const ofTheHost = reinterpret_cast<AFX_MODULE_STATE*>(memory);
     AFX_MANAGE_STATE(ofTheHost)
-    const TestFolder folder;
-    Call call;
-    const auto leave = [&] {
-        HostCallScope scope(&call.host);
-        EXPECT_EQ(AfxGetModuleState(), AfxGetStaticModuleState());
-        throw std::runtime_error("leaves the call");
-    };
-    EXPECT_THROW(leave(), std::runtime_error);
-    EXPECT_EQ(AfxGetModuleState(), ofTheHost);
-}
-
-TEST(HostCallScope, TakesTheHostsRecordForTheCurrentOneAndTouchesNothingOfIt)
-{
-    const TestFolder folder;
     wchar_t reserved[] = L"reserved";
     HostContext host{nullptr,       nullptr, nullptr,  0,        reserved,
                      UntouchedCode, nullptr, reserved, reserved, 12345};
     const HostContext before = host;
-    CurrentTextTable = nullptr;
-    {
-        HostCallScope scope(&host);
-    }
+    const auto leaveACall = [&] {
+        HostCallScope call(&host);
+        EXPECT_EQ(AfxGetModuleState(), AfxGetStaticModuleState());
+        throw std::runtime_error("leaves the call");
+    };
+    EXPECT_THROW(leaveACall(), std::runtime_error);
+    EXPECT_EQ(AfxGetModuleState(), ofTheHost);
     EXPECT_EQ(CurrentHostContext, &host) << "after the call, too";
     EXPECT_EQ(CurrentTextTable, &GetTextTable(L"DE")) << "the first call's, whatever language follows";
     EXPECT_EQ(std::memcmp(&host, &before, sizeof host), 0);
-}
-
-TEST(ProductUpgrade, HasANameAtRunTime)
-{
-    EXPECT_STREQ(RUNTIME_CLASS(ProductUpgrade)->m_lpszClassName, "ProductUpgrade");
 }
 
 TEST(BackgroundBitmap, IsMissingForAnEmptyKeyAlone)

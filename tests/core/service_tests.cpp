@@ -1,8 +1,6 @@
 #include "../benchmarks/curl_stand_in.h"
 #include "service/service_client.h"
 #include "service/text_conversion.h"
-#include "service/update_query.h"
-#include "support/tests_family.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -23,7 +21,6 @@ std::size_t elementSize = 1;
 CURLcode result = CURLE_OK;
 
 // What the last one saw.
-std::string sentUrl;
 std::string sentBody;
 HCURSOR cursorDuringTransfer = nullptr;
 
@@ -39,7 +36,6 @@ std::string Post(const Texts& answer, int withResult = CURLE_OK)
 
 CURLcode PerformTransfer(const CurlTransfer& transfer)
 {
-    sentUrl = transfer.url;
     sentBody = transfer.body;
     cursorDuringTransfer = SetCursor(LoadCursorW(nullptr, IDC_ARROW));
     for (std::string& piece : pieces) {
@@ -116,63 +112,14 @@ TEST(Post, TurnsEveryFailureIntoADocument)
     }
 }
 
-TEST(Probe, HoldsTheServiceForReachableWhenItAnswersExactlyOne)
+TEST(TextConversion, TakesTheCharactersOfTheBasicPlaneAlone)
 {
-    const std::tuple<const char*, const char*, bool> replies[]{
-        {"the digit one", "1", true},
-        {"nothing", "", false},
-        {"another digit", "0", false},
-        {"two digits", "11", false},
-        {"a line break behind it", "1\n", false},
-        {"a space before it", " 1", false},
-        {"a word", "true", false},
-        {"half a character behind it", "1\xC3", false},
-        {"a character outside the basic plane", "\xF0\x9F\x98\x80", false},
-    };
-    for (const auto& [name, reply, isReachable] : replies) {
-        SCOPED_TRACE(name);
-        result = CURLE_OK;
-        pieces = {reply};
-        EXPECT_EQ(ServiceClient::IsServiceReachable(), isReachable);
-        EXPECT_EQ(sentUrl, ToUtf8(ServiceUrl) + "/check.php");
-        EXPECT_EQ(sentBody, "");
-        result = CURLE_RECV_ERROR;
-        EXPECT_FALSE(ServiceClient::IsServiceReachable()) << "the transfer failed";
-    }
-}
-
-TEST(TextConversion, TakesTheCharactersOfTheBasicPlaneThereAndBack)
-{
-    const std::tuple<const char*, std::wstring, std::string> texts[]{
-        {"nothing", L"", ""},
-        {"a NUL within", {L"a\0b", 3}, {"a\0b", 3}},
-        {"two bytes", L"\xFC", "\xC3\xBC"},
-        {"three bytes", L"\x20AC\x7248", "\xE2\x82\xAC\xE7\x89\x88"},
-        {"the last before the surrogates", L"\xD7FF", "\xED\x9F\xBF"},
-        {"the first behind them", L"\xE000", "\xEE\x80\x80"},
-        {"the last of all", L"\xFFFF", "\xEF\xBF\xBF"},
-    };
-    for (const auto& [name, wide, utf8] : texts) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(ToUtf8(wide), utf8);
-        EXPECT_EQ(ToWide(utf8), wide);
-    }
-}
-
-TEST(TextConversion, RefusesWhatIsNoCharacterOfTheBasicPlane)
-{
+    const std::wstring wholePlane(L"a\0\xFC\x20AC\xD7FF\xE000\xFFFF", 7); // at the borders of what is refused
+    EXPECT_EQ(ToWide(ToUtf8(wholePlane)), wholePlane);
     for (const char* utf8 : {"\xFF", "a\xC3", "\xC0\x80", "\xED\xA0\xBD", "\xF0\x9F\x98\x80", "a\x80z"}) {
         EXPECT_THROW(ToWide(utf8), std::range_error) << utf8;
     }
     for (const wchar_t* wide : {L"\xD800", L"a\xDFFF", L"\xDBFFz", L"\xDC00", L"\xD83D\xDE00"}) {
         EXPECT_THROW(ToUtf8(wide), std::range_error) << wide;
     }
-}
-
-TEST(UpdateQuery, InsertsItsValuesAsTheyAre)
-{
-    const std::string query = BuildUpdateQuery(L"a b", L"A&B=%+", L"\xFC\x20AC", L"0");
-    const std::string start = "api_key=a b&key=A&B=%+&hardware_id=";
-    EXPECT_EQ(query.substr(0, start.size()), start);
-    EXPECT_EQ(query.substr(start.size() + 64), "&version=\xC3\xBC\xE2\x82\xAC&up=0");
 }

@@ -32,8 +32,6 @@ const Outcome NoInternet = L"nothing, box Product: No internet found!";
 class UpdateCheck : public LibraryTest
 {
 protected:
-    UpdateCheck() { ReplaceImport(library, "MessageBoxW", NoteBox); }
-
     void Load() override
     {
         LibraryTest::Load();
@@ -63,7 +61,6 @@ TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
 TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
 {
     const Outcome noIndex = L"nothing, [json.exception.type_error.305] cannot use operator[] with a ";
-    const std::string emoji = "\xF0\x9F\x98\x80";
     const std::tuple<const char*, std::string, Outcome> replies[]{
         {"nothing", "", Latest},
         {"a refusal", R"({"status":0,"error":"no"})", NoInternet},
@@ -72,38 +69,24 @@ TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
         {"status: false", R"({"status":false})", NoInternet},
         {"status: true", R"({"status":true})", Nothing},
         {"status: another number", R"({"status":1})", Nothing},
-        {"status: below 0", R"({"status":-1})", Nothing},
-        {"status: beside an offer", R"({"status":200,"name":"X","version":"2","url":"u"})", Nothing},
         {"status: 2 to the power of 32", R"({"status":4294967296})", NoInternet},
         {"status: 2 to the power of 32, and 1", R"({"status":4294967297})", Nothing},
         {"status: beyond every number", R"({"status":1e999})",
          L"nothing, [json.exception.out_of_range.406] number overflow parsing '1e999'"},
         {"status: a text", R"({"status":"0"})", MustBe + L"number, but is string"},
-        {"status: null", R"({"status":null})", MustBe + L"number, but is null"},
-        {"status: an object", R"({"status":{}})", MustBe + L"number, but is object"},
-        {"status: an array", R"({"status":[0]})", MustBe + L"number, but is array"},
         {"an error page", "<html>error</html>", NoJson},
-        {"an offer with more behind it", Offer + "x", NoJson},
         {"a comment", "// a comment\n" + Offer, NoJson},
-        {"no UTF-8", "[\"\xFF\"]", NoJson},
         {"nesting without an end", std::string(16300, '['), NoJson},
         {"an object without a status", R"({"name":"X"})", noIndex + L"numeric argument with object"},
         {"a number", "1", noIndex + L"numeric argument with number"},
-        {"a text", "\"status\"", noIndex + L"numeric argument with string"},
-        {"a truth", "true", noIndex + L"numeric argument with boolean"},
         {"no offers", "[]", MustBe + L"string, but is null"},
-        {"null", "null", MustBe + L"string, but is null"},
         {"no name", R"([{"version":2,"url":3}])", MustBe + L"string, but is null"},
         {"no version", R"([{"name":"X","url":3}])", MustBe + L"string, but is null"},
         {"no url", R"([{"name":"X","version":"2"}])", MustBe + L"string, but is null"},
         {"name: a number", R"([{"name":1,"version":true,"url":"u"}])", MustBe + L"string, but is number"},
         {"version: a truth", R"([{"name":"","version":true,"url":[]}])", MustBe + L"string, but is boolean"},
-        {"url: an array", R"([{"name":"","version":"","url":[]}])", MustBe + L"string, but is array"},
-        {"name: not convertible", "[{\"name\":\"" + emoji + R"(","version":"","url":"u"}])", BadConversion},
-        {"version: not convertible", "[{\"name\":\"\",\"version\":\"" + emoji + R"(","url":"u"}])",
-         BadConversion},
+        {"name: not convertible", R"([{"name":"\ud83d\ude00","version":"","url":"u"}])", BadConversion},
         {"url: not convertible", R"([{"name":"","version":"","url":"\ud83d\ude00"}])", BadConversion},
-        {"an offer of empty texts", R"([{"name":"","version":"","url":""}])", L"200 "},
         {"an offer", Offer, L"200 u"},
     };
     for (const auto& [name, reply, outcome] : replies) {
@@ -116,19 +99,17 @@ TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
 TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
 {
     const std::string chunks = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-    const std::string offerChunk = "26\r\n" + Offer + "\r\n";
-    const std::tuple<const char*, Reply, Outcome> transfers[]{
-        {"a redirect", Reply::Http(Offer, "301 Moved Permanently\r\nLocation: /check.php"), L"200 u"},
-        {"an error page", Reply::Http(Offer, "503 Busy"), L"200 u"},
-        {"an empty error page", Reply::Http("", "500 Internal Server Error"), Latest},
-        {"the offer in the last piece", {{chunks + "5\r\nfirst\r\n", offerChunk, "0\r\n\r\n"}, 50}, L"200 u"},
-        {"a piece behind the offer", {{chunks + offerChunk, "1\r\n{\r\n", "0\r\n\r\n"}, 50}, NoJson},
-        {"closed without a reply", {}, NoInternet},
-        {"a short body", {{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{"}}, NoInternet},
+    const std::tuple<const char*, std::string, Outcome> transfers[]{
+        {"a redirect", HttpReply(Offer, "301 Moved Permanently\r\nLocation: /check.php"), L"200 u"},
+        {"an error page", HttpReply(Offer, "503 Busy"), L"200 u"},
+        {"an empty error page", HttpReply("", "500 Internal Server Error"), Latest},
+        {"two pieces", chunks + "1\r\n[\r\n26\r\n" + Offer + "\r\n0\r\n\r\n", L"200 u"},
+        {"closed without a reply", "", NoInternet},
+        {"a short body", "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{", NoInternet},
     };
     for (const auto& [name, reply, outcome] : transfers) {
         SCOPED_TRACE(name);
-        service.Answer(reply);
+        service.Send(reply);
         EXPECT_EQ(Check(), outcome);
         EXPECT_FALSE(IsAsked("POST[^]*POST|^$")) << "asked more than once, or not at all";
     }
@@ -159,17 +140,13 @@ TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)
     EXPECT_TRUE(IsAsked("^$"));
 }
 
-TEST_F(UpdateCheck, SendsWhatTheRecordHolds)
+TEST_F(UpdateCheck, SendsItsValuesAsTheyAre)
 {
     records.RemoveAll();
-    records.Write(L"Product\\1.0", L"key", L"A&B=\xFC");
+    records.Write(L"Product\\1.0", L"key", L"A&B=%+\xFC");
+    host.apiKey = L"a b";
     EXPECT_EQ(Check(), L"200 u");
-    EXPECT_TRUE(IsAsked("&key=A&B=\xC3\xBC&hardware_id=\\w{64}&version=&up=1$")) << "without a version";
-    for (const wchar_t* member : {L"key", L"version"}) {
-        records.Write(L"Product\\1.0", member, L"\xD83D\xDE00");
-        EXPECT_EQ(Check(), BadConversion);
-        records.Write(L"Product\\1.0", member, L"1");
-    }
+    EXPECT_TRUE(IsAsked("api_key=a b&key=A&B=%\\+\xC3\xBC&hardware_id=\\w{64}&version=&up=1$"));
     host.apiKey = L"\xD83D";
     EXPECT_EQ(Check(), BadConversion);
     EXPECT_TRUE(IsAsked("^$"));
@@ -209,14 +186,12 @@ TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
     host.productName = L"Other";
     host.languageId = PRODUCT_SERVICES_LANGUAGE_EN;
     service.Answer(R"({"status":0})");
-    records.Write(L"Product\\1.0", L"key", L"new-key");
-    records.Write(L"Other\\1.0", L"key", L"other-key");
-    service.TakeRequests();
-    EXPECT_EQ(Check(), L"nothing, box Other: text 57") << "the caption is each call's own";
-    EXPECT_TRUE(IsAsked("&key=new-key&")) << "read anew";
     records.RemoveAll();
     records.Write(L"Other\\1.0", L"key", L"other-key");
     EXPECT_EQ(Check(), L"950 text 73");
+    records.Write(L"Product\\1.0", L"key", L"new-key");
+    EXPECT_EQ(Check(), L"nothing, box Other: text 57") << "the caption is each call's own";
+    EXPECT_TRUE(IsAsked("&key=new-key&.*&version=&")) << "read anew";
 }
 
 TEST_F(UpdateCheck, TriesFiveTimesForARecord)
@@ -225,9 +200,6 @@ TEST_F(UpdateCheck, TriesFiveTimesForARecord)
     atPause = [&] { records.Write(L"Unknown\\1.0", L"key", L"1"); };
     EXPECT_EQ(Check(), NoRecord) << "there was none when the product was chosen";
     EXPECT_EQ(pauses, 5);
-    host.productName = L"Product";
-    EXPECT_EQ(Check(), NoRecord) << "the first call's product stays";
-    EXPECT_TRUE(IsAsked("^$"));
 }
 
 TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThere)
@@ -242,7 +214,6 @@ TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThere)
     };
     EXPECT_EQ(Check(), L"200 u");
     EXPECT_EQ(pauses, 2);
-    EXPECT_TRUE(IsAsked("&key=repaired&"));
 }
 
 TEST_F(UpdateCheck, TakesNullForNoText)

@@ -11,9 +11,9 @@ namespace {
 constexpr UINT IDD_EMPTY = 3;
 constexpr UINT IDD_MISSING = 99;
 
-constexpr UINT WM_STEP = WM_APP;       // wParam more of them follow, each posted by the one before
-constexpr UINT WM_END = WM_APP + 1;    // ends the dialog with wParam
-constexpr UINT WM_VANISH = WM_APP + 2; // destroys the window
+// wParam more of them follow, each posted by the one before; the last ends the dialog with lParam, if not 0.
+constexpr UINT WM_STEP = WM_APP;
+constexpr UINT WM_VANISH = WM_APP + 1; // destroys the window
 
 // Counts how often it is shown, and is confirmed then.
 class WatchedDialog : public CDialogEx
@@ -32,40 +32,25 @@ public:
 
     BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pResult) override
     {
-        switch (message) {
-        case WM_SHOWWINDOW:
-            OnShow(wParam);
-            break;
-        case WM_STEP:
-            OnStep(wParam, lParam);
-            return TRUE;
-        case WM_END:
-            EndDialog(static_cast<int>(wParam));
-            return TRUE;
-        case WM_VANISH:
-            DestroyWindow();
-            return TRUE;
+        if (message == WM_SHOWWINDOW && wParam) {
+            ++timesShown;
+            PostMessageW(m_hWnd, WM_COMMAND, IDOK, 0);
+        } else if (message == WM_STEP) {
+            EXPECT_FALSE(IsWindowVisible(m_hWnd)) << "messages are left";
+            Step(wParam, static_cast<int>(lParam));
+        } else if (message == WM_VANISH) {
+            return DestroyWindow();
         }
         return CDialogEx::OnWndMsg(message, wParam, lParam, pResult);
     }
 
 private:
-    void OnShow(WPARAM isShown)
+    void Step(WPARAM more, int end)
     {
-        if (isShown) {
-            ++timesShown;
-            PostMessageW(m_hWnd, WM_COMMAND, IDOK, 0);
-        }
-    }
-
-    // The last step posts the message `last`.
-    void OnStep(WPARAM more, LPARAM last)
-    {
-        EXPECT_FALSE(IsWindowVisible(m_hWnd)) << "messages are left";
         if (more > 0) {
-            PostMessageW(m_hWnd, WM_STEP, more - 1, last);
-        } else {
-            PostMessageW(m_hWnd, static_cast<UINT>(last), 5, 0);
+            PostMessageW(m_hWnd, WM_STEP, more - 1, end);
+        } else if (end) {
+            EndDialog(end);
         }
     }
 };
@@ -77,15 +62,14 @@ TEST(ModalLoop, ShowsADialogWhenNoMessageIsLeftUnlessItHasEnded)
     // Name, result, how often it is shown, and what happens at the start.
     const std::tuple<const char*, INT_PTR, int, std::function<void(HWND dialog)>> cases[]{
         {"nothing happens", IDOK, 1, [](HWND) {}},
-        {"messages are posted", IDOK, 1, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, WM_NULL); }},
-        {"ended by a sent message", 4, 0, [](HWND dialog) { SendMessageW(dialog, WM_END, 4, 0); }},
+        {"messages are posted", IDOK, 1, [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, 0); }},
+        {"ended by a sent message", 4, 0, [](HWND dialog) { SendMessageW(dialog, WM_STEP, 0, 4); }},
         {"ended by the last of posted messages", 5, 0,
-         [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, WM_END); }},
+         [](HWND dialog) { PostMessageW(dialog, WM_STEP, 3, 5); }},
         {"ended by a message that another thread sent", 6, 0,
-         [](HWND dialog) { std::thread(SendNotifyMessageW, dialog, WM_END, 6, 0).join(); }},
-        {"confirmed before it is shown", IDOK, 0,
-         [](HWND dialog) { PostMessageW(dialog, WM_COMMAND, IDOK, 0); }},
-        {"destroyed before it is shown", -1, 0, [](HWND dialog) { PostMessageW(dialog, WM_VANISH, 0, 0); }},
+         [](HWND dialog) { std::thread(SendNotifyMessageW, dialog, WM_STEP, 0, 6).join(); }},
+        {"cancelled", IDCANCEL, 0, [](HWND dialog) { PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0); }},
+        {"destroyed", -1, 0, [](HWND dialog) { PostMessageW(dialog, WM_VANISH, 0, 0); }},
     };
     for (const auto& [name, result, timesShown, atStart] : cases) {
         SCOPED_TRACE(name);

@@ -11,7 +11,6 @@
 #include <automation.h>
 
 #include <atomic>
-#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <regex>
@@ -53,9 +52,8 @@ protected:
     {
         records.Write(L"Product\\1.0", L"key", L"product-key");
         records.Write(L"Product\\1.0", L"version", L"20.1");
-        Load();
     }
-    ~LibraryTest() override { FreeLibrary(library); }
+    void SetUp() override { Load(); }
 
     /// Loads the library, which knows of no call yet.
     virtual void Load()
@@ -73,8 +71,12 @@ protected:
         Load();
     }
 
-    // Under WINEDEBUG=warn+heap: no block was written to past its end or after it was freed.
-    void TearDown() override { EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr)); }
+    void TearDown() override
+    {
+        FreeLibrary(library);
+        // Under WINEDEBUG=warn+heap: no block was written to past its end or after it was freed.
+        EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr));
+    }
 
     decltype(&Upgrade) Export(const char* name) const
     {
@@ -109,9 +111,7 @@ protected:
         for (int id = 0; id < 88; ++id) {
             lines += L"text " + std::to_wstring(id) + L"\n";
         }
-        std::ofstream("lang/PL/Vemo_PL.lang", std::ios::binary)
-            .write(
-                reinterpret_cast<const char*>(lines.data()), static_cast<std::streamsize>(lines.size() * 2));
+        WriteFile("lang/PL/Vemo_PL.lang", lines);
         host.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     }
 

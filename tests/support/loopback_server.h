@@ -10,25 +10,16 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <regex>
-#include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 inline const std::string Offer = R"([{"name":"X","version":"2","url":"u"}])";
 
-/// What goes out for a request, head and all: each piece in a send of its own, with a pause after it.
-struct Reply
+/// A whole reply, head and all.
+inline std::string HttpReply(const std::string& body, const std::string& status = "200 OK")
 {
-    std::vector<std::string> pieces;
-    DWORD pauseMs = 0;
-
-    static Reply Http(const std::string& body, const std::string& status = "200 OK")
-    {
-        const std::string size = std::to_string(body.size());
-        return {{"HTTP/1.1 " + status + "\r\nContent-Length: " + size + "\r\n\r\n" + body}};
-    }
-};
+    return "HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
 
 class LoopbackServer
 {
@@ -62,11 +53,12 @@ public:
     }
 
     // No lock: what a call of the library asks for is served before it returns, and nothing in between.
-    void AnswerProbe(const std::string& body) { m_probe = Reply::Http(body); }
+    void AnswerProbe(const std::string& body) { m_probe = HttpReply(body); }
+    void Answer(const std::string& body) { m_updates = HttpReply(body); }
+    void Send(const std::string& reply) { m_updates = reply; }
+
     /// What happens when the probe has arrived, before it is answered.
     void AtProbe(std::function<void()> action) { m_atProbe = std::move(action); }
-    void Answer(Reply reply) { m_updates = std::move(reply); }
-    void Answer(const std::string& body) { Answer(Reply::Http(body)); }
 
     /// The requests since the last call of this, one after the other.
     std::string TakeRequests() { return std::exchange(m_requests, {}); }
@@ -87,16 +79,13 @@ private:
         if (isProbe) {
             m_atProbe();
         }
-        const Reply reply = isProbe ? m_probe : m_updates;
-        for (const std::string& piece : reply.pieces) {
-            send(client, piece.data(), static_cast<int>(piece.size()), 0);
-            Sleep(reply.pauseMs);
-        }
+        const std::string& reply = isProbe ? m_probe : m_updates;
+        send(client, reply.data(), static_cast<int>(reply.size()), 0);
         closesocket(client);
     }
 
-    Reply m_probe = Reply::Http("1");
-    Reply m_updates = Reply::Http(Offer);
+    std::string m_probe = HttpReply("1");
+    std::string m_updates = HttpReply(Offer);
     std::function<void()> m_atProbe = [] {};
     std::string m_requests;
     SOCKET m_listener;

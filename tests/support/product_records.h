@@ -12,9 +12,6 @@ struct ProductRecords
     ProductRecords() { RemoveAll(); }
     ~ProductRecords() { RemoveAll(); }
 
-    ProductRecords(const ProductRecords&) = delete;
-    ProductRecords& operator=(const ProductRecords&) = delete;
-
     static void Write(
         const std::wstring& product, const wchar_t* name, const std::wstring& text,
         HKEY root = HKEY_CURRENT_USER)
@@ -50,9 +47,6 @@ public:
         RegCloseKey(m_key);
         RegDeleteTreeW(HKEY_CURRENT_USER, m_path.c_str());
     }
-
-    MachineRegistry(const MachineRegistry&) = delete;
-    MachineRegistry& operator=(const MachineRegistry&) = delete;
 
 private:
     std::wstring m_path = RecordPath + L" machine";

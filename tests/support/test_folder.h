@@ -2,9 +2,18 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <windows.h>
+
+/// Writes the units of `characters`, and then `rest`.
+inline void WriteFile(
+    const std::filesystem::path& path, const std::wstring& characters, const std::string& rest = {})
+{
+    const std::string bytes(reinterpret_cast<const char*>(characters.data()), characters.size() * 2);
+    std::ofstream(path, std::ios::binary) << bytes << rest;
+}
 
 /// A new folder below the working directory, which it is itself while it lives. Goes with all that is in it.
 class TestFolder
@@ -25,9 +34,6 @@ public:
         std::filesystem::current_path(m_former, ignored);
         std::filesystem::remove_all(m_folder, ignored);
     }
-
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
 
 private:
     std::filesystem::path m_former = std::filesystem::current_path();
