@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <utility>
 
 using namespace product_services;
 
@@ -88,11 +89,11 @@ TEST(BackgroundBitmap, IsMissingForAnEmptyKeyAlone)
 {
     const HMODULE pictures =
         LoadLibraryExW(L"ProductServicesForTests.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
-    AfxGetModuleState()->m_hCurrentResourceHandle = pictures;
+    const HINSTANCE former = std::exchange(AfxGetModuleState()->m_hCurrentResourceHandle, pictures);
     const HBITMAP picture = BackgroundBitmapForProduct(L"unknown");
     EXPECT_NE(picture, nullptr);
     EXPECT_EQ(BackgroundBitmapForProduct(L""), nullptr);
     DeleteObject(picture);
-    AfxGetModuleState()->m_hCurrentResourceHandle = nullptr;
+    AfxGetModuleState()->m_hCurrentResourceHandle = former;
     FreeLibrary(pictures);
 }

@@ -37,6 +37,7 @@ class MachineRegistry
 public:
     MachineRegistry()
     {
+        RegDeleteTreeW(HKEY_CURRENT_USER, m_path.c_str());
         RegCreateKeyW(HKEY_CURRENT_USER, m_path.c_str(), &m_key);
         RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_key);
     }

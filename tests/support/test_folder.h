@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <string>
 #include <windows.h>
 
@@ -24,7 +23,8 @@ public:
         static int count = 0;
         const std::string name = std::to_string(GetCurrentProcessId()) + "." + std::to_string(++count);
         m_folder = m_former / ("test-folder." + name);
-        EXPECT_TRUE(std::filesystem::create_directory(m_folder)) << m_folder << " is not new";
+        std::filesystem::remove_all(m_folder); // of a run that crashed
+        std::filesystem::create_directory(m_folder);
         std::filesystem::current_path(m_folder);
     }
 
