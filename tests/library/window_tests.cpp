@@ -46,6 +46,7 @@ TEST_F(UpgradeWindow, HasTheTextsOfTheTable)
         EXPECT_EQ(ControlText(center, IDC_UPGRADE_HEADING), L"Cut & Paste - text 22");
         EXPECT_TRUE(Style(GetDlgItem(center, IDC_UPGRADE_HEADING)) & SS_NOPREFIX)
             << "or \" P\" is underlined";
+        EXPECT_EQ(ControlText(center, IDC_UPGRADE_OFFERS), L"Cut & Paste - text 22") << "for screen readers";
         EXPECT_EQ(ControlText(center, IDOK), L"text 38");
         EXPECT_EQ(ControlText(center, IDCANCEL), L"text 12");
         EXPECT_EQ(automation::ColumnText(List(center), 0), L"text 23");
