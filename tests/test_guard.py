@@ -1,14 +1,17 @@
 """Guarded calls from a host in C, with signed libraries; the proxy of Windows; the declarations for other languages."""
 
+import functools
+import http.server
 import re
 import struct
+import threading
 
 import pytest
 
-from conftest import ADDRESS, MAKER_KEY, REPOSITORY, end, run
+from conftest import ADDRESS, MAKER_KEY, REPOSITORY, run
 
-PROXY_VALUE = (r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\Connections", "/v",
-               "DefaultConnectionSettings", "/f")
+PROXY_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\Connections"
+PROXY_VALUE = "/v", "DefaultConnectionSettings", "/f"
 VERSION, MACHINE = b"\xbd\x04\xef\xfe\0\0\1\0\0\0%c\0", b"PE\0\0%b"
 C_TYPES = {"uint": "uint32_t", "uint32": "uint32_t", "int": "int32_t", "int32": "int32_t",
            "string": "wchar_t*", "intptr": "wchar_t*", "pwidechar": "wchar_t*"}
@@ -70,20 +73,50 @@ def test_a_library_that_cannot_be_called(build, host, tmp_path):
         assert re.fullmatch(rf"c 3 -1 0 .*{sentence}.*\.\0", line), line
 
 
-@pytest.mark.parametrize("bypass, hosts, outcome, requests", [
-    ("<local>;*.Example.com http://x.example; 10.*;a*b", "example.com,10.0.0.0/8", NO_CONNECTION, 1),
-    ("127.*", "127.0.0.0/8", NO_UPGRADES, 0)])
-def test_the_proxy_of_windows(host, service, wine, bypass, hosts, outcome, requests):
+@pytest.fixture
+def windows_proxy(wine, tmp_path):
+    """Changes the user's proxy settings, which are put back at the end."""
+    saved = tmp_path / "settings.reg"
+    wine("reg", "export", PROXY_KEY, saved)
+
+    def change(flags, *texts):
+        value = struct.pack("<3I", 0x46, 1, flags)
+        value += b"".join(struct.pack("<I", len(text)) + text.encode() for text in texts)
+        status, output = wine("reg", "add", PROXY_KEY, *PROXY_VALUE, "/t", "REG_BINARY", "/d", value.hex())
+        assert status == 0, output
+    yield change
+    wine("reg", "delete", PROXY_KEY, *PROXY_VALUE)
+    if saved.exists():
+        wine("reg", "import", saved)
+
+
+@pytest.fixture
+def script(tmp_path):
+    """A configuration script, as its address and its file."""
+    handler = functools.partial(http.server.SimpleHTTPRequestHandler, directory=tmp_path)
+    with http.server.ThreadingHTTPServer((ADDRESS, 0), handler) as server:
+        threading.Thread(target=server.serve_forever).start()
+        yield f"http://{ADDRESS}:{server.server_port}/proxy.pac", tmp_path / "proxy.pac"
+        server.shutdown()
+
+
+def test_the_proxy_of_windows(host, service, windows_proxy, script):
     service("--answer", "empty", port=18443)
     proxy = service()  # which says what it was asked for, in the words of OpenSSL, and gives no tunnel
-    address = f"{ADDRESS}:{proxy.port}"
-    texts = [struct.pack("<I", len(text)) + text.encode() for text in (f"http=a:1;https={address}", bypass, "")]
-    settings = struct.pack("<3I", 0x46, 1, 3) + b"".join(texts)
-    wine("reg", "add", *PROXY_VALUE, "/t", "REG_BINARY", "/d", settings.hex())
-    lines = host("upgrade", "proxy", "no_proxy", "upgrade", "proxy")
-    wine("reg", "delete", *PROXY_VALUE)
-    assert lines == [NO_UPGRADES, f"p 1 0 0 {address}\0", f"n {len(hosts)} 0 0 {hosts}\0", outcome, "p 2 0 0 \0"]
-    assert ["https proxy request" in line for line in end(proxy)] == [True] * requests
+    proxy_address = f"{ADDRESS}:{proxy.port}"
+    calls = "upgrade", f"phttps://{ADDRESS}:18443", "no_proxy", "upgrade", "phttps://service.example"
+
+    windows_proxy(3, f"http=a:1;https={proxy_address}", "127.*", "")
+    assert host(*calls) == [
+        NO_UPGRADES, f"p 1 0 0 {proxy_address}\0", f"n {len(ADDRESS)} 0 0 {ADDRESS}\0", NO_UPGRADES, "p 2 0 0 \0"]
+
+    # Wine passes on what is before a blank or a semicolon; Windows has semicolons between the script's proxies.
+    address, file = script
+    file.write_text(f"function FindProxyForURL() {{ return 'PROXY {ADDRESS}:1\\t{proxy_address}'; }}")
+    windows_proxy(5, "", "", address)
+    assert host(*calls) == [NO_UPGRADES, f"p 1 0 0 {proxy_address}\0", "n 0 0 0 ", NO_CONNECTION, "p 2 0 0 \0"]
+    log = [proxy.stdout.readline(), proxy.stdout.readline()]  # of the connection that tried it and of the request
+    assert ["https proxy request" in line for line in log].count(True) == 1, log
 
 
 def test_the_declarations_for_other_languages():

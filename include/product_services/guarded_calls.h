@@ -100,13 +100,13 @@ typedef struct GuardedCall
 /** What UseWindowsProxy found. */
 enum ProductServicesProxy
 {
-    /** Windows has no proxy for the service; nothing was changed. */
+    /** Windows has no proxy for the service, or none that can be reached; nothing was changed. */
     PRODUCT_SERVICES_PROXY_NONE = 0,
     /** The proxy was taken over; the text is its address. */
     PRODUCT_SERVICES_PROXY_TAKEN = 1,
     /** https_proxy or all_proxy is set already; nothing was changed. */
     PRODUCT_SERVICES_PROXY_KEPT = 2,
-    /** The settings could not be read; nothing was changed, and the text is a sentence that says why. */
+    /** The address or the settings could not be read; nothing was changed, and the text says why. */
     PRODUCT_SERVICES_PROXY_FAILED = 3
 };
 
@@ -126,14 +126,33 @@ uint32_t GuardedUpgrade(GuardedCall* call);
 
 /**
  * Takes over the proxy that the user's Windows settings name, for this process: sets the environment
- * variables https_proxy and no_proxy, which the library's transfers read. A variable that is set already
- * stays. Returns a ProductServicesProxy. No other call does this by itself.
+ * variables https_proxy and no_proxy, which the library's transfers read. They reach every other libcurl of
+ * the process, and the processes that it starts. A variable that is set already stays. Returns a
+ * ProductServicesProxy. No other call does this by itself.
  *
- * serviceAddress is the address of the maker's service, such as L"https://services.example.com". A
- * configuration script is asked about it, which may take seconds; null: scripts and automatic detection are
- * left aside.
+ * serviceAddress is the address of the maker's service, https://host[:port][/path] in ASCII, such as
+ * L"https://services.example.com"; another form is PRODUCT_SERVICES_PROXY_FAILED. Windows' exceptions are
+ * matched against its host and port as Windows does: an entry is [scheme://]host[:port], the host the whole
+ * name, with * for any characters and ? for one, or <local> for names without a dot. no_proxy becomes that
+ * host, or is left unset; where it is set already and Windows excepts the service, the result is
+ * PRODUCT_SERVICES_PROXY_NONE. Proxies are [protocol=][http[s]://]host[:port], for https or for all; the
+ * port is 80 (443 after https://) where none is named. SOCKS is not taken.
  *
- * text and textCapacity are as in GuardedCall.
+ * A configuration script is asked about the address, within Windows' own time-outs. The first of its proxies
+ * that accepts a connection is taken; each address of each proxy is tried for two seconds, beside the time
+ * to look up its name. Where none accepts one, the service is asked directly: PRODUCT_SERVICES_PROXY_NONE. A
+ * script that was detected on the network gets no sign-on of the user; one that the user has configured
+ * does.
+ *
+ * Null: scripts and detection are left aside, and the exceptions are translated as far as no_proxy can say
+ * them.
+ *
+ * After PRODUCT_SERVICES_PROXY_TAKEN, a further call is PRODUCT_SERVICES_PROXY_KEPT. To read the settings
+ * anew, first clear what it has set: https_proxy, and no_proxy (SetEnvironmentVariableW with null). A proxy
+ * that demands Windows' own sign-on (407) is not passed: calls then end as without internet, with 940 or a
+ * box.
+ *
+ * text and textCapacity are as in GuardedCall. One thread at a time.
  */
 uint32_t UseWindowsProxy(const wchar_t* serviceAddress, wchar_t* text, uint32_t textCapacity);
 
