@@ -56,6 +56,10 @@ run_unattended() {
   show_upgrades
   say "What the service was asked"
   sed -n 's/^POST/    POST/p' build/service.log
+  say "What you may want next"
+  printf '    %s\n' "./run.sh --interactive        the sample host on your display" \
+    "(cd build/mingw && cpack)     the package, whose docs/host-guide.md leads to your first call" \
+    "./test.sh                     every test"
 }
 
 run_interactive() {
@@ -75,6 +79,7 @@ case "${1:-}" in
 esac
 
 begin_session
+require_free_port
 build_project build/mingw
 start_service build/service.log
 $mode

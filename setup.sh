@@ -85,7 +85,7 @@ build_curl() {
     || { rm -rf "$work"; fail "libcurl's source could not be fetched (no network, or no package sources?); see $deps/curl.log."; }
   say "Building libcurl for Windows (about a minute)"
   { attend cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja "${curl_options[@]}" \
-      -DCMAKE_C_FLAGS="$curl_flags -ffile-prefix-map=$work=." -DCMAKE_INSTALL_PREFIX="$work/install" \
+      -DCMAKE_C_FLAGS="$curl_flags \"-ffile-prefix-map=$work=.\"" -DCMAKE_INSTALL_PREFIX="$work/install" \
     && attend cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
     || fail "libcurl could not be built; see $deps/curl.log."
   cp "$work"/curl-*/COPYING "$work/install/COPYING.curl"
@@ -110,7 +110,16 @@ copy_licenses() {
   cp /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright "$deps/licenses/gcc-runtime.txt"
 }
 
+# What a first start needs in build/, in MB; libcurl, the library, the tests and a Wine prefix.
+require_space() {
+  local needed=840 free
+  free=$(($(stat -f -c '%a * %S' build) / 1000000))
+  [ -d build/mingw ] || [ "$free" -ge "$needed" ] \
+    || fail "The disk of $PWD/build has $free MB left; a first build needs $needed."
+}
+
 mkdir -p "$deps"
+require_space
 install_packages
 build_curl
 copy_json

@@ -3,6 +3,11 @@
 set -uo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/lib/wine.sh"
 
+if [ ! -f "$WINEPREFIX/$whole_prefix" ]; then
+  echo "error: There is no Wine prefix in $WINEPREFIX: ./test.sh makes it." >&2
+  exit 1
+fi
+
 # Services that Wine starts keep the output that they were started with: a pipe would never end.
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT

@@ -21,6 +21,7 @@ end_session() {
   [ -z "${setup_pid:-}" ] || { kill "$setup_pid" && wait "$setup_pid"; } 2>/dev/null || true
   end_groups "${groups[@]}"
   stop_wine_services
+  rm -rf build/wine.new
   rm -f "$record".*
 }
 
@@ -56,11 +57,11 @@ build_project() {
 # have on Windows, and takes the signs it lacks from another font; unmanaged windows close at once where no window
 # manager runs.
 prepare_wine_prefix() {
-  [ -d "$WINEPREFIX" ] && return 0
+  [ -f "$WINEPREFIX/$whole_prefix" ] && return 0
   say "Making a Wine prefix (some ten seconds)"
   local place=$WINEPREFIX
   export WINEPREFIX=$place.new
-  rm -rf "$WINEPREFIX"
+  rm -rf "$WINEPREFIX" "$place"
   mkdir -p "$WINEPREFIX"
   attend make_wine_prefix >"$place.log" 2>&1 || fail "The Wine prefix could not be made; see $place.log."
   mv "$WINEPREFIX" "$place"
@@ -74,7 +75,8 @@ make_wine_prefix() {
       /t REG_MULTI_SZ /d 'wqy-microhei.ttc,WenQuanYi Micro Hei' /f \
     && mkdir -p "$WINEPREFIX/drive_c/windows/Fonts" \
     && cp /usr/share/wine/fonts/tahoma*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" \
-    && wineserver -w
+    && wineserver -w \
+    && touch "$WINEPREFIX/$whole_prefix"
 }
 
 # Keeps Wine's services running between programs, on their own output so that no pipe waits for them.
@@ -114,6 +116,12 @@ wait_for_line() {
     sleep 0.1
   done
   fail "A service did not start: $(tail -n 1 "$2")"
+}
+
+# Said before the build, which takes minutes.
+require_free_port() {
+  ! (exec 3<>"/dev/tcp/localhost/$service_port") 2>/dev/null \
+    || fail "Port $service_port is in use; the product service of this project needs it."
 }
 
 # start_service LOG: the development product service.

@@ -8,4 +8,10 @@ export WINEARCH=win64
 # Programs talk to loopback alone, whatever proxy this machine has.
 unset http_proxy https_proxy all_proxy no_proxy HTTP_PROXY HTTPS_PROXY ALL_PROXY NO_PROXY
 
+# Wine reads and writes paths in the locale's encoding.
+[ "$(locale charmap 2>/dev/null)" = UTF-8 ] || export LC_ALL=C.UTF-8
+
+# Inside a prefix that was made to its end.
+readonly whole_prefix=product_services.whole
+
 wine_run() { /usr/lib/wine/wine64 "$@"; }
