@@ -24,7 +24,7 @@ extern "C" void Say(const char*);
 void Check(HostContext* context) { try { CheckForUpdates(context); } catch (...) { Say("the handler"); } }"""
 SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
 # The library under test asks the tests' address, and looks for records in the sample's place.
-STRANGE = {**STRANGE_FAMILY, "service_base_address": f"https://{ADDRESS}:18443",
+STRANGE = {**STRANGE_FAMILY, "service_base_address": "https://strange.example:8443",
            "record_registry_path": "Software\\Example Maker\\Products"}
 
 
@@ -163,12 +163,12 @@ def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_k
     for record in re.findall('(?m)^reg add "(.*)" (/v) (.*) (/d) (.*) (/f)$', guide):
         assert wine("reg", "add", *record)[0] == 0
     service = subprocess.Popen([sys.executable, "-B", strange_kit / "tools/product_service.py", "--address", ADDRESS,
-                                "--check-answer", "0"], **OUTPUT)
+                                "--port", "18443", "--check-answer", "0"], **OUTPUT)
     assert "ready" in service.stdout.readline()
     outputs = [wine(hosts / name)[1] for name in ("host_c.exe", "host_cpp.exe")]
     log = end(service)
     for output in outputs:
-        assert f"CheckForUpdates: 200: https://{ADDRESS}:18443/buy/" in output
+        assert "CheckForUpdates: 200: https://strange.example:8443/buy/" in output
     assert "key=DEMO-2026 version=2026.1" in log[0]
 
 

@@ -5,12 +5,14 @@ import re
 
 import pytest
 
-from conftest import ADDRESS, MAKER_KEY, REPOSITORY, end, run
+from conftest import MAKER_KEY, REPOSITORY, end, run
 
 PROBE = 'POST /check.php -> "1"'
 CHECK = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> "
 CENTER = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=0 (upgrade center) -> "
 NO_INTERNET = ['message box "Example Draft": No internet found!', "outcome: nothing was reported"]
+NOT_SHOWN = "outcome: not shown: You are running the latest version"
+NOT_OPENED = "outcome: not opened, since it leads to no trusted host: https://localhost:18443/buy/draft-2026-2"
 LATEST = ['message box "Example Draft": You are running the latest version', "outcome: nothing was reported"]
 NO_JSON = ("outcome: the call ended with an error: [json.exception.parse_error.101] parse error at line 1, column 1: "
            "syntax error while parsing value - invalid literal; last read: '<'")
@@ -37,8 +39,10 @@ def host(build, wine, tmp_path):
 
 
 @pytest.mark.parametrize("answer, call, lines, requests", [
-    pytest.param("", "check", [f"outcome: 200: a newer release is at https://{ADDRESS}:18443/buy/draft-2026-2"],
+    pytest.param("", "check", ["outcome: 200: a newer release is at https://localhost:18443/buy/draft-2026-2"],
                  [CHECK + "3 offers"], id="a newer release"),
+    pytest.param("--answer empty", "check --quiet", [NOT_SHOWN], [CHECK + "empty body"], id="nothing newer, quietly"),
+    pytest.param("", "check --trusted-hosts a.example", [NOT_OPENED], [CHECK + "3 offers"], id="an untrusted address"),
     pytest.param("--answer empty", "check", LATEST, [CHECK + "empty body"], id="nothing newer"),
     pytest.param("--answer close", "check", NO_INTERNET, [CHECK + "closed without an answer"], id="no reply"),
     pytest.param("--answer-file reply", "check", [NO_JSON], [CHECK + "1 bytes of reply"], id="no JSON"),
@@ -67,4 +71,4 @@ def test_buying_hands_the_offers_address_to_the_browser(host, service, tmp_path)
     outcome = host("upgrade", "--buy", "2", OPENED_ADDRESSES=str(opened), PATH=path)[-1]
     assert outcome == "outcome: 930: Browser opened, continue running!"
     assert run("bash", "-c", f"until [ -s '{opened}' ]; do sleep 0.1; done")[0] == 0
-    assert opened.read_text() == f"https://{ADDRESS}:18443/buy/model-2026-1\n"
+    assert opened.read_text() == "https://localhost:18443/buy/model-2026-1\n"

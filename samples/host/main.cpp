@@ -21,6 +21,9 @@ constexpr wchar_t Usage[] =
     L"  --version TEXT           its version (2026.1)\n"
     L"  --api-key KEY            its service API key (the product family's first)\n"
     L"  --language ID            the language, by an id that stands below (the language of Windows)\n"
+    L"  --trusted-hosts LIST     the hosts that an address may lead to "
+    L"(" SAMPLE_PRODUCT_TRUSTED_HOSTS L"), or any\n"
+    L"  --quiet                  a check that shows no message\n"
     L"  --unattended             press the buttons of what the library shows, and print what it says\n"
     L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n"
     L"  --look MS                look at a window for so long before pressing when unattended (0)\n";
@@ -49,6 +52,8 @@ bool ReadOption(Options& options, std::wstring_view name, const wchar_t* value)
         options.product.version = value;
     } else if (name == L"--api-key") {
         options.product.apiKey = value;
+    } else if (name == L"--trusted-hosts") {
+        options.product.trustedHosts = value == std::wstring_view(L"any") ? L"" : value;
     } else if (name == L"--language") {
         return ReadNumber(value, options.product.languageId);
     } else if (name == L"--buy") {
@@ -68,12 +73,15 @@ std::optional<Options> ReadOptions(int argc, wchar_t** argv)
     options.product.version = L"2026.1";
     options.product.apiKey = SAMPLE_PRODUCT_API_KEY;
     options.product.languageId = UserLanguageId();
+    options.product.trustedHosts = SAMPLE_PRODUCT_TRUSTED_HOSTS;
     for (int i = 1; i < argc; ++i) {
         const std::wstring_view name = argv[i];
         if (i == 1 && name == L"check") {
             options.call = product_services::CheckForUpdates;
         } else if (i == 1 && name == L"upgrade") {
             options.call = product_services::Upgrade;
+        } else if (name == L"--quiet") {
+            options.product.options |= PRODUCT_SERVICES_QUIET;
         } else if (name == L"--unattended") {
             options.isUnattended = true;
         } else if (++i == argc || !ReadOption(options, name, argv[i])) {

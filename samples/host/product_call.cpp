@@ -5,6 +5,12 @@ std::wstring Describe(const product_services::CallResult& result)
     if (result.error) {
         return L"the call ended with an error: " + *result.error;
     }
+    if (result.untrustedAddress) {
+        return L"not opened, since it leads to no trusted host: " + *result.untrustedAddress;
+    }
+    if (result.withheldMessage) {
+        return L"not shown: " + *result.withheldMessage;
+    }
     if (!result.report) {
         return L"nothing was reported";
     }
