@@ -1,12 +1,10 @@
+#include "data_file.h"
 #include "plain_address.h"
 #include "trusted_hosts.h"
 #include "windows_address.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <string>
-#include <windows.h>
 
 using namespace product_services_guard;
 
@@ -14,28 +12,11 @@ namespace {
 
 constexpr wchar_t List[] = L"example.com; *.shop.example ;Port.example:8443;xn--bcher-kva.example";
 
-std::wstring Wide(const std::string& utf8)
-{
-    std::wstring wide(utf8.size(), L'\0');
-    const int size = static_cast<int>(utf8.size());
-    const int length =
-        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), size, wide.data(), size);
-    wide.resize(static_cast<std::size_t>(length));
-    return wide;
-}
-
-// The addresses that addresses.json has of a kind, by the names of their cases.
-nlohmann::json Addresses(const char* kind)
-{
-    std::ifstream file(ADDRESSES_JSON);
-    return nlohmann::json::parse(file).at(kind);
-}
-
 } // namespace
 
 TEST(TrustedHosts, TakeThePlainAddressesOfTheList)
 {
-    const nlohmann::json addresses = Addresses("trusted");
+    const nlohmann::json addresses = ReadDataFile("addresses.json").at("trusted");
     for (const auto& [name, address] : addresses.items()) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(IsTrustedAddress(Wide(address), List));
@@ -47,7 +28,7 @@ TEST(TrustedHosts, TakeThePlainAddressesOfTheList)
 
 TEST(TrustedHosts, RefuseWhatIsNotOnTheListOrCouldBeReadInTwoWays)
 {
-    const nlohmann::json addresses = Addresses("not trusted");
+    const nlohmann::json addresses = ReadDataFile("addresses.json").at("not trusted");
     for (const auto& [name, address] : addresses.items()) {
         SCOPED_TRACE(name);
         EXPECT_FALSE(IsTrustedAddress(Wide(address), List));
