@@ -24,7 +24,7 @@ install(FILES ${msvc_import_libraries} DESTINATION lib)
 install(FILES ${po_files} "${CMAKE_SOURCE_DIR}/languages/product_services.pot" DESTINATION languages)
 install(PROGRAMS "$<TARGET_FILE:SampleHost>" DESTINATION bin)
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/samples/minimal_hosts" "${CMAKE_SOURCE_DIR}/samples/host"
-    "${CMAKE_SOURCE_DIR}/samples/automation" "${CMAKE_SOURCE_DIR}/samples/declarations"
+    "${CMAKE_SOURCE_DIR}/samples/automation" "${CMAKE_SOURCE_DIR}/samples/other_languages"
     DESTINATION samples PATTERN automation/CMakeLists.txt EXCLUDE)
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION samples/host RENAME CMakeLists.txt)
 install(FILES "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)

@@ -49,6 +49,13 @@ def in_json(text):
     return json.dumps(text, ensure_ascii=False)[1:-1]
 
 
+def in_pascal(text):
+    """For a text in quotes; what is not ASCII goes outside of them, by number, for any encoding of the source."""
+    def number(signs):
+        return "'" + re.sub("....", r"#$\g<0>", signs[0].encode("utf-16-be").hex()) + "'"
+    return re.sub(r"[^ -~]+", number, text.replace("'", "''"))
+
+
 def in_wix(text):
     """For an attribute's value; $( would begin a variable."""
     return xml.sax.saxutils.escape(text.replace("$(", "$$("), {'"': "&quot;"})
@@ -99,8 +106,10 @@ def drop_links(text, folder):
 
 
 # Comments of translations alone name a product.
-ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), in_c), **dict.fromkeys((".json", ".py"), in_json),
-           **dict.fromkeys((".po", ".pot", ".txt"), str), ".wxs": in_wix, ".iss": in_inno, ".nsi": in_nsis}
+ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), in_c),
+           **dict.fromkeys((".cs", ".go", ".json", ".py", ".rs"), in_json),
+           **dict.fromkeys((".po", ".pot", ".txt"), str),
+           ".pas": in_pascal, ".wxs": in_wix, ".iss": in_inno, ".nsi": in_nsis}
 
 
 def main(sample_file, family_file, folder):

@@ -1,19 +1,16 @@
-"""Guarded calls from a host in C, with signed libraries; the proxy of Windows; the declarations for other languages."""
+"""Guarded calls from a host in C, with signed libraries; the proxy of Windows."""
 
 import functools
 import http.server
-import re
 import struct
 import threading
 
 import pytest
 
-from conftest import ADDRESS, MAKER_KEY, REPOSITORY, run
+from conftest import ADDRESS, MAKER_KEY, run
 
 PROXY_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\Connections"
 PROXY_VALUE = "/v", "DefaultConnectionSettings", "/f"
-C_TYPES = {"uint": "uint32_t", "uint32": "uint32_t", "int": "int32_t", "int32": "int32_t",
-           "string": "wchar_t*", "intptr": "wchar_t*", "pwidechar": "wchar_t*"}
 NO_UPGRADES = "upgrade 1 920: No upgrades found!"
 NO_CONNECTION = "upgrade 1 940: For upgrade center to appear, you need a stable internet connection!"
 
@@ -91,16 +88,3 @@ def test_the_proxy_of_windows(host, service, windows_proxy, script):
         NO_UPGRADES, f"proxy 1: {proxy_address}", "no_proxy: ", NO_CONNECTION, "proxy 2: "]
     log = [proxy.stdout.readline(), proxy.stdout.readline()]  # of the connection that tried it and of the request
     assert ["https proxy request" in line for line in log].count(True) == 1, log
-
-
-@pytest.mark.parametrize("suffix, member", [
-    pytest.param(".cs", r"public (?P<type>\w+) (?P<name>\w+);", id="C#"),
-    pytest.param(".pas", r"(?m)^    (?P<name>\w+): (?P<type>\w+);", id="Delphi")])
-def test_the_declarations_for_other_languages(suffix, member):
-    header = (REPOSITORY / "include/product_services/guarded_calls.h").read_text("utf-8")
-    members = re.findall(r"(?m)^    (?:const )?(\w+\*?) (\w+);", header)
-    text = (REPOSITORY / f"samples/declarations/ProductServicesGuard{suffix}").read_text("utf-8")
-    declared = [(C_TYPES[found["type"].lower()], found["name"]) for found in re.finditer(member, text)]
-    assert declared == members
-    for function in ("GuardedCheckForUpdates", "GuardedUpgrade", "UseWindowsProxy"):
-        assert f" {function}(" in text

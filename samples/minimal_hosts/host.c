@@ -7,11 +7,20 @@ static wchar_t text[0x10000];
 
 static void Print(const char* name, uint32_t outcome, const GuardedCall* call)
 {
-    if (outcome == PRODUCT_SERVICES_REPORTED) {
-        printf("%s: %u: %ls\n", name, (unsigned)call->resultCode, text);
-    } else if (outcome == PRODUCT_SERVICES_NOTHING_REPORTED) {
+    switch (outcome) {
+    case PRODUCT_SERVICES_NOTHING_REPORTED:
         printf("%s: nothing was reported\n", name);
-    } else {
+        break;
+    case PRODUCT_SERVICES_REPORTED: /* with 200 a trusted address to download from */
+        printf("%s: %u: %ls\n", name, (unsigned)call->resultCode, text);
+        break;
+    case PRODUCT_SERVICES_UNTRUSTED_ADDRESS:
+        printf("%s: not to be opened: %ls\n", name, text);
+        break;
+    case PRODUCT_SERVICES_MESSAGE_WITHHELD:
+        printf("%s: not shown, since the check is quiet: %ls\n", name, text);
+        break;
+    default:
         printf("%s: error: %ls\n", name, text);
     }
 }
@@ -26,6 +35,7 @@ int main(void)
     call.languageId = 120;
     call.text = text;
     call.textCapacity = sizeof text / sizeof text[0];
+    call.trustedHosts = L"localhost:18443";
 
     Print("CheckForUpdates", GuardedCheckForUpdates(&call), &call);
     Print("Upgrade", GuardedUpgrade(&call), &call);
