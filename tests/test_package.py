@@ -22,6 +22,7 @@ licenses/curl.txt licenses/gcc-runtime.txt licenses/mingw-w64.txt licenses/nlohm
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
 void Check(HostContext* context) { try { CheckForUpdates(context); } catch (...) { Say("the handler"); } }"""
+TEXTS = ".c .cpp .cs .go .iss .json .md .nsi .pas .po .pot .py .rs .wxs".split()
 SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
 # The library under test asks the tests' address, and looks for records in the sample's place.
 STRANGE = {**STRANGE_FAMILY, "service_base_address": "https://strange.example:8443",
@@ -99,7 +100,7 @@ def test_a_handler_survives_the_usual_settings_of_visual_studio(package, tmp_pat
 def test_another_makers_package_does_not_name_the_sample(strange_kit):
     sample = re.compile("localhost:18443|Example Draft|Example Model|DRAFT-|draft20|ExampleMaker")
     for path in strange_kit.rglob("*.*"):
-        if path.suffix in (".c", ".cpp", ".iss", ".json", ".md", ".nsi", ".po", ".pot", ".py", ".wxs"):
+        if path.suffix in TEXTS:
             assert not sample.search(read(path)), path
 
 
@@ -124,6 +125,11 @@ def test_another_makers_odd_names_are_escaped_as_each_file_needs(strange_kit):
         "samples/installer/sample_host.iss": r'{autoprograms}\Möbel ""3""; [c] ${{product} $(y) @ID@ 50% 图abc"',
         "samples/installer/sample_host.nsi": r'Name "Möbel $\"3$\"; [c] $${product} $$(y) @ID@ 50% 图abc"',
         "samples/minimal_hosts/host.cpp": literals,
+        "samples/other_languages/host.cs": r'"Möbel \"3\"; [c] ${product} $(y) @ID@ 50% 图abc", ',
+        "samples/other_languages/host.go": r'utf16("\"1\" & \\?图")',
+        "samples/other_languages/host.pas": r"""'M'#$00f6'bel "3"; [c] ${product} $(y) @ID@ 50% '#$56fe'abc';""",
+        "samples/other_languages/host.py": r'trustedHosts="strange.example:8443")',
+        "samples/other_languages/host.rs": r'utf16("\"1\" & \\?图")',
     }
     assert [name for name, text in escaped.items() if text not in read(strange_kit / name)] == []
     offers = json.loads(read(strange_kit / "tools/catalogue.json"))["DEMO-2026"]["2026.1"]
@@ -172,7 +178,10 @@ def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_k
     assert "key=DEMO-2026 version=2026.1" in log[0]
 
 
-def test_the_code_of_the_readme_compiles(package):
-    code = re.search(r"(?s)```cpp\n(.*?)```", read(REPOSITORY / "README.md"))[1]
-    compiler = ("x86_64-w64-mingw32-g++-posix", f"-I{package}/include", "-fsyntax-only", "-xc++", "-")
-    assert run(*compiler, input=code) == (0, "")
+@pytest.mark.parametrize("page, includes", [
+    pytest.param("README.md", "", id="the readme's first call"),
+    pytest.param("docs/host-guide.md", "#include <string>\n#include <windows.h>\n", id="the guide's download")])
+def test_the_code_of_the_documents_compiles(package, page, includes):
+    code = re.search(r"(?sm)^```cpp\n(.*?)```", read(REPOSITORY / page))[1]
+    compiler = ("x86_64-w64-mingw32-g++-posix", "-Wall", f"-I{package}/include", "-fsyntax-only", "-xc++", "-")
+    assert run(*compiler, input=includes + code) == (0, "")
