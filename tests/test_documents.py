@@ -53,6 +53,12 @@ def test_named_paths_are_there(page):
 
 
 @each_page
+def test_examples_say_whose_addresses_they_trust(page):
+    products = re.findall(r"(?s)Product product\{.*?\}", page.read_text("utf-8"))
+    assert [product for product in products if "localhost:18443" not in product] == []
+
+
+@each_page
 def test_named_source_files_are_there(page):
     names = re.findall(r"(?<![\w./<>*-])\w+\.(?:sh|py|h|hpp|cpp|cmake)\b", code_of(page))
     assert set(names) - {path.name for path in FILES} == set()
