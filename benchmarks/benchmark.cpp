@@ -81,6 +81,7 @@ void GuardedCheck()
     call.languageId = context.languageId;
     call.text = resultText;
     call.textCapacity = 1024;
+    call.trustedHosts = L"example.com;*.example.com;shop.example";
     Require(check(&call) == PRODUCT_SERVICES_REPORTED && call.resultCode == PRODUCT_SERVICES_SUCCESS);
 }
 

@@ -67,7 +67,7 @@ def prepare_folder(offers, language_files):
         sample = (BIN / LANGUAGE_FILE).read_text("utf-16-le")
         file.write_text("\n".join([sample] * language_files), "utf-16-le")
     (folder / "reply.json").write_text(json.dumps(
-        [{"name": f"Example Product {i}", "version": "2026.2", "url": f"https://127.0.0.1/buy?offer={i}"}
+        [{"name": f"Example Product {i}", "version": "2026.2", "url": f"https://shop.example/buy?offer={i}"}
          for i in range(offers)]))
     return folder
 
