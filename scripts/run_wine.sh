@@ -3,7 +3,7 @@
 set -uo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/lib/wine.sh"
 
-if [ ! -f "$WINEPREFIX/$whole_prefix" ]; then
+if ! is_prefix_whole; then
   echo "error: There is no Wine prefix in $WINEPREFIX: ./test.sh makes it." >&2
   exit 1
 fi

@@ -30,8 +30,8 @@ __cxa_eh_globals* __cxa_get_globals() noexcept;
 __cxa_eh_globals* __cxa_get_globals_fast() noexcept;
 }
 
-// libstdc++ keeps it for each thread, in a place whose handles and TLS index stay when the DLL is unloaded. One
-// is enough: there is one call at a time.
+// libstdc++ keeps it for each thread, in a place whose handles and TLS index stay when the DLL is unloaded.
+// One is enough: there is one call at a time.
 static __cxa_eh_globals exceptions;
 
 __cxa_eh_globals* __cxa_get_globals() noexcept

@@ -57,7 +57,7 @@ build_project() {
 # have on Windows, and takes the signs it lacks from another font; unmanaged windows close at once where no window
 # manager runs.
 prepare_wine_prefix() {
-  [ -f "$WINEPREFIX/$whole_prefix" ] && return 0
+  is_prefix_whole && return 0
   say "Making a Wine prefix (some ten seconds)"
   local place=$WINEPREFIX
   export WINEPREFIX=$place.new
@@ -76,7 +76,7 @@ make_wine_prefix() {
     && mkdir -p "$WINEPREFIX/drive_c/windows/Fonts" \
     && cp /usr/share/wine/fonts/tahoma*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" \
     && wineserver -w \
-    && touch "$WINEPREFIX/$whole_prefix"
+    && mark_prefix_whole
 }
 
 # Keeps Wine's services running between programs, on their own output so that no pipe waits for them.

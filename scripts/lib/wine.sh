@@ -11,7 +11,8 @@ unset http_proxy https_proxy all_proxy no_proxy HTTP_PROXY HTTPS_PROXY ALL_PROXY
 # Wine reads and writes paths in the locale's encoding.
 [ "$(locale charmap 2>/dev/null)" = UTF-8 ] || export LC_ALL=C.UTF-8
 
-# Inside a prefix that was made to its end.
-readonly whole_prefix=product_services.whole
+# Whether the prefix was made to its end, with fonts and settings: then a mark is in it.
+is_prefix_whole() { [ -f "$WINEPREFIX/product_services.whole" ]; }
+mark_prefix_whole() { touch "$WINEPREFIX/product_services.whole"; }
 
 wine_run() { /usr/lib/wine/wine64 "$@"; }
