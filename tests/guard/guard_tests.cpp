@@ -94,14 +94,25 @@ TEST_F(GuardTest, RefusesASecondCallWhileOneRuns)
     EXPECT_EQ(Upgrade(guard), NoUpgrades);
 }
 
-TEST_F(GuardTest, WithholdsTheMessageOfAQuietCheck)
+static std::wstring shown;
+
+static int WINAPI NoteShown(HWND, const wchar_t* message, const wchar_t*, UINT)
 {
-    const Guard guard(app);
-    record.options = PRODUCT_SERVICES_QUIET;
+    shown += message;
+    return IDOK;
+}
+
+TEST_F(GuardTest, WithholdsTheMessageOfAQuietCheckAlone)
+{
+    ReplaceImport(LoadLibraryW((app / "ProductServices.dll").c_str()), "MessageBoxW", NoteShown);
     service.Answer("");
-    EXPECT_EQ(Check(guard), L"message withheld: You are running the latest version");
-    service.Answer(Offer);
-    EXPECT_EQ(Check(guard), L"reported 200: u");
+    record.options = PRODUCT_SERVICES_QUIET;
+    EXPECT_EQ(Check(Guard(app)), L"message withheld: You are running the latest version");
+    EXPECT_EQ(shown, L"");
+    // The guard of the call before is freed and must have left the library as it was.
+    record.options = 0;
+    EXPECT_EQ(Check(Guard(app)), L"nothing reported: ");
+    EXPECT_EQ(shown, L"You are running the latest version");
 }
 
 TEST_F(GuardTest, ReportsAnAddressOfTrustedHostsAlone)
