@@ -1,5 +1,6 @@
 """What the tests share: the folder of the build, programs under Wine, and the development service."""
 
+import json
 import os
 import pathlib
 import re
@@ -15,22 +16,42 @@ ADDRESS = os.environ["TESTS_ADDRESS"]
 OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8"}
 CATALOGUE = (REPOSITORY / "tools/catalogue.json").read_text("utf-8")
 MAKER_KEY = r"HKCU\Software\Example Maker"
-# Another maker's product family, with characters that mean something to CMake, C, C++, resource scripts, XML, JSON,
-# Markdown or a shell, and with characters of one to four bytes.
-STRANGE_FAMILY = {
-    "maker": 'Mü & "Co" <*> ; ${maker} @MAKER@ 50% \\n??= \\_/',
-    "package_id": "Mue-Kit.3",
-    "product": 'Möbel "3"; [c] ${product} $(y) @ID@ 50% 图abc',
-    "service_base_address": "https://[::1]:8443/a;b/$c/@KEY_1@/%20",
-    "record_registry_path": "Software\\Mü & Söhne\\[𠮷];",
-    "known_api_keys": ['"1" & \\?图', "back\\slash\\", "üabc0123", "a&b=%41", "Ключ;鍵", "] [' <?> //"],
-}
 
 
 def pytest_sessionfinish(session, exitstatus):
     """Empties the tests' folders, which stay below the build only where a test has failed."""
     if exitstatus == 0 and session.config.option.basetemp:
         shutil.rmtree(session.config.option.basetemp, ignore_errors=True)
+
+
+def table(file):
+    """What a JSON file beside the tests has: mostly the rows of a table by the names of their cases."""
+    return json.loads((REPOSITORY / "tests" / file).read_text("utf-8"))
+
+
+def each_case(file, members):
+    """Runs a test for each row of a table, with the row's members of the same names as the test's parameters."""
+    rows = [[row[member] for member in members.split(", ")] for row in table(file).values()]
+    return pytest.mark.parametrize(members, rows, ids=table(file))
+
+
+def change(path, pattern, text):
+    """Puts a text in the one place of a UTF-8 file that a pattern matches, across lines, too."""
+    changed, count = re.subn(pattern, lambda match: text, path.read_text("utf-8"), flags=re.DOTALL)
+    assert count == 1
+    path.write_bytes(changed.encode("utf-8"))
+
+
+def broken_links(page):
+    """The links of a document that lead to no file, or to no heading of it."""
+    broken = []
+    for name, anchor in re.findall(r'(?:\]\(|src=")(?!https:)([^)#"]*)#?([^)"]*)[)"]', page.read_text("utf-8")):
+        target = page.parent / name if name else page
+        headings = re.findall(r"(?m)^#+ (.*)", target.read_text("utf-8")) if anchor and target.exists() else []
+        anchors = [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
+        if not target.exists() or anchor and anchor not in anchors:
+            broken.append(f"{name}#{anchor}")
+    return broken
 
 
 def run(*command, **options):

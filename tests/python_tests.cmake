@@ -29,26 +29,16 @@ target_include_directories(publisher_host PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
 target_link_options(publisher_host PRIVATE -municode)
 
 file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/pytest")
-# add_python_test(NAME [PROPERTY VALUE...]): runs tests/NAME.py with the folder of the built programs at hand and its own folders
-# in the build.
-function(add_python_test name)
+# Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
+foreach(name
+        test_sample_host test_product_family test_installer test_package test_guard test_publisher
+        test_product_service test_crash test_library_file test_languages test_documents test_other_languages)
     add_test(NAME python.${name}
         COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider --basetemp "${CMAKE_BINARY_DIR}/pytest/${name}"
             "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
     set_tests_properties(python.${name} PROPERTIES TIMEOUT 60
-        ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};TESTS_ADDRESS=${TESTS_ADDRESS}" ${ARGN})
-endfunction()
-
-# The longest first. A lock: the sample host's service has one port, and the sample product one record.
-add_python_test(test_sample_host RESOURCE_LOCK sample_product)
-add_python_test(test_product_family)
-add_python_test(test_installer RESOURCE_LOCK sample_product)
-add_python_test(test_package RESOURCE_LOCK sample_product)
-add_python_test(test_guard RESOURCE_LOCK sample_product)
-add_python_test(test_publisher)
-add_python_test(test_product_service)
-add_python_test(test_crash)
-add_python_test(test_library_file)
-add_python_test(test_languages)
-add_python_test(test_documents)
-add_python_test(test_other_languages)
+        ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};TESTS_ADDRESS=${TESTS_ADDRESS}")
+endforeach()
+# The sample host's service has one port, and the sample product one record.
+set_tests_properties(python.test_sample_host python.test_installer python.test_package python.test_guard
+    PROPERTIES RESOURCE_LOCK sample_product)

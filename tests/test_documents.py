@@ -5,7 +5,7 @@ import re
 
 import pytest
 
-from conftest import REPOSITORY
+from conftest import REPOSITORY, broken_links
 
 PAGES = sorted([*REPOSITORY.glob("*.md"), *REPOSITORY.glob("docs/*.md")])
 # The package's own test follows their links, which lead to its folders.
@@ -29,27 +29,20 @@ def text_of(*patterns):
     return "\n".join(path.read_text("utf-8") for pattern in patterns for path in sorted(REPOSITORY.glob(pattern)))
 
 
-def anchors_of(page):
-    headings = re.findall(r"(?m)^#+ (.*)", page.read_text("utf-8"))
-    return [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
-
-
 @pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
 def test_links_lead_to_files_and_headings(page):
-    links = re.findall(r'(?:\]\(|src=")(?!https:)([^)#"]*)#?([^)"]*)[)"]', page.read_text("utf-8"))
-    for name, anchor in links:
-        target = page.parent / name if name else page
-        assert target.exists(), name
-        assert not anchor or anchor in anchors_of(target), f"{name}#{anchor}"
+    assert broken_links(page) == []
 
 
 @each_page
-def test_named_paths_are_there(page):
+def test_named_files_are_there(page):
     roots = {path.name for base in BASES for path in base.iterdir() if path.is_dir()} - {"build"}
     paths = [path for path in re.findall(r"[\w.*/-]+", code_of(page)) if path.partition("/")[0] in roots]
     scripts = re.findall(r"(?<![\w./])\./([\w.]+)", code_of(page))
     missing = [path for path in paths + scripts if not any(any(base.glob(path.rstrip("/"))) for base in BASES)]
     assert missing == []
+    names = re.findall(r"(?<![\w./<>*-])\w+\.(?:sh|py|h|hpp|cpp|cmake)\b", code_of(page))
+    assert set(names) - {path.name for path in FILES} == set(), "without a folder"
 
 
 @each_page
@@ -59,18 +52,11 @@ def test_examples_say_whose_addresses_they_trust(page):
 
 
 @each_page
-def test_named_source_files_are_there(page):
-    names = re.findall(r"(?<![\w./<>*-])\w+\.(?:sh|py|h|hpp|cpp|cmake)\b", code_of(page))
-    assert set(names) - {path.name for path in FILES} == set()
-
-
-@each_page
 def test_named_presets_are_there(page):
     presets = json.loads((REPOSITORY / "CMakePresets.json").read_text("utf-8"))
-    kinds = {"cmake": "configurePresets", "cmake --build": "buildPresets",
-             "ctest": "testPresets", "PRESET": "testPresets"}
-    named = re.findall(r"(cmake --build|cmake|ctest) --preset ([\w-]+)|(PRESET)=(\w+)", code_of(page))
-    for command, preset in [(found[0] or found[2], found[1] or found[3]) for found in named]:
+    kinds = {"cmake": "configurePresets", "cmake --build": "buildPresets", "ctest": "testPresets"}
+    commands = code_of(page).replace("PRESET=", "ctest --preset ")  # which test.sh takes
+    for command, preset in re.findall(r"(cmake --build|cmake|ctest) --preset ([\w-]+)", commands):
         assert preset in [known["name"] for known in presets[kinds[command]]], command
 
 

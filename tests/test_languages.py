@@ -8,7 +8,7 @@ import sys
 import polib
 import pytest
 
-from conftest import REPOSITORY, run
+from conftest import REPOSITORY, change, each_case, run
 
 sys.path.insert(0, f"{REPOSITORY}/tools")
 import language_files  # noqa: E402
@@ -42,13 +42,6 @@ def german_file(tool, german, tmp_path):
     return tmp_path / GERMAN
 
 
-def change(path, pattern, text):
-    """Puts a text in the one place of a UTF-8 file that a pattern matches, across lines, too."""
-    changed, count = re.subn(pattern, lambda match: text, path.read_text("utf-8"), flags=re.DOTALL)
-    assert count == 1
-    path.write_bytes(changed.encode("utf-8"))
-
-
 def put_line(path, text_id, *texts):
     """Puts texts in the place of one line of a language file."""
     lines = lines_of(path)
@@ -68,48 +61,20 @@ def test_a_language_file_has_a_line_for_each_text_in_utf_16_without_a_byte_order
     assert lines[86:] == ["(reserved 86)", "(reserved 87)"]
 
 
-@pytest.mark.parametrize("before, after, line", [
-    pytest.param('"Schließen"', '""', "Exit", id="none yet, so the English one"),
-    pytest.param("#, c-format\nmsgctxt \"12\"", "#, fuzzy\nmsgctxt \"12\"", "Exit", id="fuzzy, so the English one"),
-    pytest.param("Schließen", r"100%% && \"zu\"", '100%% && "zu"', id="with signs that have a meaning"),
-    pytest.param("Schließen", 'Schlie"\n"ßen', "Schließen", id="in two lines"),
-    pytest.param('"Schließen"', '"Zu"\n\n#~ msgctxt "1"\n#~ msgid "Old"\n#~ msgstr "Alt"', "Zu", id="and an old one"),
-    pytest.param("# German", "\ufeff# German", "Schließen", id="behind a byte-order mark")])
-def test_the_text_of_a_translation(tool, german, tmp_path, before, after, line):
-    change(german, before, after)
+@each_case("languages/taken_translations.json", "replaced, by, line")
+def test_the_text_of_a_translation(tool, german, tmp_path, replaced, by, line):
+    change(german, replaced, by)
     change(german, "Keine Internetverbindung", r"Keine\nVerbindung")
     assert tool("build", german) == (0, "")
     assert lines_of(tmp_path / GERMAN)[12] == line
     assert lines_of(tmp_path / GERMAN)[57] == "Keine|Verbindung gefunden.", "a line break is a bar"
 
 
-@pytest.mark.parametrize("before, after, said", [
-    pytest.param('Schließen"', "Schließen", ", line 19: this is not PO: a text", id="no quote"),
-    pytest.param("Schließen", 'Schlie"ßen', ", line 19: this is not PO: a text", id="a quote within"),
-    pytest.param("Schließen", r"Schlie\ßen", ", line 19: this is not PO: a text", id="a stray backslash"),
-    pytest.param('msgid "Exit"\n', "", ", line 18: msgid is missing before this line.\n", id="no msgid"),
-    pytest.param('msgstr "Schließen"\n', "", ", line 24: msgstr is missing before this line.\n", id="no msgstr"),
-    pytest.param("# German", '"a"\n# German', ", line 1: msgctxt or msgid is missing before", id="no word"),
-    pytest.param('msgid "Upgrade center".*', "", ", line 25: the file ends after this text, without its", id="half"),
-    pytest.param('#[^\n]+\nmsgctxt "73".*', "", " lacks the texts 73, 74, 77: the file is cut off", id="cut off"),
-    pytest.param('msgctxt "12"', 'msgctxt "13"', ', line 17: msgctxt "13" is the id of no text', id="another id"),
-    pytest.param('msgctxt "12"\n', "", ', line 17: msgctxt "" is the id of no text.', id="no id"),
-    pytest.param('"22"\nmsgid "Upgrade center"', '"12"\nmsgid "Exit"', ", line 25: text 12 is in line", id="twice"),
-    pytest.param('"Exit"', '"Quit"', ', line 17: text 12 is "Exit" in English, not "Quit"; msgmerge', id="outdated"),
-    pytest.param("Schließen", " ", ', line 17: the text is empty, in English it is "Exit".', id="blank"),
-    pytest.param("Schließen", "%s %%", ", line 17: its placeholders are %s, those of the English", id="a placeholder"),
-    pytest.param("Schließen", "%1$s", ", line 17: its placeholders are numbered", id="a numbered placeholder"),
-    pytest.param("Schließen", "a|b", ', line 17: it holds "|"', id="a bar"),
-    pytest.param("Schließen", r"a\r", ", line 17: it holds a carriage return", id="a carriage return"),
-    pytest.param("Schließen", r"a\nb", ", line 17: it has a line break, but is shown in one line", id="two lines"),
-    pytest.param("Schließen", "&Ende", ', line 17: the button takes "&"', id="a key on a button"),
-    pytest.param('"Upgrade-Center"', '"A && B"', ', line 25: the heading takes "&"', id="an ampersand in the heading"),
-    pytest.param("=UTF-8", "=latin1", ", line 1: the header says latin1; save the file as UTF-8", id="charset"),
-    pytest.param('\n#. .*', "", ", line 1: this is not PO, or holds no texts.", id="a header alone")])
-def test_a_wrong_translation_is_told_and_nothing_is_written(tool, german, tmp_path, before, after, said):
-    change(german, before, after)
+@each_case("languages/wrong_translations.json", "replaced, by, says")
+def test_a_wrong_translation_is_told_and_nothing_is_written(tool, german, tmp_path, replaced, by, says):
+    change(german, replaced, by)
     status, sentences = tool("build", german, LANGUAGES / "fr.po")
-    assert status == 1 and sentences.startswith(f"{german}{said}")
+    assert status == 1 and sentences.startswith(f"{german}{says}")
     assert list(tmp_path.iterdir()) == [german]
 
 
@@ -149,24 +114,12 @@ def test_what_is_there_stays_without_overwrite(tool, german, german_file):
     assert f"{german}/DE/Vemo_DE.lang cannot be written: " in tool("build", german, "--into", german)[1]
 
 
-@pytest.mark.parametrize("text_id, texts, said", [
-    pytest.param(12, ["Anwendung schließen"], "line 13: the text takes about 106 pixels, 39 more than", id="wide"),
-    pytest.param(22, ["Mehr " * 11], "line 23: the text takes", id="wide heading"),
-    pytest.param(24, ["您使用的是最新版本"], "line 25: the text takes about 108 pixels", id="wide signs"),
-    pytest.param(12, ["a|b"], "line 13: it has a line break", id="line break"),
-    pytest.param(12, ["a\r"], "line 13: a carriage return is part of the text, as in 1 of", id="carriage return"),
-    pytest.param(12, ["\ud800"], "line 13: reading stops here, at half a surrogate pair; later", id="half a pair"),
-    pytest.param(0, ["\ufeff(reserved 0)"], "line 1: the text starts with a byte-order mark", id="byte-order mark"),
-    pytest.param(40, [], "line 41: every text from line 41 on is in the wrong place", id="line missing"),
-    pytest.param(40, ["(reserved 40)", "x"], "line 43: every text from line 43 on, or", id="line too many"),
-    pytest.param(87, [], "line 87: this is the last line, 88 must be there; later texts are empty", id="last missing"),
-    pytest.param(87, ["(reserved 87)", ""], "line 89: the line feed before it makes one more", id="last feed"),
-    pytest.param(87, ["(reserved 87)", "a", "b"], "line 89: of 90 lines 88 must be there", id="lines after the last")])
-def test_check_says_what_a_user_would_see(tool, german_file, text_id, texts, said):
+@each_case("languages/wrong_files.json", "text_id, lines, says")
+def test_check_says_what_a_user_would_see(tool, german_file, text_id, lines, says):
     assert tool("check", "lang") == (0, "")
-    put_line(german_file, text_id, *texts)
+    put_line(german_file, text_id, *lines)
     status, sentences = tool("check", "lang")
-    assert status == 1 and f"{GERMAN}, {said}" in sentences
+    assert status == 1 and f"{GERMAN}, {says}" in sentences
 
 
 def test_check_tells_lines_that_took_each_others_place(tool, german_file):

@@ -5,17 +5,11 @@ import signal
 import socket
 import ssl
 
-import pytest
-
-from conftest import ADDRESS, CATALOGUE, end, run
+from conftest import ADDRESS, CATALOGUE, each_case, end, run, table
 
 UPDATES = "POST /get_updates.php"
-UNKNOWN_KEY = b'{"status": 0, "error": "unknown product key"}'
-MALFORMED = b'{"status": 0, "error": "malformed query"}'
-REFUSED = b'{"status": 0, "error": "refused on request"}'
 CHECK = "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)"
-OFFERS = json.dumps(json.loads(CATALOGUE)["DRAFT-2026-DEMO"]["2026.1"]).encode()
-PAGE = b"<!DOCTYPE html><title>Purchase</title><h1>&lt;b&gt;draft&amp;co</h1><p>Nothing is sold here.</p>\n"
+OFFERS = json.dumps(json.loads(CATALOGUE)["DRAFT-2026-DEMO"]["2026.1"])
 TLS = ssl._create_unverified_context()
 TLS.options &= ~ssl.OP_IGNORE_UNEXPECTED_EOF
 
@@ -38,23 +32,14 @@ def ask(port, request, body=""):
 
 def test_each_request_has_its_answer_and_its_line_while_a_silent_client_waits(service):
     running = service()
-    exchanges = [
-        ("POST /check.php", "", "200", b"1", '-> "1"'),
-        (UPDATES, query(), "200", OFFERS, f"{CHECK} -> 3 offers"),
-        (UPDATES, query(version="2026.2", up=0), "200", b"",
-         "key=DRAFT-2026-DEMO version=2026.2 up=0 (upgrade center) -> nothing newer (empty body)"),
-        (UPDATES, query(version="1"), "200", b"", "-> version not in the catalogue (empty body)"),
-        (UPDATES, query(key="A&key=%41+é\n"), "200", UNKNOWN_KEY, r"key=A&key=%41+é\x0a version=2026.1"),
-        (UPDATES, "api_key=a&key=b&hardware_id=h&up=1", "400", MALFORMED, "query=api_key=a&key=b"),
-        ("POST /other", "", "404", b"No such path.\n", "-> 404 no such path"),
-        ("GET /check.php", "", "405", b"Use POST.\n", "-> 405 use POST"),
-        ("GET /buy/<b>draft&co", "", "200", PAGE, "-> page for <b>draft&co")]
+    exchanges = table("service/exchanges.json")
     with socket.create_connection((ADDRESS, running.port)):
-        for request, body, status, reply, _ in exchanges:
-            assert ask(running.port, request, body) == (status, reply), body
+        for name, row in exchanges.items():
+            reply = row["reply"].replace("OFFERS", OFFERS).encode()
+            assert ask(running.port, row["request"], row["body"]) == (row["status"], reply), name
         log = end(running)
-    for (request, body, _, _, logged), line in zip(exchanges, log, strict=True):
-        assert line.startswith(f"{request} ") and logged in line, body
+    for (name, row), line in zip(exchanges.items(), log, strict=True):
+        assert line.startswith(row["request"] + " ") and row["logged"] in line, name
 
 
 def test_a_path_in_the_address_of_the_service_may_stand_before_each(service_command, service, tmp_path):
@@ -64,15 +49,12 @@ def test_a_path_in_the_address_of_the_service_may_stand_before_each(service_comm
     assert ask(service().port, "POST /base/check.php") == ("200", b"1")
 
 
-@pytest.mark.parametrize("options, reply, logged", [
-    pytest.param(["--answer", "refusal"], REFUSED, "refusal: refused on request", id="a refusal"),
-    pytest.param(["--answer", "empty"], b"", "empty body", id="nothing"),
-    pytest.param(["--answer", "offers"], OFFERS, "3 offers", id="the first offers"),
-    pytest.param(["--answer-file", "answer"], b"\xff bytes", "7 bytes of answer", id="a file's bytes")])
+@each_case("service/fixed_answers.json", "options, reply, logged")
 def test_one_answer_for_every_query(service, tmp_path, options, reply, logged):
-    (tmp_path / "answer").write_bytes(b"\xff bytes")
+    (tmp_path / "answer").write_text("ÿ in Latin-1", "latin-1")
     running = service(*options)
-    assert ask(running.port, UPDATES, query(version="any")) == ("200", reply)
+    expected = reply.replace("OFFERS", OFFERS).encode("latin-1")
+    assert ask(running.port, UPDATES, query(version="any")) == ("200", expected)
     assert end(running) == [f"{UPDATES}  {CHECK} -> {logged}".replace("2026.1", "any")]
 
 
@@ -92,16 +74,11 @@ def test_a_client_that_speaks_no_tls_and_one_that_speaks_no_http_are_logged(serv
     assert end(running)[0].startswith("request not served: ")
 
 
-@pytest.mark.parametrize("text, said", [
-    pytest.param("{", "is broken: Expecting property name", id="no JSON"),
-    pytest.param("[]", "is broken: ", id="a list"),
-    pytest.param('{"K": {"1": [{"name": "n", "version": "2"}]}}', 'is broken: "K" version "1", offer', id="no address"),
-    pytest.param('{"K": {"1": [{"name": "n", "version": 2, "url": "u"}]}}', 'is broken: "K"', id="a number"),
-    pytest.param('{"K": {"1": []}}', "has no offers to answer with", id="no offers to answer with")])
-def test_a_broken_catalogue_ends_the_service_with_a_sentence(service_command, tmp_path, text, said):
-    (tmp_path / "catalogue.json").write_text(text, "utf-8")
+@each_case("service/broken_catalogues.json", "catalogue, says")
+def test_a_broken_catalogue_ends_the_service_with_a_sentence(service_command, tmp_path, catalogue, says):
+    (tmp_path / "catalogue.json").write_text(catalogue, "utf-8")
     status, sentence = run(*service_command, "--port", "0", "--answer", "offers")
-    assert status == 1 and sentence.startswith(f"product_service: the catalogue {tmp_path}/catalogue.json {said}")
+    assert status == 1 and sentence.startswith(f"product_service: the catalogue {tmp_path}/catalogue.json {says}")
 
 
 def test_what_it_cannot_start_with_is_named(service, service_command):
