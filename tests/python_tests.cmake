@@ -24,7 +24,7 @@ target_link_libraries(crash PRIVATE compiler_settings)
 add_executable(guard_host guard/guard_host.c)
 target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuard)
 add_executable(publisher_host guard/publisher_host.cpp)
-target_link_libraries(publisher_host PRIVATE compiler_settings ProductServicesGuard crypt32 ntdll)
+target_link_libraries(publisher_host PRIVATE compiler_settings import_hook ProductServicesGuard crypt32 ntdll)
 target_include_directories(publisher_host PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
 target_link_options(publisher_host PRIVATE -municode)
 

@@ -5,7 +5,6 @@
 #include "host/report_result.h"
 #include "support/test_folder.h"
 #include "text/default_texts.h"
-#include "ui/background_bitmap.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -83,17 +82,4 @@ TEST(HostCallScope, PutsTheHostsModuleStateBackAndTouchesNothingOfItsRecord)
     EXPECT_EQ(CurrentHostContext, &host) << "after the call, too";
     EXPECT_EQ(CurrentTextTable, &GetTextTable(L"DE")) << "the first call's, whatever language follows";
     EXPECT_EQ(std::memcmp(&host, &before, sizeof host), 0);
-}
-
-TEST(BackgroundBitmap, IsMissingForAnEmptyKeyAlone)
-{
-    const HMODULE pictures =
-        LoadLibraryExW(L"ProductServicesForTests.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
-    const HINSTANCE former = std::exchange(AfxGetModuleState()->m_hCurrentResourceHandle, pictures);
-    const HBITMAP picture = BackgroundBitmapForProduct(L"unknown");
-    EXPECT_NE(picture, nullptr);
-    EXPECT_EQ(BackgroundBitmapForProduct(L""), nullptr);
-    DeleteObject(picture);
-    AfxGetModuleState()->m_hCurrentResourceHandle = former;
-    FreeLibrary(pictures);
 }

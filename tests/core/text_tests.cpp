@@ -6,6 +6,7 @@
 #include <climits>
 #include <gtest/gtest.h>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 using namespace product_services;
@@ -13,6 +14,17 @@ using namespace product_services;
 namespace {
 
 using Texts = std::vector<std::wstring>;
+
+// A table of texts.json: the text of each number.
+std::map<int, std::wstring> ReadTable(const char* name)
+{
+    std::map<int, std::wstring> table;
+    const auto tables = nlohmann::json::parse(std::ifstream(TESTS_DIR "/core/texts.json"));
+    for (const auto& [number, text] : tables.at(name).get<std::map<std::string, std::string>>()) {
+        table[std::stoi(number)] = {text.begin(), text.end()};
+    }
+    return table;
+}
 
 Texts AllTexts(TextTable table)
 {
@@ -44,9 +56,7 @@ std::size_t CountTextsBeside(const wchar_t* path, DWORD sharing)
 
 TEST(LanguageCode, IsTheHostsLanguageOrElseUs)
 {
-    const std::map<int, std::wstring> codes{{120, L"EN"}, {130, L"CZ"}, {140, L"DE"}, {150, L"ES"},
-                                            {160, L"FR"}, {170, L"IT"}, {180, L"JA"}, {190, L"PL"},
-                                            {200, L"RU"}, {220, L"TW"}, {230, L"ZH"}};
+    const std::map<int, std::wstring> codes = ReadTable("codes of languages");
     for (int id = -1; id <= 300; ++id) {
         const auto code = codes.find(id);
         EXPECT_EQ(LanguageCodeFromId(id), code != codes.end() ? code->second : L"US") << id;
@@ -102,24 +112,7 @@ TEST(LanguageFile, IsSharedWithReadersAndWritersAndMustBeWritableAndIsNeverMade)
 
 TEST(BuiltInTexts, AreTheseAndReservedOnes)
 {
-    const std::map<TextId, std::wstring> shown{
-        {12, L"Exit"},
-        {22, L"Upgrade center"},
-        {23, L"Product name"},
-        {24, L"Product version"},
-        {38, L"Buy now"},
-        {56, L"An unknown error occurred."},
-        {57, L"No internet found!"},
-        {59, L"Unable to reach server!"},
-        {67, L"User chose to quit!"},
-        {70, L"No upgrades found!"},
-        {71, L"Browser opened, continue running!"},
-        {72, L"For upgrade center to appear, you need a stable internet connection!"},
-        {73, L"No data of the installed product was found."},
-        {74, L"You are running the latest version"},
-        {75, L"Unstable internet connection."},
-        {77, L"Unstable internet connection."},
-    };
+    const std::map<int, std::wstring> shown = ReadTable("built-in texts");
     TextTable table;
     FillDefaultTexts(table);
     EXPECT_EQ(table.Count(), 88u);

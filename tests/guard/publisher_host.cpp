@@ -3,8 +3,9 @@
 // and a number is what is found wrong with the signer's certificates besides (CERT_TRUST_STATUS, in
 // hexadecimal).
 #include "product_services/product_services.hpp"
-#include "support/import_hook.h"
 #include "support/resource_counts.h"
+
+#include <import_hook.h>
 
 #include <cstdio>
 #include <string_view>
@@ -61,8 +62,10 @@ static void VerifyOne(const wchar_t* path, const wchar_t* publisher, std::wstrin
 int wmain(int count, wchar_t** arguments)
 {
     const HMODULE windows = LoadLibraryW(L"wintrust.dll");
-    ReplaceImport(windows, "CreateFileW", &OpenAgain);
-    ReplaceImport(windows, "CertGetCertificateChain", &FindErrors);
+    product_services_guard::ImportHook opening;
+    product_services_guard::ImportHook building;
+    opening.Install(windows, "CreateFileW", reinterpret_cast<void*>(OpenAgain));
+    building.Install(windows, "CertGetCertificateChain", reinterpret_cast<void*>(FindErrors));
     for (int i = 1; i + 2 < count; i += 3) {
         VerifyOne(arguments[i], arguments[i + 1], arguments[i + 2]);
     }

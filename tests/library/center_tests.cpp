@@ -1,4 +1,5 @@
-#include "support/center_fixture.h"
+#include "support/library_fixture.h"
+#include "support/replies.h"
 
 #include <algorithm>
 
@@ -6,20 +7,6 @@ namespace {
 
 const Outcome Bought = L"930 Browser opened, continue running!";
 const Outcome NoConnection = L"940 For upgrade center to appear, you need a stable internet connection!";
-
-std::vector<std::wstring> opened;
-
-HINSTANCE NoteOpened(
-    HWND, const wchar_t* verb, const wchar_t* file, const wchar_t* parameters, const wchar_t* folder,
-    int show)
-{
-    EXPECT_EQ(verb, nullptr) << "the default action";
-    EXPECT_EQ(parameters, nullptr);
-    EXPECT_EQ(folder, nullptr);
-    EXPECT_EQ(show, SW_SHOWNORMAL);
-    opened.emplace_back(file);
-    return nullptr; // a failure, which nobody looks at
-}
 
 std::vector<UINT> noted;
 
@@ -36,22 +23,13 @@ LRESULT CALLBACK NoteMessage(int, WPARAM, LPARAM parameter)
     return 0;
 }
 
-class UpgradeCenter : public CenterTest
-{
-protected:
-    void Load() override
-    {
-        CenterTest::Load();
-        ReplaceImport(library, "ShellExecuteW", NoteOpened);
-        opened.clear();
-    }
-};
+using UpgradeCenter = LibraryTest;
 
 } // namespace
 
 TEST_F(UpgradeCenter, ProbesTheServiceAndAsksForItsOffers)
 {
-    EXPECT_EQ(Look([](HWND) {}), Quit);
+    EXPECT_EQ(Look(), Quit);
     EXPECT_TRUE(IsAsked(
         "^POST /check\\.php [^]*\r\nContent-Length: 0\r\n[^]*\r\n\r\nPOST /get_updates\\.php [^]*\r\n\r\n"
         "api_key=api-key&key=product-key&hardware_id=[0-9a-f]{64}&version=20\\.1&up=0$"));
@@ -65,12 +43,12 @@ TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
         {"the window's close command", WM_SYSCOMMAND, SC_CLOSE},
         {"command 16", WM_COMMAND, 16},
     };
-    for (const auto& [name, message, parameter] : ways) {
-        SCOPED_TRACE(name);
-        const User posts = [&way = message, &with = parameter](HWND center) {
-            PostMessageW(center, way, with, 0);
+    for (const auto& way : ways) {
+        SCOPED_TRACE(std::get<0>(way));
+        const User leaves = [&way](HWND center) {
+            PostMessageW(center, std::get<1>(way), std::get<2>(way), 0);
         };
-        EXPECT_EQ(ShowUpgrades(posts), Quit);
+        EXPECT_EQ(ShowUpgrades(leaves), Quit);
     }
     const User sends = [](HWND center) { SendMessageW(center, WM_COMMAND, IDCANCEL, 0); };
     EXPECT_EQ(ShowUpgrades(sends), Quit) << "while the center waits for a message";
@@ -78,31 +56,34 @@ TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
 
 TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
 {
-    const User buysSecond = [](HWND center) {
-        automation::SelectRow(List(center), 1);
-        automation::Press(center, IDOK);
+    const auto buys = [this](int row) {
+        return ShowUpgrades([row](HWND center) {
+            automation::SelectRow(List(center), row);
+            automation::Press(center, IDOK);
+        });
     };
-    EXPECT_EQ(ShowUpgrades(buysSecond), Bought);
-    const User buysFirstWithEnter = [](HWND center) {
+    service.Answer(R"([{"name":"First","version":"2","url":""},)"
+                   R"({"name":"Second","version":"3.1","url":"https://shop/second?a=b&c=%20"}])");
+    EXPECT_EQ(buys(1), Bought);
+    EXPECT_EQ(buys(0), Bought);
+    const User buysWithEnter = [](HWND center) {
         automation::SelectRow(List(center), 0);
         PostMessageW(List(center), WM_KEYDOWN, VK_RETURN, 0);
     };
-    EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
-    service.Answer(R"([{"name":"X","version":"2","url":""}])");
-    EXPECT_EQ(ShowUpgrades(buysFirstWithEnter), Bought);
-    const std::vector<std::wstring> expected{L"https://shop/second?a=b&c=%20", L"https://shop/first", L""};
+    service.Answer(Offer);
+    EXPECT_EQ(ShowUpgrades(buysWithEnter), Bought);
+    const std::vector<std::wstring> expected{L"https://shop/second?a=b&c=%20", L"", L"u"};
     EXPECT_EQ(opened, expected);
 }
 
-TEST_F(UpgradeCenter, StaysOpenWhenNothingIsSelected)
+TEST_F(UpgradeCenter, ReportsNothingAndStaysOpenUntilAButtonIsClickedThatDoesSomething)
 {
-    const User buysNothing = [](HWND center) {
+    const User buysNothing = [this](HWND center) {
         SendMessageW(center, WM_COMMAND, IDOK, 0);
-        EXPECT_TRUE(IsWindowVisible(center));
-        // The button says more than that it was clicked.
+        EXPECT_EQ(called.resultCode, Untouched) << "no offer is selected";
         const auto button = reinterpret_cast<LPARAM>(GetDlgItem(center, IDCANCEL));
         SendMessageW(center, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_SETFOCUS), button);
-        EXPECT_TRUE(IsWindowVisible(center));
+        EXPECT_EQ(called.resultCode, Untouched) << "Exit has the focus, and is not clicked";
     };
     EXPECT_EQ(Look(buysNothing), Quit);
     EXPECT_TRUE(opened.empty());
@@ -110,30 +91,20 @@ TEST_F(UpgradeCenter, StaysOpenWhenNothingIsSelected)
 
 TEST_F(UpgradeCenter, ShowsNoWindowAndTakesNoFocusWithoutOffers)
 {
-    const std::tuple<const char*, std::string, Outcome> replies[]{
-        {"nothing", "", L"920 No upgrades found!"},
-        {"a refusal", R"({"status":0})", NoConnection},
-        {"another status", R"({"status":7})", Nothing},
-        {"no offers", "[]", Nothing},
-        {"null", "null", Nothing},
-        {"an offer without a name", R"([{"name":"X","version":"2","url":"u"},{}])",
-         MustBe + L"string, but is null"},
-        {"an error page", "<html>error</html>", NoJson},
-    };
     const HWND hostWindow =
         CreateWindowW(L"EDIT", L"", WS_POPUP | WS_VISIBLE, 0, 0, 80, 20, nullptr, nullptr, nullptr, nullptr);
     SetFocus(hostWindow);
     const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, NoteMessage, nullptr, GetCurrentThreadId());
-    for (const auto& [name, reply, outcome] : replies) {
+    for (const auto& [name, text, outcome] : RepliesTo("center")) {
         SCOPED_TRACE(name);
-        service.Answer(reply);
+        service.Answer(text);
         noted.clear();
         EXPECT_EQ(ShowUpgrades(), outcome);
         EXPECT_TRUE(noted.empty()) << "message " << noted.front();
         EXPECT_EQ(GetFocus(), hostWindow);
     }
     service.Answer(Offer);
-    EXPECT_EQ(Look([](HWND) {}), Quit);
+    EXPECT_EQ(Look(), Quit);
     EXPECT_EQ(std::count(noted.begin(), noted.end(), static_cast<UINT>(WM_SHOWWINDOW)), 1);
     UnhookWindowsHookEx(hook);
     DestroyWindow(hostWindow);
@@ -155,7 +126,7 @@ TEST_F(UpgradeCenter, AsksForNoOffersWithoutAKeyOrAConnection)
 TEST_F(UpgradeCenter, ProbesTheServiceAfterItHasChosenTheProductAndBeforeItReadsTheRecord)
 {
     service.AtProbe([&] { records.Write(L"Product\\1.0", L"key", L"changed"); });
-    EXPECT_EQ(Look([](HWND) {}), Quit);
+    EXPECT_EQ(Look(), Quit);
     EXPECT_TRUE(IsAsked("&key=changed&"));
     service.AtProbe([&] { records.RemoveAll(); });
     service.AnswerProbe("0");

@@ -1,16 +1,7 @@
 #include "support/library_fixture.h"
+#include "support/replies.h"
 
 namespace {
-
-std::wstring box;
-
-int NoteBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT flags)
-{
-    EXPECT_EQ(owner, nullptr);
-    EXPECT_EQ(flags, static_cast<UINT>(MB_OK | MB_ICONERROR)) << "the good news, too";
-    box += std::wstring(L", box ") + caption + L": " + text;
-    return IDOK;
-}
 
 BOOL WINAPI GiveComputerName(wchar_t* name, DWORD* size)
 {
@@ -25,26 +16,11 @@ std::uintptr_t FailForThread(void*, unsigned, unsigned (*)(void*), void*, unsign
     return 0;
 }
 
+const Outcome BadConversion = L"nothing, bad conversion";
 const Outcome Latest = L"nothing, box Product: You are running the latest version";
 const Outcome NoInternet = L"nothing, box Product: No internet found!";
 
-// Update checks whose message boxes are noted instead of shown.
-class UpdateCheck : public LibraryTest
-{
-protected:
-    void Load() override
-    {
-        LibraryTest::Load();
-        ReplaceImport(library, "MessageBoxW", NoteBox);
-    }
-
-    // With the box that it shows.
-    Outcome Check()
-    {
-        box.clear();
-        return LibraryTest::Check() + box;
-    }
-};
+using UpdateCheck = LibraryTest;
 
 } // namespace
 
@@ -60,38 +36,11 @@ TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
 
 TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
 {
-    const Outcome noIndex = L"nothing, [json.exception.type_error.305] cannot use operator[] with a ";
-    const std::tuple<const char*, std::string, Outcome> replies[]{
-        {"nothing", "", Latest},
-        {"a refusal", R"({"status":0,"error":"no"})", NoInternet},
-        {"status: a fraction above 0", R"({"status":0.9})", NoInternet},
-        {"status: a fraction below 0", R"({"status":-0.9})", NoInternet},
-        {"status: false", R"({"status":false})", NoInternet},
-        {"status: true", R"({"status":true})", Nothing},
-        {"status: another number", R"({"status":1})", Nothing},
-        {"status: 2 to the power of 32", R"({"status":4294967296})", NoInternet},
-        {"status: 2 to the power of 32, and 1", R"({"status":4294967297})", Nothing},
-        {"status: beyond every number", R"({"status":1e999})",
-         L"nothing, [json.exception.out_of_range.406] number overflow parsing '1e999'"},
-        {"status: a text", R"({"status":"0"})", MustBe + L"number, but is string"},
-        {"an error page", "<html>error</html>", NoJson},
-        {"a comment", "// a comment\n" + Offer, NoJson},
-        {"nesting without an end", std::string(16300, '['), NoJson},
-        {"an object without a status", R"({"name":"X"})", noIndex + L"numeric argument with object"},
-        {"a number", "1", noIndex + L"numeric argument with number"},
-        {"no offers", "[]", MustBe + L"string, but is null"},
-        {"no name", R"([{"version":2,"url":3}])", MustBe + L"string, but is null"},
-        {"no version", R"([{"name":"X","url":3}])", MustBe + L"string, but is null"},
-        {"no url", R"([{"name":"X","version":"2"}])", MustBe + L"string, but is null"},
-        {"name: a number", R"([{"name":1,"version":true,"url":"u"}])", MustBe + L"string, but is number"},
-        {"version: a truth", R"([{"name":"","version":true,"url":[]}])", MustBe + L"string, but is boolean"},
-        {"name: not convertible", R"([{"name":"\ud83d\ude00","version":"","url":"u"}])", BadConversion},
-        {"url: not convertible", R"([{"name":"","version":"","url":"\ud83d\ude00"}])", BadConversion},
-        {"an offer", Offer, L"200 u"},
-    };
-    for (const auto& [name, reply, outcome] : replies) {
+    const std::vector<Reply> replies = RepliesTo("check");
+    EXPECT_GT(replies.size(), 20u);
+    for (const auto& [name, text, outcome] : replies) {
         SCOPED_TRACE(name);
-        service.Answer(reply);
+        service.Answer(text);
         EXPECT_EQ(Check(), outcome);
     }
 }
@@ -103,6 +52,7 @@ TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
         {"a redirect", HttpReply(Offer, "301 Moved Permanently\r\nLocation: /check.php"), L"200 u"},
         {"an error page", HttpReply(Offer, "503 Busy"), L"200 u"},
         {"an empty error page", HttpReply("", "500 Internal Server Error"), Latest},
+        {"nesting without an end", HttpReply(std::string(16300, '[')), NoJson},
         {"two pieces", chunks + "1\r\n[\r\n26\r\n" + Offer + "\r\n0\r\n\r\n", L"200 u"},
         {"closed without a reply", "", NoInternet},
         {"a short body", "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{", NoInternet},
@@ -119,7 +69,7 @@ TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
 
 TEST_F(UpdateCheck, StartsNoThreadToResolveAName)
 {
-    ReplaceImport(library, "_beginthreadex", FailForThread);
+    ReplaceImport("_beginthreadex", FailForThread);
     // This computer's name, which libcurl does not know by itself as it does "localhost".
     char name[256] = "http://";
     gethostname(name + 7, sizeof name - 7);
@@ -172,9 +122,9 @@ TEST_F(UpdateCheck, SendsAHashOfTheMachinesIdOrElseOfItsName)
                 static_cast<DWORD>((std::wcslen(id) + 1) * sizeof *id));
         }
         Reload();
-        ReplaceImport(library, "GetComputerNameW", GiveComputerName);
+        ReplaceImport("GetComputerNameW", GiveComputerName);
         EXPECT_EQ(Check(), L"200 u");
-        EXPECT_TRUE(IsAsked(("&hardware_id=" + hash + "&").c_str()));
+        EXPECT_TRUE(IsAsked("&hardware_id=" + hash + "&"));
     }
 }
 
@@ -194,15 +144,7 @@ TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
     EXPECT_TRUE(IsAsked("&key=new-key&.*&version=&")) << "read anew";
 }
 
-TEST_F(UpdateCheck, TriesFiveTimesForARecord)
-{
-    host.productName = L"Unknown";
-    atPause = [&] { records.Write(L"Unknown\\1.0", L"key", L"1"); };
-    EXPECT_EQ(Check(), NoRecord) << "there was none when the product was chosen";
-    EXPECT_EQ(pauses, 5);
-}
-
-TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThere)
+TEST_F(UpdateCheck, TriesFiveTimesForTheRecordThatWasThereAtFirst)
 {
     EXPECT_EQ(Check(), L"200 u");
     EXPECT_EQ(pauses, 0);
@@ -214,6 +156,12 @@ TEST_F(UpdateCheck, GoesOnAsSoonAsTheRecordIsThere)
     };
     EXPECT_EQ(Check(), L"200 u");
     EXPECT_EQ(pauses, 2);
+
+    records.RemoveAll();
+    Reload();
+    atPause = [&] { records.Write(L"Product\\1.0", L"key", L"too late"); };
+    EXPECT_EQ(Check(), NoRecord) << "there was none when the product was chosen";
+    EXPECT_EQ(pauses, 5);
 }
 
 TEST_F(UpdateCheck, TakesNullForNoText)

@@ -5,8 +5,7 @@
 
 #include <ws2tcpip.h>
 
-#include "support/tests_family.h"
-
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <regex>
@@ -32,7 +31,7 @@ public:
         const BOOL reuse = TRUE;
         setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
         sockaddr_in address{AF_INET, htons(18444), {}, {}};
-        EXPECT_EQ(inet_pton(AF_INET, ServiceAddress, &address.sin_addr), 1);
+        EXPECT_EQ(inet_pton(AF_INET, TESTS_ADDRESS, &address.sin_addr), 1);
         EXPECT_EQ(bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         listen(m_listener, 16);
         m_thread = std::thread([this] {
@@ -70,9 +69,10 @@ private:
         char block[4096];
         // Each request ends with its body, of which the last field is "up" or there is none.
         const std::regex end("&up=|Length: 0");
-        for (int count = 0;
-             !std::regex_search(request, end) && (count = recv(client, block, sizeof block, 0)) > 0;) {
-            request.append(block, static_cast<std::size_t>(count));
+        int count = 1;
+        while (count > 0 && !std::regex_search(request, end)) {
+            count = recv(client, block, sizeof block, 0);
+            request.append(block, static_cast<std::size_t>(std::max(count, 0)));
         }
         m_requests += request;
         const bool isProbe = request.find("/check.php") != request.npos;

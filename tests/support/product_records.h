@@ -1,10 +1,13 @@
 // Product records of the tests' family, as an installer would write them.
 #pragma once
 
-#include "support/tests_family.h"
+#include "product_family.h"
 
 #include <string>
 #include <windows.h>
+
+/// The registry path below which a product has its key "name\version".
+inline const std::wstring RecordPath = product_family::RecordRegistryPath;
 
 /// Writes values of products, each "name\version", and removes all of the user's records at the end.
 struct ProductRecords

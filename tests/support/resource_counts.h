@@ -21,16 +21,6 @@ inline std::ptrdiff_t CountGdiObjects()
     return count;
 }
 
-inline std::ptrdiff_t CountWindows()
-{
-    std::ptrdiff_t count = 0;
-    const auto countOne = [](HWND, LPARAM to) -> BOOL {
-        return ++*reinterpret_cast<std::ptrdiff_t*>(to) > 0;
-    };
-    EnumThreadWindows(GetCurrentThreadId(), countOne, reinterpret_cast<LPARAM>(&count));
-    return count;
-}
-
 // Or the lowest free one, which Wine gives out first.
 inline std::ptrdiff_t CountKernelHandles()
 {
@@ -41,13 +31,6 @@ inline std::ptrdiff_t CountKernelHandles()
     HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     CloseHandle(event);
     return reinterpret_cast<std::ptrdiff_t>(event) / 4;
-}
-
-inline std::ptrdiff_t FreeTlsIndex()
-{
-    const DWORD index = TlsAlloc();
-    TlsFree(index);
-    return static_cast<std::ptrdiff_t>(index);
 }
 
 inline std::ptrdiff_t CountPrivateBytes()
@@ -64,8 +47,6 @@ inline std::map<std::string, std::ptrdiff_t> CountResources()
 {
     return {
         {"GDI objects", CountGdiObjects()},
-        {"windows", CountWindows()},
         {"kernel handles", CountKernelHandles()},
-        {"TLS indexes", FreeTlsIndex()},
         {"private bytes", CountPrivateBytes()}};
 }

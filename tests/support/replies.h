@@ -1,0 +1,29 @@
+// Replies of the service and what they lead to, from replies.json.
+#pragma once
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+struct Reply
+{
+    std::string name;
+    std::string text;
+    std::wstring outcome;
+};
+
+/// The replies for which it is written down what comes of them, with `call` "check" or "center".
+inline std::vector<Reply> RepliesTo(const std::string& call)
+{
+    std::vector<Reply> replies;
+    const auto cases = nlohmann::ordered_json::parse(std::ifstream(TESTS_DIR "/library/replies.json"));
+    for (const auto& [name, found] : cases.items()) {
+        if (found.contains(call)) {
+            const std::string text = found.contains("json") ? found["json"].dump() : found.value("text", "");
+            const std::string outcome = found[call];
+            replies.push_back({name, text, {outcome.begin(), outcome.end()}});
+        }
+    }
+    return replies;
+}
