@@ -3,30 +3,16 @@
 #include "trusted_hosts.h"
 
 #include <cstdlib>
+#include <regex>
 #include <string>
 
 using namespace product_services_guard;
 
-static std::wstring InLowerCase(std::wstring text)
-{
-    for (wchar_t& c : text) {
-        if (c >= L'A' && c <= L'Z') {
-            c += 32;
-        }
-    }
-    return text;
-}
-
 static bool HasAPlainLook(const std::wstring& address)
 {
-    const std::wstring text = InLowerCase(address);
-    const std::wstring host = text.substr(0, text.find(L'/', 8));
-    if (host == L"https://example.com" || host == L"https://example.com:443") {
-        return true;
-    }
-    const std::wstring below = L".shop.example:8443";
-    return host.starts_with(L"https://") && host.ends_with(below) && host.size() > 8 + below.size() &&
-           host.find_first_not_of(L"abcdefghijklmnopqrstuvwxyz0123456789-.", 8) == host.size() - 5;
+    static const std::wregex plain(
+        L"https://(example\\.com(:443)?|[a-z0-9.-]+\\.shop\\.example:8443)", std::regex::icase);
+    return std::regex_match(address.substr(0, address.find(L'/', 8)), plain);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size)

@@ -43,12 +43,12 @@ TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
         {"the window's close command", WM_SYSCOMMAND, SC_CLOSE},
         {"command 16", WM_COMMAND, 16},
     };
-    for (const auto& way : ways) {
-        SCOPED_TRACE(std::get<0>(way));
-        const User leaves = [&way](HWND center) {
-            PostMessageW(center, std::get<1>(way), std::get<2>(way), 0);
+    for (const auto& [name, message, parameter] : ways) {
+        SCOPED_TRACE(name);
+        const auto leave = [&what = message, &with = parameter](HWND center) {
+            PostMessageW(center, what, with, 0);
         };
-        EXPECT_EQ(ShowUpgrades(leaves), Quit);
+        EXPECT_EQ(ShowUpgrades(leave), Quit);
     }
     const User sends = [](HWND center) { SendMessageW(center, WM_COMMAND, IDCANCEL, 0); };
     EXPECT_EQ(ShowUpgrades(sends), Quit) << "while the center waits for a message";

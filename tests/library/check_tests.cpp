@@ -10,12 +10,6 @@ BOOL WINAPI GiveComputerName(wchar_t* name, DWORD* size)
     return TRUE;
 }
 
-std::uintptr_t FailForThread(void*, unsigned, unsigned (*)(void*), void*, unsigned, unsigned*)
-{
-    ADD_FAILURE() << "a thread was started";
-    return 0;
-}
-
 const Outcome BadConversion = L"nothing, bad conversion";
 const Outcome Latest = L"nothing, box Product: You are running the latest version";
 const Outcome NoInternet = L"nothing, box Product: No internet found!";
@@ -69,13 +63,8 @@ TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
 
 TEST_F(UpdateCheck, StartsNoThreadToResolveAName)
 {
-    ReplaceImport("_beginthreadex", FailForThread);
-    // This computer's name, which libcurl does not know by itself as it does "localhost".
-    char name[256] = "http://";
-    gethostname(name + 7, sizeof name - 7);
-    SetEnvironmentVariableA("http_proxy", name);
-    EXPECT_EQ(Check(), NoInternet);
-    SetEnvironmentVariableA("http_proxy", nullptr);
+    product_services_guard::ImportHook thread;
+    EXPECT_FALSE(thread.Install(library, "_beginthreadex", nullptr)) << "libcurl resolves names in a thread";
 }
 
 TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)

@@ -4,14 +4,8 @@
 
 TEST(CenterWindow, PutsAWindowInTheMiddleOfTheMonitorsWorkArea)
 {
-    struct Case
-    {
-        const char* name;
-        RECT workArea;
-        RECT window;
-        POINT expected;
-    };
-    constexpr Case Cases[]{
+    // Name, work area, window, and where it goes.
+    const std::tuple<const char*, RECT, RECT, POINT> cases[]{
         {"in the corner of the primary monitor", {0, 0, 1920, 1040}, {0, 0, 720, 440}, {600, 300}},
         {"already elsewhere", {0, 0, 1920, 1040}, {1000, 900, 1720, 1340}, {600, 300}},
         {"below a taskbar at the top", {0, 40, 1920, 1080}, {0, 0, 720, 440}, {600, 340}},
@@ -22,10 +16,10 @@ TEST(CenterWindow, PutsAWindowInTheMiddleOfTheMonitorsWorkArea)
         {"higher than the monitor", {0, 40, 1920, 440}, {0, 0, 720, 440}, {600, 40}},
         {"as large as the monitor", {-720, 0, 0, 440}, {0, 0, 720, 440}, {-720, 0}},
     };
-    for (const Case& tried : Cases) {
-        SCOPED_TRACE(tried.name);
-        const POINT position = CentredPosition(tried.workArea, tried.window);
-        EXPECT_EQ(position.x, tried.expected.x);
-        EXPECT_EQ(position.y, tried.expected.y);
+    for (const auto& [name, workArea, window, expected] : cases) {
+        SCOPED_TRACE(name);
+        const POINT position = CentredPosition(workArea, window);
+        EXPECT_EQ(position.x, expected.x);
+        EXPECT_EQ(position.y, expected.y);
     }
 }
