@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Checks all our sources: clang-format and clang-tidy C and C++, flake8 Python, shellcheck the shell scripts.
+# Checks all our sources: clang-format and clang-tidy C and C++, flake8 Python, shellcheck the shell scripts,
+# doxygen that the public headers leave nothing undocumented.
 # --fix formats C and C++ and checks nothing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -30,7 +31,36 @@ run_clang_tidy() {
   return "$status"
 }
 
-./setup.sh clang-format clang-tidy flake8 shellcheck
+check_documentation() {
+  doxygen - <<'SETTINGS'
+INPUT = include/product_services
+FILE_PATTERNS = *.h *.hpp
+EXCLUDE_SYMBOLS = product_services::detail
+MACRO_EXPANSION = YES
+EXPAND_ONLY_PREDEF = YES
+PREDEFINED = "static_assert(a,b)=" PRODUCT_SERVICES_THROWS=
+GENERATE_HTML = NO
+GENERATE_LATEX = NO
+GENERATE_XML = YES
+OUTPUT_DIRECTORY = build/lint
+QUIET = YES
+WARN_AS_ERROR = FAIL_ON_WARNINGS
+SETTINGS
+}
+
+# Debian's doxygen does not warn of these, but its output shows them.
+check_constants() {
+  python3 - build/lint/xml/*_8h*.xml <<'PROGRAM'
+import sys
+import xml.etree.ElementTree
+
+constants = [value for page in sys.argv[1:] for value in xml.etree.ElementTree.parse(page).iter("enumvalue")]
+bare = [value.findtext("name") for value in constants if value.find(".//para") is None]
+sys.exit(f"Constants without documentation: {bare} of {len(constants)}" if bare or not constants else 0)
+PROGRAM
+}
+
+./setup.sh clang-format clang-tidy doxygen flake8 shellcheck
 mapfile -t sources < <(git ls-files '*.c' '*.cpp' '*.h' '*.hpp')
 mapfile -t units < <(git ls-files '*.cpp' ':!samples/minimal_hosts' ':!tests/fuzz')
 mapfile -t python < <(git ls-files '*.py')
@@ -47,6 +77,10 @@ clang-format --dry-run -Werror "${sources[@]}" || fail "Run scripts/lint.sh --fi
 say "Running flake8 over ${#python[@]} files and shellcheck over ${#shell[@]}"
 flake8 --max-line-length 120 "${python[@]}" || fail "flake8 found something."
 shellcheck --shell=bash --severity=warning "${shell[@]}" || fail "shellcheck found something."
+
+say "Running doxygen over the public headers"
+mkdir -p "$tree"
+{ check_documentation && check_constants; } || fail "doxygen found something."
 
 say "Running clang-tidy (some three minutes)"
 configure_tree

@@ -1,4 +1,4 @@
-/*
+/** @file
  * Guarded calls: the two calls of ProductServices.dll for hosts that cannot catch C++ exceptions, in C, C#,
  * Delphi, Go, Python or C++ of another compiler. They are in ProductServicesGuard.dll, which finds
  * ProductServices.dll in its own folder and nowhere else, loads it at the first call and keeps it.
@@ -9,6 +9,8 @@
  * and the first call that wins.
  *
  * The calls have the one calling convention of 64-bit Windows. They throw nothing.
+ *
+ * @since 1.0, all that is here.
  */
 #ifndef PRODUCT_SERVICES_GUARDED_CALLS_H
 #define PRODUCT_SERVICES_GUARDED_CALLS_H
@@ -62,11 +64,11 @@ typedef struct GuardedCall
 {
     /** In: sizeof(GuardedCall). Members behind it are not read: an older host's record is shorter. */
     uint32_t size;
-    /** In: as in HostContext, like the three texts. */
+    /** In: as in HostContext, like the three texts; null reads as an empty text. */
     int32_t languageId;
-    const wchar_t* productName;
-    const wchar_t* productVersion;
-    const wchar_t* apiKey;
+    const wchar_t* productName;    /**< In: display name of the calling product, as in HostContext. */
+    const wchar_t* productVersion; /**< In: its version text, as in HostContext. */
+    const wchar_t* apiKey;         /**< In: its service API key, as in HostContext. */
     /** In: the buffer for the text. Null: the text is not wanted. */
     wchar_t* text;
     /** In: how many wchar_t the buffer holds, the terminating NUL included. */
@@ -133,8 +135,8 @@ uint32_t GuardedUpgrade(GuardedCall* call);
  * serviceAddress is the address of the maker's service, https://host[:port][/path] in ASCII, such as
  * L"https://services.example.com"; another form is PRODUCT_SERVICES_PROXY_FAILED. Windows' exceptions are
  * matched against its host and port as Windows does: an entry is [scheme://]host[:port], the host the whole
- * name, with * for any characters and ? for one, or <local> for names without a dot. no_proxy becomes that
- * host, or is left unset; where it is set already and Windows excepts the service, the result is
+ * name, with * for any characters and ? for one, or `<local>` for names without a dot. no_proxy becomes
+ * that host, or is left unset; where it is set already and Windows excepts the service, the result is
  * PRODUCT_SERVICES_PROXY_NONE. Proxies are [protocol=][http[s]://]host[:port], for https or for all; the
  * port is 80 (443 after https://) where none is named. SOCKS is not taken.
  *

@@ -1,4 +1,4 @@
-/*
+/** @file
  * ProductServices: update check and upgrade center for a family of desktop applications.
  *
  * The interface of ProductServices.dll for C11 and C++ hosts (64-bit Windows).
@@ -10,6 +10,8 @@
  *
  * First call wins: the first call of a process fixes the language and the installed product for the
  * life of the process.
+ *
+ * @since 1.0, all that is here.
  */
 #ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_H
 #define PRODUCT_SERVICES_PRODUCT_SERVICES_H
@@ -92,9 +94,9 @@ typedef struct HostContext
      * the service may send, with the terminating NUL. Null: the text is not wanted.
      */
     wchar_t* resultText;
-    wchar_t* reserved2;
-    wchar_t* reserved3;
-    int32_t reserved4;
+    wchar_t* reserved2; /**< As reserved1. */
+    wchar_t* reserved3; /**< As reserved1. */
+    int32_t reserved4;  /**< As reserved1. */
 } HostContext;
 
 static_assert(sizeof(wchar_t) == 2, "texts are UTF-16");

@@ -1,5 +1,8 @@
-// The guarded calls for C++17 and later, of any compiler: what crosses the DLL's border is the C interface of
-// guarded_calls.h. All of it is in this header.
+/// @file
+/// The guarded calls for C++17 and later, of any compiler: what crosses the DLL's border is the C interface
+/// of guarded_calls.h. All of it is in this header.
+///
+/// @since 1.0, all that is here.
 #ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_HPP
 #define PRODUCT_SERVICES_PRODUCT_SERVICES_HPP
 
@@ -9,14 +12,19 @@
 #include <optional>
 #include <string>
 
+/// The guarded calls in C++.
 namespace product_services {
 
 /// The calling product. The members mean what those of GuardedCall mean.
 struct Product
 {
+    /// GuardedCall::productName.
     std::wstring name;
+    /// GuardedCall::productVersion.
     std::wstring version;
+    /// GuardedCall::apiKey.
     std::wstring apiKey;
+    /// A ProductServicesLanguage.
     std::int32_t languageId = 0;
     /// The hosts that an address of the service may lead to, as GuardedCall::trustedHosts; empty for any.
     std::wstring trustedHosts;
@@ -33,6 +41,7 @@ struct Report
     std::wstring text;
 };
 
+/// What a guarded call returned.
 struct CallResult
 {
     /// Empty where the call had nothing to report, and where it failed.
@@ -43,18 +52,22 @@ struct CallResult
     std::optional<std::wstring> untrustedAddress;
     /// What a quiet check would have told the user.
     std::optional<std::wstring> withheldMessage;
+    /// How the call ended.
     ProductServicesOutcome outcome = PRODUCT_SERVICES_NOT_CALLED;
     /// Whether the text was longer than 65,535 characters and was cut.
     bool isTextCut = false;
 };
 
+/// What UseWindowsProxy found.
 struct ProxyResult
 {
+    /// What was found.
     ProductServicesProxy found = PRODUCT_SERVICES_PROXY_FAILED;
     /// The proxy's address, or why the settings could not be read.
     std::wstring text;
 };
 
+/// What VerifyPublisher found.
 struct PublisherResult
 {
     /// Start the file only where this is PRODUCT_SERVICES_PUBLISHER_TRUSTED.

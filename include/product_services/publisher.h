@@ -1,5 +1,7 @@
-/*
+/** @file
  * Whether a downloaded file is the maker's own. In ProductServicesGuard.dll, with the guarded calls.
+ *
+ * @since 1.0, all that is here.
  */
 #ifndef PRODUCT_SERVICES_PUBLISHER_H
 #define PRODUCT_SERVICES_PUBLISHER_H
