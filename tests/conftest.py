@@ -11,10 +11,15 @@ import sys
 
 import pytest
 
+WINDOWS = os.name == "nt"
 REPOSITORY = pathlib.Path(__file__).parent.parent
 ADDRESS = os.environ["TESTS_ADDRESS"]
 OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8"}
 CATALOGUE = (REPOSITORY / "tools/catalogue.json").read_text("utf-8")
+# What ends a service in order.
+INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)
+TERMINATION = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGTERM)
+needs_debian = pytest.mark.skipif(WINDOWS, reason="needs Wine, or tools of Debian")
 MAKER_KEY = r"HKCU\Software\Example Maker"
 
 
@@ -56,11 +61,12 @@ def broken_links(page):
 
 def run(*command, **options):
     """Exit status and output of a program, which ends with all that it started when it takes too long."""
-    ended = subprocess.run(["/usr/bin/timeout", "30", *map(str, command)], **OUTPUT, check=False, **options)
+    limit = [] if WINDOWS else ["/usr/bin/timeout", "30"]
+    ended = subprocess.run([*limit, *map(str, command)], **OUTPUT, check=False, timeout=40, **options)
     return ended.returncode, ended.stdout
 
 
-def end(service, number=signal.SIGINT):
+def end(service, number=INTERRUPT):
     """The rest of what a service logged, once it has ended in order."""
     service.send_signal(number)
     log = service.communicate(timeout=20)[0].splitlines()
@@ -76,8 +82,10 @@ def build():
 @pytest.fixture(scope="session")
 def wine():
     """Runs a Windows program as run() does."""
+    emulator = [] if WINDOWS else [REPOSITORY / "scripts/run_wine.sh"]
+
     def run_windows_program(*command, **options):
-        return run(REPOSITORY / "scripts/run_wine.sh", *command, **options)
+        return run(*emulator, *command, **options)
     return run_windows_program
 
 
@@ -95,7 +103,8 @@ def service(service_command, tmp_path):
     services = []
 
     def start(*options, port=0):
-        started = subprocess.Popen([*service_command, "--port", str(port), *options], cwd=tmp_path, **OUTPUT)
+        started = subprocess.Popen([*service_command, "--port", str(port), *options], cwd=tmp_path, **OUTPUT,
+                                   creationflags=getattr(subprocess, "CREATE_NEW_PROCESS_GROUP", 0))
         services.append(started)
         ready = started.stdout.readline()
         assert re.fullmatch(rf"Product service ready at https://{ADDRESS}:\d+ \(Ctrl-C ends it\)\n", ready)

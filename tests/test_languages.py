@@ -8,7 +8,7 @@ import sys
 import polib
 import pytest
 
-from conftest import REPOSITORY, change, each_case, run
+from conftest import REPOSITORY, change, each_case, needs_debian, run
 
 sys.path.insert(0, f"{REPOSITORY}/tools")
 import language_files  # noqa: E402
@@ -192,6 +192,7 @@ def test_help_needs_no_polib_and_what_needs_it_names_the_interpreter():
     assert status == 1 and f"missing for {sys.executable}. Get it with: {sys.executable} -m pip" in sentence
 
 
+@needs_debian
 def test_all_that_repeats_the_languages_agrees(wine, build):
     codes = language_files.CODES
     assert set(codes.values()) == {*IDS, "US"}

@@ -6,7 +6,7 @@ import sys
 
 import pytest
 
-from conftest import REPOSITORY, change, each_case, run, table
+from conftest import REPOSITORY, change, each_case, needs_debian, run, table
 
 SAMPLE = REPOSITORY / "product_family/sample"
 # Another maker's product family, with characters that mean something to CMake, C, C++, resource scripts, XML, JSON,
@@ -86,6 +86,7 @@ def test_a_picture_that_cannot_be_used_is_refused_with_its_reason(check, tmp_pat
     assert f"{picture} {says}" in check()
 
 
+@needs_debian
 def test_odd_texts_arrive_whole_in_the_library_its_version_and_hosts(check, family, tmp_path):
     shutil.copy(ODD_FAMILY, family)
     assert check() == ""
@@ -107,6 +108,7 @@ def test_odd_texts_arrive_whole_in_the_library_its_version_and_hosts(check, fami
         assert [text for text in texts if f"{text}\0".encode("utf-16-le") not in data] == [], name
 
 
+@needs_debian
 @each_case("product_family/inputs.json", "target, inputs")
 def test_what_the_maker_brings_is_followed_when_it_changes(build, target, inputs):
     listed = run("ninja", "-C", build, "-t", "inputs", target)[1]

@@ -1,7 +1,7 @@
 """Talks to the development product service over HTTPS: its answers, what it logs, and what it ends with."""
 
 import json
-import signal
+import os
 import socket
 import ssl
 
@@ -62,7 +62,7 @@ def test_a_connection_closed_without_an_answer_and_a_probe_that_is_not_reachable
     running = service("--answer", "close", "--check-answer", "0")
     assert ask(running.port, "POST /check.php") == ("200", b"0")
     assert ask(running.port, UPDATES, query()) == ("", b"")
-    assert end(running, signal.SIGTERM) == ['POST /check.php -> "0"', f"{UPDATES}  {CHECK} -> closed without an answer"]
+    assert end(running, TERMINATION) == ['POST /check.php -> "0"', f"{UPDATES}  {CHECK} -> closed without an answer"]
 
 
 def test_a_client_that_speaks_no_tls_and_one_that_speaks_no_http_are_logged(service):
@@ -78,7 +78,7 @@ def test_a_client_that_speaks_no_tls_and_one_that_speaks_no_http_are_logged(serv
 def test_a_broken_catalogue_ends_the_service_with_a_sentence(service_command, tmp_path, catalogue, says):
     (tmp_path / "catalogue.json").write_text(catalogue, "utf-8")
     status, sentence = run(*service_command, "--port", "0", "--answer", "offers")
-    assert status == 1 and sentence.startswith(f"product_service: the catalogue {tmp_path}/catalogue.json {says}")
+    assert status == 1 and sentence.startswith(f"product_service: the catalogue {tmp_path / 'catalogue.json'} {says}")
 
 
 def test_what_it_cannot_start_with_is_named(service, service_command):
@@ -87,5 +87,5 @@ def test_what_it_cannot_start_with_is_named(service, service_command):
                                 ("--answer-file", "none", "none")):
         status, sentence = run(*service_command, option, value)
         assert status == 1 and sentence.startswith(f"product_service: cannot open {what}: ")
-    status, sentence = run(*service_command, "--port", "0", env={"PATH": "/nowhere"})
+    status, sentence = run(*service_command, "--port", "0", env={**os.environ, "PATH": "/nowhere"})
     assert status == 1 and sentence.startswith("product_service: openssl could not make the certificate: ")

@@ -5,7 +5,7 @@ import re
 
 import pytest
 
-from conftest import MAKER_KEY, REPOSITORY, each_case, end, run
+from conftest import MAKER_KEY, REPOSITORY, each_case, end, needs_debian, run
 
 
 @pytest.fixture(scope="module", autouse=True)
@@ -35,12 +35,14 @@ def test_the_outcome_and_the_requests_of_each_call(host, service, tmp_path, answ
 
 
 # Wine accepts every certificate; but it traces what the library asks for, 8 being SCH_CRED_MANUAL_CRED_VALIDATION.
+@needs_debian
 def test_windows_is_asked_not_to_verify_certificates(host, service):
     service(port=18443)
     trace = "\n".join(host("check", WINEDEBUG="-all,trace+secur32"))
     assert int(re.search(r"\bdwFlags = (\w+)", trace)[1], 16) & 8
 
 
+@needs_debian
 def test_buying_hands_the_offers_address_to_the_browser(host, service, tmp_path):
     service(port=18443)
     opened = tmp_path / "opened"

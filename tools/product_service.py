@@ -215,7 +215,7 @@ def parse_options():
 
 def main():
     options = parse_options()
-    for number in (signal.SIGINT, signal.SIGTERM):
+    for number in (signal.SIGINT, signal.SIGTERM, getattr(signal, "SIGBREAK", signal.SIGINT)):
         signal.signal(number, signal.default_int_handler)
     with contextlib.suppress(KeyboardInterrupt), ProductServer(options) as server:
         say(f"Product service ready at https://{options.address}:{server.server_address[1]} (Ctrl-C ends it)")

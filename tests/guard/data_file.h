@@ -8,7 +8,7 @@
 
 inline nlohmann::json ReadDataFile(const std::string& name)
 {
-    std::ifstream file(GUARD_TESTS_DIR "/" + name);
+    std::ifstream file(name); // in the working directory
     return nlohmann::json::parse(file);
 }
 
