@@ -30,7 +30,7 @@ function(add_product_services_library target name header_dir picture_dir)
     else()
         # MFC activates a DLL's own manifest for its windows.
         target_link_options(${target} PRIVATE "/MANIFESTDEPENDENCY:type='win32' \
-name='Microsoft.Windows.Common-Controls' version='6.0.0.0' processorArchitecture='amd64' \
+name='Microsoft.Windows.Common-Controls' version='6.0.0.0' processorArchitecture='*' \
 publicKeyToken='6595b64144ccf1df' language='*'")
     endif()
 endfunction()

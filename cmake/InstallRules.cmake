@@ -1,6 +1,12 @@
 # What a package of either build holds.
 include(CMakePackageConfigHelpers)
 
+# As Visual Studio's compilers say it; mingw's say nothing.
+set(package_processor "${CMAKE_CXX_COMPILER_ARCHITECTURE_ID}")
+if(MINGW)
+    set(package_processor x64)
+endif()
+
 configure_package_config_file(
     "${CMAKE_CURRENT_LIST_DIR}/ProductServicesConfig.cmake.in" "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake"
     INSTALL_DESTINATION lib/cmake/ProductServices)

@@ -44,7 +44,7 @@ const wchar_t* LoadFailure(DWORD error)
         return L"ProductServices.dll, or a library that it needs, is not in the folder of "
                L"ProductServicesGuard.dll.";
     case ERROR_BAD_EXE_FORMAT:
-        return L"ProductServices.dll is damaged, or is not for 64-bit Windows.";
+        return L"ProductServices.dll is damaged, or is for another processor than this program.";
     default:
         break;
     }

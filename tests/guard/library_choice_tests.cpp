@@ -24,7 +24,8 @@ TEST_F(LibraryOfTheGuard, SaysWhyALibraryCannotBeCalledAndCallsItWhenItIsMended)
     const std::string version = "\xBD\x04\xEF\xFE\0\0\1\0\0\0"s;
     const std::wstring isMissing =
         L"ProductServices.dll, or a library that it needs, is not in the folder of ProductServicesGuard.dll.";
-    const std::wstring isDamaged = L"ProductServices.dll is damaged, or is not for 64-bit Windows.";
+    const std::wstring isDamaged =
+        L"ProductServices.dll is damaged, or is for another processor than this program.";
     const std::wstring isAnother = L"ProductServices.dll is another library: it lacks the two calls.";
     const std::wstring otherVersion =
         L"ProductServices.dll has another major version than ProductServicesGuard.dll.";
