@@ -37,7 +37,7 @@ install(FILES "${CMAKE_SOURCE_DIR}/tools/product_service.py" "${CMAKE_SOURCE_DIR
 install(FILES ${tool_files} DESTINATION tools)
 
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/README.md" DESTINATION .)
-foreach(document host-guide installers language-files service troubleshooting)
+foreach(document host-guide installers language-files service troubleshooting versions)
     install(FILES "${CMAKE_SOURCE_DIR}/docs/${document}.md" DESTINATION docs)
 endforeach()
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/build/deps/licenses" DESTINATION .)
