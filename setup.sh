@@ -74,10 +74,16 @@ readonly curl_options=(
 )
 readonly curl_flags="-ffunction-sections -fdata-sections -fstack-protector-strong"
 
+# Debian's version of the source with the SHA-256 sums of its files, for the list of what the package holds.
+record_curl_source() {
+  sed -n 's/^Version: //p' curl_*.dsc
+  sha256sum curl_*.dsc curl_*.tar.*[!c]
+}
+
 # Built with these very options, or built anew.
 build_curl() {
   local all_options="${curl_options[*]} $curl_flags"
-  [ "$(cat "$deps/$triplet/options.txt" 2>/dev/null)" = "$all_options" ] && return 0
+  [ "$(cat "$deps/$triplet/options.txt" 2>/dev/null)" = "$all_options" ] && [ -f "$deps/$triplet/source.txt" ] && return 0
   rm -rf "$deps"/curl.?????? "${deps:?}/$triplet"
   local work; work=$(mktemp -d "$deps/curl.XXXXXX")
   say "Fetching libcurl's source"
@@ -89,6 +95,7 @@ build_curl() {
     && attend cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
     || fail "libcurl could not be built; see $deps/curl.log."
   cp "$work"/curl-*/COPYING "$work/install/COPYING.curl"
+  (cd "$work" && record_curl_source) >"$work/install/source.txt"
   echo "$all_options" >"$work/install/options.txt"
   mv "$work/install" "$deps/$triplet"
   rm -rf "$work"
@@ -96,7 +103,8 @@ build_curl() {
 
 # The JSON library is headers only; a copy keeps /usr/include off the cross compiler's path.
 copy_json() {
-  [ -f "$deps/json/nlohmann/json.hpp" ] && return 0
+  diff -rq /usr/include/nlohmann "$deps/json/nlohmann" >/dev/null 2>&1 && return 0
+  rm -rf "$deps/json"
   mkdir -p "$deps/json"
   cp -r /usr/include/nlohmann "$deps/json/"
 }

@@ -1,8 +1,9 @@
 # What a product family brings is compiled for each; the rest is in product_services_core.
-set(PRODUCT_FAMILY_SOURCE "${CMAKE_SOURCE_DIR}/src/platform/family.cpp")
+set(PRODUCT_FAMILY_SOURCE "${PROJECT_SOURCE_DIR}/src/platform/family.cpp")
 
 # So is what asks for the state of its module, which MFC tells apart in DLLs and programs.
-set(PRODUCT_MODULE_SOURCE "${CMAKE_SOURCE_DIR}/src/host/host_call_scope.cpp")
+set(PRODUCT_MODULE_SOURCE "${PROJECT_SOURCE_DIR}/src/host/host_call_scope.cpp")
+set(TIDY_PDB "${CMAKE_CURRENT_LIST_DIR}/tidy_pdb.py")
 
 # add_product_services_library(TARGET NAME HEADER_DIR PICTURE_DIR): the DLL NAME.dll of a product family, with
 # the headers that make_family_headers made in HEADER_DIR.
@@ -10,22 +11,22 @@ function(add_product_services_library target name header_dir picture_dir)
     add_library(${target} SHARED
         ${PRODUCT_FAMILY_SOURCE}
         ${PRODUCT_MODULE_SOURCE}
-        "${CMAKE_SOURCE_DIR}/src/host/application.cpp"
-        "${CMAKE_SOURCE_DIR}/src/host/exports.cpp"
-        "${CMAKE_SOURCE_DIR}/src/product_services.def"
-        "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc")
+        "${PROJECT_SOURCE_DIR}/src/host/application.cpp"
+        "${PROJECT_SOURCE_DIR}/src/host/exports.cpp"
+        "${PROJECT_SOURCE_DIR}/src/product_services.def"
+        "${PROJECT_SOURCE_DIR}/src/ui/product_services.rc")
     target_include_directories(${target} PRIVATE "${header_dir}" "${picture_dir}"
-        "${CMAKE_SOURCE_DIR}/src/ui" "${CMAKE_SOURCE_DIR}/product_family")
+        "${PROJECT_SOURCE_DIR}/src/ui" "${PROJECT_SOURCE_DIR}/product_family")
     target_link_libraries(${target} PRIVATE product_services_core CURL::libcurl)
     target_compile_definitions(${target} PRIVATE _USRDLL)
     set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "" USES_MFC ON)
     family_picture_files(pictures "${picture_dir}")
-    script_depends(${target} "${CMAKE_SOURCE_DIR}/src/ui/product_services.rc" "${header_dir}" ${pictures}
-        "${CMAKE_SOURCE_DIR}/src/ui/upgrade_dialog.rc" "${CMAKE_SOURCE_DIR}/src/ui/resource.h")
+    script_depends(${target} "${PROJECT_SOURCE_DIR}/src/ui/product_services.rc" "${header_dir}" ${pictures}
+        "${PROJECT_SOURCE_DIR}/src/ui/upgrade_dialog.rc" "${PROJECT_SOURCE_DIR}/src/ui/resource.h")
     if(MINGW)
         target_sources(${target} PRIVATE
-            "${CMAKE_SOURCE_DIR}/compat/mfc/dll_main.cpp"
-            "${CMAKE_SOURCE_DIR}/compat/mingw/runtime.cpp")
+            "${PROJECT_SOURCE_DIR}/compat/mfc/dll_main.cpp"
+            "${PROJECT_SOURCE_DIR}/compat/mingw/runtime.cpp")
         separate_debug_symbols(${target})
     else()
         # MFC activates a DLL's own manifest for its windows.
@@ -39,15 +40,19 @@ endfunction()
 # the resource compilers do not tell the build.
 function(script_depends target script header_dir)
     set_property(SOURCE "${script}" TARGET_DIRECTORY ${target} APPEND PROPERTY OBJECT_DEPENDS ${ARGN}
-        "${header_dir}/family_names.h" "${CMAKE_SOURCE_DIR}/product_family/version_info.rc"
-        "${CMAKE_SOURCE_DIR}/include/product_services/version.h")
+        "${header_dir}/family_names.h" "${PROJECT_SOURCE_DIR}/product_family/version_info.rc"
+        "${PROJECT_SOURCE_DIR}/include/product_services/version.h")
 endfunction()
 
-# Leaves NAME.dll stripped, with its symbols in NAME.dll.debug beside it. Without the date, objcopy would write the
-# time of the build into the files.
+# Leaves NAME.dll stripped, with its symbols in NAME.dll.debug and NAME.pdb beside it: GNU ld writes the names of
+# functions into a PDB, if no -s is among the flags. Without the date, objcopy would write the time of the build.
 function(separate_debug_symbols target)
+    set(pdb "$<TARGET_FILE_DIR:${target}>/$<TARGET_FILE_BASE_NAME:${target}>.pdb")
     set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
+    target_link_options(${target} PRIVATE "LINKER:--pdb=${pdb}")
     add_custom_command(TARGET ${target} POST_BUILD
+        COMMAND "${Python3_EXECUTABLE}" -B "${TIDY_PDB}" "${pdb}"
+            "${PROJECT_BINARY_DIR}=build" "${PROJECT_SOURCE_DIR}=."
         COMMAND ${objcopy} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
         COMMAND ${objcopy} --strip-all --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
         VERBATIM)

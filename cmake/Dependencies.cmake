@@ -1,12 +1,24 @@
-# libcurl and the JSON library: from build/deps (setup.sh) for mingw, from vcpkg for Visual Studio.
-find_package(CURL CONFIG QUIET)
+# libcurl and the JSON library: from build/deps (setup.sh) for mingw, from vcpkg for Visual Studio, or from a project that
+# takes this one in: its targets, or what its settings of CMake find.
+set(how_to_get_it "run ./setup.sh first, or use vcpkg with Visual Studio.")
+if(NOT PROJECT_IS_TOP_LEVEL)
+    set(how_to_get_it "set CURL_DIR and NLOHMANN_JSON_INCLUDE_DIR, or bring the targets CURL::libcurl (static, with \
+Schannel) and nlohmann_json::nlohmann_json before ProductServices.")
+endif()
 if(NOT TARGET CURL::libcurl)
-    message(FATAL_ERROR "libcurl for Windows is missing: run ./setup.sh first, or use vcpkg with Visual Studio.")
+    find_package(CURL CONFIG QUIET)
+endif()
+if(NOT TARGET CURL::libcurl)
+    message(FATAL_ERROR "libcurl for Windows is missing: ${how_to_get_it}")
 endif()
 
-find_path(NLOHMANN_JSON_INCLUDE_DIR nlohmann/json.hpp NO_CMAKE_FIND_ROOT_PATH)
+if(TARGET nlohmann_json::nlohmann_json)
+    set(NLOHMANN_JSON_INCLUDE_DIR $<TARGET_PROPERTY:nlohmann_json::nlohmann_json,INTERFACE_INCLUDE_DIRECTORIES>)
+else()
+    find_path(NLOHMANN_JSON_INCLUDE_DIR nlohmann/json.hpp NO_CMAKE_FIND_ROOT_PATH)
+endif()
 if(NOT NLOHMANN_JSON_INCLUDE_DIR)
-    message(FATAL_ERROR "nlohmann-json is missing: run ./setup.sh first, or use vcpkg with Visual Studio.")
+    message(FATAL_ERROR "nlohmann-json is missing: ${how_to_get_it}")
 endif()
 
 add_library(json_headers INTERFACE)

@@ -8,24 +8,27 @@ if(MINGW)
 endif()
 
 configure_package_config_file(
-    "${CMAKE_CURRENT_LIST_DIR}/ProductServicesConfig.cmake.in" "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake"
+    "${CMAKE_CURRENT_LIST_DIR}/ProductServicesConfig.cmake.in" "${PROJECT_BINARY_DIR}/ProductServicesConfig.cmake"
     INSTALL_DESTINATION lib/cmake/ProductServices)
-write_basic_package_version_file("${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/ProductServicesConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
 
 install(TARGETS ProductServices ProductServicesGuard RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
-install(DIRECTORY "${CMAKE_SOURCE_DIR}/include/product_services" DESTINATION include)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/product_services" DESTINATION include)
 install(FILES
-    "${CMAKE_BINARY_DIR}/ProductServicesConfig.cmake" "${CMAKE_BINARY_DIR}/ProductServicesConfigVersion.cmake"
-    DESTINATION lib/cmake/ProductServices)
-install(DIRECTORY "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang" DESTINATION .)
-install(FILES "${CMAKE_SOURCE_DIR}/CHANGELOG.md" "${CMAKE_SOURCE_DIR}/LICENSE" "${CMAKE_SOURCE_DIR}/SECURITY.md"
+    "${PROJECT_BINARY_DIR}/ProductServicesConfig.cmake" "${PROJECT_BINARY_DIR}/ProductServicesConfigVersion.cmake"
+    "${CMAKE_CURRENT_LIST_DIR}/ProductServicesDeploy.cmake" DESTINATION lib/cmake/ProductServices)
+configure_file("${CMAKE_CURRENT_LIST_DIR}/product-services-guard.pc.in"
+    "${PROJECT_BINARY_DIR}/product-services-guard.pc" @ONLY NEWLINE_STYLE UNIX)
+install(FILES "${PROJECT_BINARY_DIR}/product-services-guard.pc" DESTINATION lib/pkgconfig)
+install(DIRECTORY "${lang_dir}" DESTINATION .)
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/SECURITY.md"
     DESTINATION .)
 
 if(MSVC)
     install(FILES $<TARGET_PDB_FILE:ProductServices> $<TARGET_PDB_FILE:ProductServicesGuard> DESTINATION bin)
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_NAME product-services)
-    set(CPACK_PACKAGE_DIRECTORY "${CMAKE_BINARY_DIR}/package")
+    set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/package")
     include(CPack)
 endif()

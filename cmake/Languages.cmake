@@ -1,5 +1,5 @@
 # Makes the language files from the translations: lang/XX/Vemo_XX.lang in the folder of the built programs.
-set(PRODUCT_LANGUAGES_DIR "${CMAKE_SOURCE_DIR}/languages" CACHE PATH
+set(PRODUCT_LANGUAGES_DIR "${PROJECT_SOURCE_DIR}/languages" CACHE PATH
     "The translations: cs.po, de.po and the like, as in the folder languages")
 
 file(GLOB po_files CONFIGURE_DEPENDS "${PRODUCT_LANGUAGES_DIR}/*.po")
@@ -17,19 +17,19 @@ set(msgfmt_commands "")
 find_program(MSGFMT msgfmt)
 if(MSGFMT)
     foreach(po_file IN LISTS po_files)
-        list(APPEND msgfmt_commands COMMAND "${MSGFMT}" -c -o "${CMAKE_BINARY_DIR}/checked.mo" "${po_file}")
+        list(APPEND msgfmt_commands COMMAND "${MSGFMT}" -c -o "${PROJECT_BINARY_DIR}/checked.mo" "${po_file}")
     endforeach()
 else()
     message(STATUS "gettext's msgfmt is not there: the translations are built without its check.")
 endif()
 
-set(tool "${CMAKE_SOURCE_DIR}/tools/language_files.py")
+set(tool "${PROJECT_SOURCE_DIR}/tools/language_files.py")
 set(tool_files language_files.py language_file_check.py po_file.py text_width.py)
-list(TRANSFORM tool_files PREPEND "${CMAKE_SOURCE_DIR}/tools/")
-set(template "${CMAKE_SOURCE_DIR}/languages/product_services.pot")
-set(texts "${CMAKE_SOURCE_DIR}/src/text")
-set(lang_dir "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/lang")
-set(languages_stamp "${CMAKE_BINARY_DIR}/languages.stamp")
+list(TRANSFORM tool_files PREPEND "${PROJECT_SOURCE_DIR}/tools/")
+set(template "${PROJECT_SOURCE_DIR}/languages/product_services.pot")
+set(texts "${PROJECT_SOURCE_DIR}/src/text")
+set(lang_dir "${PROJECT_BINARY_DIR}/bin/lang")
+set(languages_stamp "${PROJECT_BINARY_DIR}/languages.stamp")
 add_custom_command(OUTPUT "${languages_stamp}"
     # Ends where the template is not the one of the built-in texts.
     COMMAND "${Python3_EXECUTABLE}" -B "${tool}" template "${template}"

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Makes the NuGet package for hosts built with Visual Studio, from the unpacked package for host developers.
 
-    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico
+    SOURCE_DATE_EPOCH=SECONDS make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico
 
-The JSON is the product_family.json of the sample, and of the family that the package is for.
+SOURCE_DATE_EPOCH is the time of what is in it. The JSON is the product_family.json of the sample, and of the family that the package is for.
 """
 
 import argparse
@@ -12,9 +12,9 @@ import re
 import struct
 import sys
 import xml.sax.saxutils
-import zipfile
 
 import family_texts
+import reproducible_zip
 
 TEMPLATES = pathlib.Path(__file__).parent / "nuget"
 PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
@@ -54,8 +54,8 @@ def contents(package, values, pairs, icon):
         "readme.md": family_texts.fill_markdown((TEMPLATES / "readme.md").read_text("utf-8"), pairs).encode(),
         "icon.png": png_of_icon(icon),
     }
-    for pattern, folder in (("LICENSE", ""), ("licenses/*", "licenses/"), ("bin/*.dll", "runtimes/win-x64/native/"),
-                            ("lib/*.lib", "build/native/lib/"),
+    for pattern, folder in (("LICENSE", ""), ("*.spdx.json", ""), ("licenses/*", "licenses/"),
+                            ("bin/*.dll", "runtimes/win-x64/native/"), ("lib/*.lib", "build/native/lib/"),
                             ("include/product_services/*", "build/native/include/product_services/")):
         found = sorted(package.glob(pattern))
         if not found:
@@ -88,11 +88,9 @@ def main():
     values = {"ID": family["package_id"], "VERSION": read_version(options.package), "AUTHORS": family["maker"]}
     files = contents(options.package, values, family_texts.pairs_of(sample, family), options.icon)
     archive = options.output / f"{values['ID']}.{values['VERSION']}.nupkg"
-    with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as package:
-        package.writestr("_rels/.rels", RELATIONSHIPS.format(f"{values['ID']}.nuspec"))
-        package.writestr("[Content_Types].xml", content_types(files))
-        for name, data in files.items():
-            package.writestr(name, data)
+    parts = [("_rels/.rels", RELATIONSHIPS.format(f"{values['ID']}.nuspec")),
+             ("[Content_Types].xml", content_types(files))]
+    reproducible_zip.write_zip(archive, parts + sorted(files.items()))
 
 
 if __name__ == "__main__":

@@ -2,8 +2,8 @@
 # tools of Debian, or look into what this very build made; the others run on Windows too.
 
 # The sample family's library at an address of this build folder's own, with the sample host beside it.
-set(sample_family_dir "${CMAKE_SOURCE_DIR}/product_family/sample")
-set(over_tls_dir "${CMAKE_BINARY_DIR}/over_tls")
+set(sample_family_dir "${PROJECT_SOURCE_DIR}/product_family/sample")
+set(over_tls_dir "${PROJECT_BINARY_DIR}/over_tls")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${sample_family_dir}/product_family.json")
 file(READ "${sample_family_dir}/product_family.json" json)
 string(JSON json SET "${json}" service_base_address "\"https://${TESTS_ADDRESS}:18443\"")
@@ -28,7 +28,7 @@ if(MINGW)
     target_link_options(publisher_host PRIVATE -municode)
 endif()
 
-file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/pytest")
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 # Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
 set(on_debian test_installer test_package test_guard test_publisher test_crash test_library_file test_documents
     test_other_languages)
@@ -38,7 +38,7 @@ foreach(name IN LISTS everywhere on_debian)
         continue()
     endif()
     add_test(NAME python.${name}
-        COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider --basetemp "${CMAKE_BINARY_DIR}/pytest/${name}"
+        COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider --basetemp "${PROJECT_BINARY_DIR}/pytest/${name}"
             "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
     set_tests_properties(python.${name} PROPERTIES TIMEOUT 60
         ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};TESTS_ADDRESS=${TESTS_ADDRESS};PYTHONUTF8=1")

@@ -18,7 +18,4 @@ target_compile_definitions(SampleHost PRIVATE UNICODE _UNICODE _WIN32_WINNT=0x0A
 target_link_libraries(SampleHost PRIVATE ProductServices::Guard user32)
 target_link_options(SampleHost PRIVATE -static -municode)
 
-add_custom_command(TARGET SampleHost POST_BUILD
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different
-        $<TARGET_FILE:ProductServices::ProductServices> $<TARGET_FILE:ProductServices::Guard>
-        $<TARGET_FILE_DIR:SampleHost>)
+product_services_deploy(SampleHost)

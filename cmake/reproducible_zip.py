@@ -1,0 +1,33 @@
+"""Zip archives whose bytes depend on what they hold alone: sorted, with one time for all and no other attributes."""
+
+import os
+import pathlib
+import sys
+import time
+import zipfile
+
+EARLIEST = 315532800  # 1980, where the times of zip begin
+
+
+def write_zip(archive, files):
+    """files are names with their bytes; a program is one whose name says so. Its times are SOURCE_DATE_EPOCH's."""
+    moment = time.gmtime(max(EARLIEST, int(os.environ["SOURCE_DATE_EPOCH"])))[:6]
+    with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as target:
+        for name, data in files:
+            entry = zipfile.ZipInfo(name, moment)
+            entry.compress_type = zipfile.ZIP_DEFLATED
+            entry.create_system = 3
+            entry.external_attr = (0o100755 if name.endswith((".exe", ".dll", ".py")) else 0o100644) << 16
+            target.writestr(entry, data)
+
+
+def main(archive):
+    """Writes an archive anew."""
+    archive = pathlib.Path(archive)
+    with zipfile.ZipFile(archive) as source:
+        files = [(name, source.read(name)) for name in sorted(source.namelist()) if not name.endswith("/")]
+    write_zip(archive, files)
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
