@@ -14,7 +14,7 @@ readonly packages=(
   g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev
   nlohmann-json3-dev googletest
   wine wine64 xvfb fonts-wine xdotool imagemagick
-  clang llvm openssl osslsigncode python3 python3-pefile python3-pytest wixl
+  clang llvm openssl osslsigncode pkgconf python3 python3-pefile python3-pytest wixl
   python3-polib gettext fonts-wqy-microhei
   "$@"
 )

@@ -15,7 +15,9 @@ endif()
 if(TARGET nlohmann_json::nlohmann_json)
     set(NLOHMANN_JSON_INCLUDE_DIR $<TARGET_PROPERTY:nlohmann_json::nlohmann_json,INTERFACE_INCLUDE_DIRECTORIES>)
 else()
-    find_path(NLOHMANN_JSON_INCLUDE_DIR nlohmann/json.hpp NO_CMAKE_FIND_ROOT_PATH)
+    # Not in /usr/include, whose other headers are not for Windows.
+    find_path(NLOHMANN_JSON_INCLUDE_DIR nlohmann/json.hpp
+        NO_CMAKE_FIND_ROOT_PATH NO_CMAKE_SYSTEM_PATH NO_SYSTEM_ENVIRONMENT_PATH)
 endif()
 if(NOT NLOHMANN_JSON_INCLUDE_DIR)
     message(FATAL_ERROR "nlohmann-json is missing: ${how_to_get_it}")

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Makes the NuGet package for hosts built with Visual Studio, from the unpacked package for host developers.
 
-    SOURCE_DATE_EPOCH=SECONDS make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico
+    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico
 
-SOURCE_DATE_EPOCH is the time of what is in it. The JSON is the product_family.json of the sample, and of the family that the package is for.
+The JSON is the product_family.json of the sample, and of the family that the package is for.
 """
 
 import argparse

@@ -10,8 +10,8 @@ EARLIEST = 315532800  # 1980, where the times of zip begin
 
 
 def write_zip(archive, files):
-    """files are names with their bytes; a program is one whose name says so. Its times are SOURCE_DATE_EPOCH's."""
-    moment = time.gmtime(max(EARLIEST, int(os.environ["SOURCE_DATE_EPOCH"])))[:6]
+    """files are names with their bytes. Their time is SOURCE_DATE_EPOCH, or the earliest there is."""
+    moment = time.gmtime(max(EARLIEST, int(os.environ.get("SOURCE_DATE_EPOCH", 0))))[:6]
     with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as target:
         for name, data in files:
             entry = zipfile.ZipInfo(name, moment)

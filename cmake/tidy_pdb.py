@@ -39,8 +39,9 @@ def read_streams(data):
     directory = join(struct.unpack_from(f"<{count}I", data, map_block * block_size), directory_size)
     numbers = list(struct.unpack(f"<{directory_size // 4}I", directory))
     sizes, blocks = numbers[1:numbers[0] + 1], iter(numbers[numbers[0] + 1:])
-    return block_size, [join([next(blocks) for _ in range(block_count(size, block_size))], size if size != UNUSED else 0)
-                        for size in sizes]
+    counts = [block_count(size, block_size) for size in sizes]
+    return block_size, [join([next(blocks) for _ in range(count)], size if count else 0)
+                        for size, count in zip(sizes, counts)]
 
 
 def rename(path, folders):

@@ -90,6 +90,18 @@ def wine():
 
 
 @pytest.fixture
+def plain_toolchain(tmp_path):
+    """The option of cmake for a toolchain that looks for packages in the compiler's own folders alone."""
+    compilers = {"C": "gcc-posix", "CXX": "g++-posix", "RC": "windres"}
+    lines = [f"set(CMAKE_{language}_COMPILER x86_64-w64-mingw32-{name})" for language, name in compilers.items()]
+    lines += ["set(CMAKE_SYSTEM_NAME Windows)", "set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)"]
+    lines += [f"set(CMAKE_FIND_ROOT_PATH_MODE_{kind} ONLY)" for kind in ("PACKAGE", "LIBRARY", "INCLUDE")]
+    file = tmp_path / "plain toolchain.cmake"
+    file.write_text("\n".join(lines), "utf-8")
+    return f"-DCMAKE_TOOLCHAIN_FILE={file}"
+
+
+@pytest.fixture
 def service_command(tmp_path):
     """The command line of a development service, before its options; its offers have the tests' own address."""
     (tmp_path / "catalogue.json").write_text(CATALOGUE, "utf-8")

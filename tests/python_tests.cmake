@@ -30,7 +30,7 @@ endif()
 
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 # Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
-set(on_debian test_installer test_package test_guard test_publisher test_crash test_library_file test_documents
+set(on_debian test_installer test_package test_consumer test_guard test_publisher test_crash test_library_file test_documents
     test_other_languages)
 set(everywhere test_sample_host test_product_family test_product_service test_languages)
 foreach(name IN LISTS everywhere on_debian)

@@ -54,8 +54,25 @@ def test_its_pictures_are_the_familys(library):
         assert icon[start:start + size] in library.__data__[:], width
 
 
-def test_it_holds_no_path_of_the_machine_that_built_it(library):
-    assert [path for path in (bytes(REPOSITORY), b"/tmp/", b"ca-certificates") if path in library.__data__[:]] == []
+@pytest.mark.parametrize("kind", ["dll", "dll.debug", "pdb"])
+@pytest.mark.parametrize("name", ["ProductServices", "ProductServicesGuard"])
+def test_it_holds_no_path_of_the_machine_that_built_it(build, name, kind):
+    data = (build / f"bin/{name}.{kind}").read_bytes()
+    assert [path for path in (bytes(REPOSITORY), b"/tmp/", b"ca-certificates") if path in data] == []
+
+
+@pytest.mark.parametrize("name, function", [
+    pytest.param("ProductServices", "RunUpgradeCenter", id="the library"),
+    pytest.param("ProductServicesGuard", "GuardedUpgrade", id="the guard"),
+])
+def test_debuggers_on_windows_find_its_functions_by_its_pdb(build, name, function):
+    pdb = build / f"bin/{name}.pdb"
+    assert pdb.read_bytes().startswith(b"Microsoft C/C++ MSF 7.00\r\n\x1aDS\0\0\0")
+    directory, = pefile.PE(build / f"bin/{name}.dll").DIRECTORY_ENTRY_DEBUG
+    assert directory.entry.PdbFileName.rstrip(b"\0").decode() == pdb.name, "without a folder"
+    told = run("llvm-pdbutil", "dump", "-summary", "-publics", pdb)[1]
+    assert re.search(r"GUID: \{(.*)\}", told)[1].replace("-", "") == directory.entry.Signature_String[:32]
+    assert re.search(rf"S_PUB32 .*{function}.*\n +flags = function", told)
 
 
 def test_its_only_dialog_is_the_one_that_hosts_know(build):

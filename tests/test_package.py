@@ -3,9 +3,11 @@
 import json
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import sys
+import time
 import xml.etree.ElementTree
 import zipfile
 
@@ -67,9 +69,38 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
              for name in re.findall(r'\$\(MSBuildThisFileDirectory\)([^;"<]+\.\w+)', targets)}
     assert len(named) == 5
     assert named | {"LICENSE", "readme.md", "icon.png", "[Content_Types].xml", "_rels/.rels"} < files
+    assert "product-services.spdx.json" in files
+    assert not [name for name in files if name.endswith((".pdb", ".debug"))]
     version, = re.findall(r"<version>(\d+)\.(\d+)", read(tmp_path / "ExampleMaker.ProductServices.nuspec"))
     library = pefile.PE(tmp_path / "runtimes/win-x64/native/ProductServices.dll")
     assert library.VS_FIXEDFILEINFO[0].FileVersionMS == int(version[0]) << 16 | int(version[1])
+
+
+def test_sums_are_beside_the_packages(package):
+    assert run("sha256sum", "--check", "--quiet", "SHA256SUMS", cwd=package.parent) == (0, "")
+    assert len(read(package.parent / "SHA256SUMS").splitlines()) == 2
+
+
+@pytest.mark.parametrize("kind", ["zip", "nupkg"])
+def test_an_archive_tells_nothing_of_when_and_where_it_was_made(package, kind):
+    with zipfile.ZipFile(next(package.parent.glob(f"*.{kind}"))) as archive:
+        entries = archive.infolist()
+    names = [entry.filename for entry in entries if entry.filename not in ("_rels/.rels", "[Content_Types].xml")]
+    assert names == sorted(names)
+    commit_time = int(run("git", "-C", REPOSITORY, "log", "-1", "--format=%ct")[1]) // 2 * 2  # a zip counts in twos
+    assert {entry.date_time for entry in entries} == {time.gmtime(commit_time)[:6]}
+
+
+def test_its_list_of_parts_is_what_debian_says(package):
+    parts = {part["name"]: part for part in json.loads(read(package / "product-services.spdx.json"))["packages"]}
+    for name in ("nlohmann-json3-dev", "gcc-mingw-w64-x86-64-posix-runtime", "mingw-w64-x86-64-dev"):
+        assert parts[name]["versionInfo"] == run("dpkg-query", "-W", "-f=${Version}", name)[1]
+    curl = read(REPOSITORY / "build/deps/x86_64-w64-mingw32/include/curl/curlver.h")
+    upstream = re.search(r'#define LIBCURL_VERSION "(.*)"', curl)[1]
+    assert re.fullmatch(rf"{re.escape(upstream)}-\d+(\+deb\d+u\d+)?", parts["curl"]["versionInfo"])
+    assert len(parts["curl"]["checksums"][0]["checksumValue"]) == 64
+    commit = run("git", "-C", REPOSITORY, "log", "-1", "--format=commit %H")[1].strip()
+    assert parts["ProductServices"]["sourceInfo"] == commit
 
 
 @pytest.mark.parametrize("name", ["ProductServices", "ProductServicesGuard"])
@@ -146,6 +177,31 @@ def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_k
     for output in outputs:
         assert "CheckForUpdates: 200: https://strange.example:8443/buy/" in output
     assert "key=DEMO-2026 version=2026.1" in log[0]
+
+
+def test_a_host_that_finds_the_package_has_both_libraries_beside_it(package, plain_toolchain, tmp_path):
+    (tmp_path / "CMakeLists.txt").write_text("""cmake_minimum_required(VERSION 3.16)
+project(Host LANGUAGES C)
+find_package(ProductServices CONFIG REQUIRED)
+add_executable(host host.c)
+target_link_libraries(host PRIVATE ProductServices::Guard)
+product_services_deploy(host)
+""", "utf-8")
+    shutil.copy(package / "samples/minimal_hosts/host.c", tmp_path)
+    found = f"-DProductServices_DIR={package}/lib/cmake/ProductServices"
+    for command in (["-G", "Ninja", plain_toolchain, found, "-B", "built", "."], ["--build", "built"]):
+        status, output = run("cmake", *command, cwd=tmp_path)
+        assert status == 0, output
+    assert {"host.exe", "ProductServices.dll", "ProductServicesGuard.dll"} < set(os.listdir(tmp_path / "built"))
+
+
+def test_pkgconf_finds_the_guard_wherever_the_package_is(package, tmp_path):
+    kit = shutil.copytree(package, tmp_path / "my kit")
+    file = kit / "lib/pkgconfig/product-services-guard.pc"
+    status, options = run("pkgconf", "--define-prefix", "--cflags", "--libs", file)
+    assert status == 0 and str(package) not in options, options
+    compiler = ["x86_64-w64-mingw32-gcc-posix", package / "samples/minimal_hosts/host.c", "-o", tmp_path / "host.exe"]
+    assert run(*compiler, *shlex.split(options)) == (0, "")
 
 
 @pytest.mark.parametrize("page, includes", [

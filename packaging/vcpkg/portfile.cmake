@@ -1,0 +1,20 @@
+# An overlay port that builds the checkout it is in: vcpkg install product-services --overlay-ports=<checkout>/packaging/vcpkg
+# Visual Studio needs MFC, and Python polib. A family of your own: VCPKG_CMAKE_CONFIGURE_OPTIONS in the triplet, with
+# -DPRODUCT_FAMILY_DIR=<folder>. This is written after vcpkg's documentation and has not run.
+vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY ONLY_DYNAMIC_CRT)
+get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../.." ABSOLUTE)
+
+vcpkg_cmake_configure(SOURCE_PATH "${SOURCE_PATH}" OPTIONS -DBUILD_TESTING=OFF)
+vcpkg_cmake_install()
+vcpkg_copy_pdbs()
+vcpkg_cmake_config_fixup(PACKAGE_NAME ProductServices CONFIG_PATH lib/cmake/ProductServices)
+vcpkg_fixup_pkgconfig()
+
+file(REMOVE_RECURSE "${CURRENT_PACKAGES_DIR}/debug/include" "${CURRENT_PACKAGES_DIR}/debug/lang")
+file(MAKE_DIRECTORY "${CURRENT_PACKAGES_DIR}/share/${PORT}")
+file(RENAME "${CURRENT_PACKAGES_DIR}/lang" "${CURRENT_PACKAGES_DIR}/share/${PORT}/lang")
+foreach(name CHANGELOG.md LICENSE SECURITY.md)
+    file(REMOVE "${CURRENT_PACKAGES_DIR}/${name}" "${CURRENT_PACKAGES_DIR}/debug/${name}")
+endforeach()
+file(INSTALL "${CMAKE_CURRENT_LIST_DIR}/usage" DESTINATION "${CURRENT_PACKAGES_DIR}/share/${PORT}")
+vcpkg_install_copyright(FILE_LIST "${SOURCE_PATH}/LICENSE")

@@ -1,0 +1,56 @@
+"""Another project that takes in the sources."""
+
+import os
+import re
+
+import pytest
+
+from conftest import REPOSITORY, run
+
+PROJECT = """cmake_minimum_required(VERSION 3.25)
+project(Consumer LANGUAGES C)
+add_subdirectory("${PRODUCT_SERVICES}" product_services)
+add_executable(host host.c)
+target_link_libraries(host PRIVATE ProductServices::Guard)
+product_services_deploy(host)
+"""
+DEPENDENCIES = REPOSITORY / "build/deps"
+CURL = f"-DCURL_DIR={DEPENDENCIES}/x86_64-w64-mingw32/lib/cmake/CURL"
+JSON = f"-DNLOHMANN_JSON_INCLUDE_DIR={DEPENDENCIES}/json"
+
+
+@pytest.fixture
+def configure(plain_toolchain, tmp_path):
+    """Configures the consumer, whose programs go to a folder of its own choice."""
+    (tmp_path / "CMakeLists.txt").write_text(PROJECT, "utf-8")
+    (tmp_path / "host.c").write_text((REPOSITORY / "samples/minimal_hosts/host.c").read_text("utf-8"), "utf-8")
+
+    def run_cmake(*options):
+        return run("cmake", "-G", "Ninja", plain_toolchain, f"-DPRODUCT_SERVICES={REPOSITORY}", "-S", tmp_path,
+                   "-B", tmp_path / "built", f"-DCMAKE_RUNTIME_OUTPUT_DIRECTORY={tmp_path}/programs", *options)
+    return run_cmake
+
+
+def test_it_gets_the_libraries_and_nothing_else(configure, tmp_path):
+    status, output = configure(CURL, JSON)
+    assert status == 0, output
+    ninja = ("ninja", "-C", tmp_path / "built")
+    programs = re.findall(r"programs/(\w+\.\w+)\b", run(*ninja, "-t", "targets", "all")[1])
+    assert set(programs) == {"host.exe", "ProductServices.dll", "ProductServicesGuard.dll"}
+    inputs = re.findall(rf"(?m)^{REPOSITORY}/.*$", run(*ninja, "-t", "inputs", "host")[1])
+    assert len(inputs) > 50 and all(map(os.path.exists, inputs)), inputs
+    assert "BUILD_TESTING" not in (tmp_path / "built/CMakeCache.txt").read_text("utf-8")
+    # Building all would take a minute: one source and one resource script.
+    for name in ("guarded_calls.cpp.obj", "product_services_guard.rc.res"):
+        status, output = run(*ninja, f"product_services/guard/CMakeFiles/ProductServicesGuard.dir/{name}")
+        assert status == 0, output
+
+
+@pytest.mark.parametrize("options, missing", [
+    pytest.param([JSON], "libcurl for Windows is missing: set CURL_DIR", id="libcurl"),
+    pytest.param([CURL], "nlohmann-json is missing: set CURL_DIR and NLOHMANN_JSON_INCLUDE_DIR", id="the JSON library"),
+])
+def test_what_it_lacks_is_named(configure, options, missing):
+    status, output = configure(*options)
+    assert status != 0
+    assert missing in " ".join(output.split())
