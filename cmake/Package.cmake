@@ -43,14 +43,14 @@ foreach(document host-guide installers language-files service troubleshooting ve
     install(FILES "${PROJECT_SOURCE_DIR}/docs/${document}.md" DESTINATION docs)
 endforeach()
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/deps/licenses" DESTINATION .)
-# All texts of the package are there.
+# All texts of the package are there. objcopy writes the time that the environment has, too.
 install(CODE "set(package \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
+    include([==[${CMAKE_CURRENT_LIST_DIR}/SourceDate.cmake]==])
+    read_source_date([==[${PROJECT_SOURCE_DIR}]==])
     execute_process(COMMAND [==[${CMAKE_OBJCOPY}]==] --strip-all \"\${package}/bin/SampleHost.exe\"
         COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/family_texts.py]==]
         [==[${SAMPLE_FAMILY_JSON}]==] [==[${FAMILY_JSON}]==] \"\${package}\" COMMAND_ERROR_IS_FATAL ANY)
-    include([==[${CMAKE_CURRENT_LIST_DIR}/SourceDate.cmake]==])
-    read_source_date([==[${PROJECT_SOURCE_DIR}]==])
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/make_sbom.py]==]
         \"\${package}/product-services.spdx.json\" --family [==[${FAMILY_JSON}]==] --version ${PROJECT_VERSION}
         --commit \"\${SOURCE_COMMIT}\" --deps [==[${PROJECT_SOURCE_DIR}/build/deps]==] COMMAND_ERROR_IS_FATAL ANY)")

@@ -197,8 +197,8 @@ product_services_deploy(host)
 
 def test_pkgconf_finds_the_guard_wherever_the_package_is(package, tmp_path):
     kit = shutil.copytree(package, tmp_path / "my kit")
-    file = kit / "lib/pkgconfig/product-services-guard.pc"
-    status, options = run("pkgconf", "--define-prefix", "--cflags", "--libs", file)
+    status, options = run("pkgconf", "--define-prefix", "--cflags", "--libs", "product-services-guard",
+                          env={**os.environ, "PKG_CONFIG_PATH": str(kit / "lib/pkgconfig")})
     assert status == 0 and str(package) not in options, options
     compiler = ["x86_64-w64-mingw32-gcc-posix", package / "samples/minimal_hosts/host.c", "-o", tmp_path / "host.exe"]
     assert run(*compiler, *shlex.split(options)) == (0, "")
