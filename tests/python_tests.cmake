@@ -32,7 +32,7 @@ file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 # Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
 set(on_debian test_installer test_package test_consumer test_guard test_publisher test_crash test_library_file test_documents
     test_other_languages)
-set(everywhere test_sample_host test_product_family test_product_service test_languages)
+set(everywhere test_sample_host test_guard_programs test_product_family test_product_service test_languages)
 foreach(name IN LISTS everywhere on_debian)
     if(name IN_LIST on_debian AND NOT MINGW)
         continue()
@@ -46,6 +46,7 @@ foreach(name IN LISTS everywhere on_debian)
         set_tests_properties(python.${name} PROPERTIES LABELS debian)
     endif()
 endforeach()
+set_tests_properties(python.test_guard_programs PROPERTIES ${one_at_a_time})
 # The sample host's service has one port, and the sample product one record.
 foreach(name test_sample_host test_installer test_package test_guard)
     if(TEST python.${name})

@@ -1,0 +1,11 @@
+"""Runs the guard's own programs of tests: the DLL, its parts, and the C++ wrapper."""
+
+import pytest
+
+from conftest import REPOSITORY
+
+
+@pytest.mark.parametrize("program", ["guard_tests", "guard_part_tests", "wrapper_tests"])
+def test_every_case_of_the_program_passes(build, wine, program):
+    status, output = wine(build / f"bin/{program}.exe", "--gtest_brief=1", cwd=REPOSITORY / "tests/guard")
+    assert status == 0, output
