@@ -27,7 +27,7 @@ run_clang_tidy() {
   printf '%s\0' "${units[@]}" | xargs -0 -P 2 -n 2 "${command[@]}" -p "$tree" || status=1
   "${command[@]}" samples/minimal_hosts/host.c -- -Iinclude || status=1
   "${command[@]}" samples/minimal_hosts/host.cpp -- -std=c++17 -Iinclude || status=1
-  "${command[@]}" tests/fuzz/*.cpp -- -std=c++20 -Isrc -isystem build/deps/json || status=1
+  "${command[@]}" tests/fuzz/*.cpp -- -std=c++20 -Isrc -Iguard -isystem build/deps/json || status=1
   return "$status"
 }
 

@@ -147,7 +147,7 @@ TEST_F(GuardTest, OpensAnAddressOfTrustedHostsAlone)
             automation::SelectRow(GetDlgItem(center, IDC_UPGRADE_OFFERS), 0);
             automation::Press(center, IDOK);
         });
-        const std::wstring seen = Upgrade(guard);
+        std::wstring seen = Upgrade(guard);
         user.join();
         return seen;
     };
