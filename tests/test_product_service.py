@@ -5,7 +5,7 @@ import os
 import socket
 import ssl
 
-from conftest import ADDRESS, CATALOGUE, each_case, end, run, table
+from conftest import ADDRESS, CATALOGUE, TERMINATION, each_case, end, run, table
 
 UPDATES = "POST /get_updates.php"
 CHECK = "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)"

@@ -12,6 +12,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <import_hook.h>
 #include <iterator>
 
 inline const std::wstring NoUpgrades = L"reported 920: No upgrades found!";
@@ -103,6 +104,14 @@ protected:
     {
         std::filesystem::create_directories(LanguageFile(code).parent_path());
         WriteFile(LanguageFile(code), std::wstring(70, L'\n') + message + std::wstring(18, L'\n'));
+    }
+
+    /// The library of the folder calls `replacement` instead, while the hook lives.
+    template <typename Function>
+    void ReplaceImport(product_services_guard::ImportHook& hook, const char* name, Function* replacement)
+    {
+        const HMODULE library = LoadLibraryW((app / "ProductServices.dll").c_str());
+        EXPECT_TRUE(hook.Install(library, name, reinterpret_cast<void*>(replacement)));
     }
 
     /// How the call ends, such as "reported 920: No upgrades found!".

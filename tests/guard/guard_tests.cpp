@@ -1,11 +1,11 @@
 #include "guard_fixture.h"
 
-#include "support/import_hook.h"
 #include "support/resource_counts.h"
 
 #include "ui/resource.h"
 
 #include <automation.h>
+#include <import_hook.h>
 
 TEST_F(GuardTest, GivesBackWhatEachCallReports)
 {
@@ -104,7 +104,8 @@ static int WINAPI NoteShown(HWND, const wchar_t* message, const wchar_t*, UINT)
 
 TEST_F(GuardTest, WithholdsTheMessageOfAQuietCheckAlone)
 {
-    ReplaceImport(LoadLibraryW((app / "ProductServices.dll").c_str()), "MessageBoxW", NoteShown);
+    product_services_guard::ImportHook hook;
+    ReplaceImport(hook, "MessageBoxW", NoteShown);
     service.Answer("");
     record.options = PRODUCT_SERVICES_QUIET;
     EXPECT_EQ(Check(Guard(app)), L"message withheld: You are running the latest version");
@@ -138,7 +139,8 @@ NoteOpened(HWND, const wchar_t*, const wchar_t* file, const wchar_t*, const wcha
 
 TEST_F(GuardTest, OpensAnAddressOfTrustedHostsAlone)
 {
-    ReplaceImport(LoadLibraryW((app / "ProductServices.dll").c_str()), "ShellExecuteW", NoteOpened);
+    product_services_guard::ImportHook hook;
+    ReplaceImport(hook, "ShellExecuteW", NoteOpened);
     const Guard guard(app);
     service.Answer(R"([{"name":"X","version":"2","url":"https://shop.example/x"}])");
     const auto buy = [&] {
