@@ -30,6 +30,13 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/samples/minimal_hosts" "${PROJECT_SOURC
     DESTINATION samples PATTERN automation/CMakeLists.txt EXCLUDE)
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION samples/host RENAME CMakeLists.txt)
 install(FILES "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)
+# What the sample host's doctor takes from the library and its guard.
+foreach(source IN LISTS DOCTOR_LIBRARY_SOURCES)
+    string(REGEX REPLACE "^(src|guard)/" "" place "${source}")
+    get_filename_component(place "samples/host/library/${place}" DIRECTORY)
+    install(FILES "${PROJECT_SOURCE_DIR}/${source}" DESTINATION "${place}")
+endforeach()
+install(DIRECTORY "${NLOHMANN_JSON_INCLUDE_DIR}/nlohmann" DESTINATION samples/host/library)
 install(FILES "${PROJECT_SOURCE_DIR}/samples/installer/sample_host.wxs"
     "${PROJECT_SOURCE_DIR}/samples/installer/sample_host_all_users.wxs"
     "${PROJECT_SOURCE_DIR}/samples/installer/sample_host.iss" "${PROJECT_SOURCE_DIR}/samples/installer/sample_host.nsi"

@@ -11,6 +11,9 @@ file(WRITE "${over_tls_dir}/family/product_family.json" "${json}")
 make_family_headers("${over_tls_dir}/family/product_family.json" "${over_tls_dir}/family")
 add_product_services_library(ProductServicesOverTls ProductServices "${over_tls_dir}/family" "${sample_family_dir}")
 set_target_properties(ProductServicesOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
+# The sample host whose doctor asks that address.
+add_sample_host(HostOverTls "${over_tls_dir}/family")
+set_target_properties(HostOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
 add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
     COMMAND ${CMAKE_COMMAND} -E copy_directory "${lang_dir}" "${over_tls_dir}/lang"
     COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:SampleHost> $<TARGET_FILE:ProductServicesGuard> "${over_tls_dir}"
@@ -30,7 +33,7 @@ endif()
 
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 # Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
-set(on_debian test_installer test_package test_consumer test_guard test_publisher test_crash test_library_file test_documents
+set(on_debian test_doctor test_installer test_package test_consumer test_guard test_publisher test_crash test_library_file test_documents
     test_other_languages)
 set(everywhere test_sample_host test_guard_programs test_product_family test_product_service test_languages)
 foreach(name IN LISTS everywhere on_debian)
@@ -48,7 +51,7 @@ foreach(name IN LISTS everywhere on_debian)
 endforeach()
 set_tests_properties(python.test_guard_programs PROPERTIES ${one_at_a_time})
 # The sample host's service has one port, and the sample product one record.
-foreach(name test_sample_host test_installer test_package test_guard)
+foreach(name test_sample_host test_doctor test_installer test_package test_guard)
     if(TEST python.${name})
         set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK sample_product)
     endif()

@@ -1,4 +1,5 @@
 // A host application with all that one needs: its command line and its window make guarded calls.
+#include "doctor/doctor.h"
 #include "main_window.h"
 #include "product_call.h"
 #include "sample_product.h"
@@ -6,6 +7,7 @@
 #include "user_language.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cwchar>
 #include <optional>
 #include <string_view>
@@ -16,6 +18,9 @@ constexpr wchar_t Usage[] =
     L"SampleHost         ...     opens the sample host's window\n"
     L"SampleHost check   ...     calls CheckForUpdates and prints the outcome\n"
     L"SampleHost upgrade ...     calls Upgrade and prints the outcome\n"
+    L"SampleHost doctor  ...     looks for what keeps the calls from working, and changes nothing; the "
+    L"status is 1\n"
+    L"                           where something is wrong\n"
     L"\n"
     L"  --product NAME           the calling product (" SAMPLE_PRODUCT_NAME L")\n"
     L"  --version TEXT           its version (2026.1)\n"
@@ -24,6 +29,7 @@ constexpr wchar_t Usage[] =
     L"  --trusted-hosts LIST     the hosts that an address may lead to "
     L"(" SAMPLE_PRODUCT_TRUSTED_HOSTS L"), or any\n"
     L"  --quiet                  a check that shows no message\n"
+    L"  --json                   what the doctor finds as JSON\n"
     L"  --unattended             press the buttons of what the library shows, and print what it says\n"
     L"  --buy N                  buy offer N when unattended (0: leave the upgrade center)\n"
     L"  --look MS                look at a window for so long before pressing when unattended (0)\n";
@@ -32,6 +38,8 @@ struct Options
 {
     /// Null opens the window.
     ProductCall call = nullptr;
+    bool isDoctor = false;
+    doctor::Output output = doctor::Output::Lines;
     product_services::Product product;
     bool isUnattended = false;
     UnattendedUser user;
@@ -80,6 +88,10 @@ std::optional<Options> ReadOptions(int argc, wchar_t** argv)
             options.call = product_services::CheckForUpdates;
         } else if (i == 1 && name == L"upgrade") {
             options.call = product_services::Upgrade;
+        } else if (i == 1 && name == L"doctor") {
+            options.isDoctor = true;
+        } else if (name == L"--json" && options.isDoctor) {
+            options.output = doctor::Output::Json;
         } else if (name == L"--quiet") {
             options.product.options |= PRODUCT_SERVICES_QUIET;
         } else if (name == L"--unattended") {
@@ -103,6 +115,14 @@ void RunCommand(Options& options)
     PrintLine(L"outcome: " + outcome);
 }
 
+[[noreturn]] void RunDoctor(const Options& options)
+{
+    const bool isWell = doctor::Examine(
+        {options.product, SAMPLE_PRODUCT_SERVICE_ADDRESS, SAMPLE_PRODUCT_RECORD_PATH}, options.output);
+    std::fflush(stdout);
+    std::_Exit(isWell ? 0 : 1);
+}
+
 } // namespace
 
 int wmain(int argc, wchar_t** argv)
@@ -111,6 +131,9 @@ int wmain(int argc, wchar_t** argv)
     if (!options) {
         std::fputws((Usage + (L"\n  " + LanguageIds()) + L"\n").c_str(), stderr);
         return 2;
+    }
+    if (options->isDoctor) {
+        RunDoctor(*options);
     }
     if (options->call) {
         RunCommand(*options);

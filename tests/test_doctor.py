@@ -1,0 +1,81 @@
+"""The sample host's doctor, on a machine where all is well and on broken ones."""
+
+import json
+import re
+import shutil
+
+import pytest
+
+from conftest import MAKER_KEY, REPOSITORY
+
+KEY = "DRAFT-2026-DEMO"
+RECORD = MAKER_KEY + r"\Products\Doctor\2026.1"
+PAGE = "docs/troubleshooting.md"
+WELL = {"key": ("REG_SZ", KEY), "encoding": "utf-16-le", "service": (), "library": "ProductServices.dll",
+        "trusted": "localhost:18443"}
+
+
+@pytest.fixture
+def doctor(build, wine, service, tmp_path):
+    """Runs the doctor on a machine that is well but for what is given: its status and its lines."""
+    def examine(*arguments, **broken):
+        machine = {**WELL, **broken}
+        for file in ("over_tls/HostOverTls.exe", "bin/ProductServicesGuard.dll"):
+            shutil.copy(build / file, tmp_path)
+        shutil.copy(build / "over_tls/ProductServices.dll", tmp_path / machine["library"])
+        if machine["encoding"]:
+            texts = (build / "over_tls/lang/DE/Vemo_DE.lang").read_text("utf-16-le")
+            (tmp_path / "lang/DE").mkdir(parents=True)
+            (tmp_path / "lang/DE/Vemo_DE.lang").write_bytes(texts.encode(machine["encoding"]))
+        if machine["key"]:
+            wine("reg", "add", RECORD, "/v", "version", "/d", "2026.1", "/f")
+            wine("reg", "add", RECORD, "/v", "key", "/t", machine["key"][0], "/d", machine["key"][1], "/f")
+        if machine["service"] is not None:
+            service(*machine["service"], port=18443)
+        status, output = wine(tmp_path / "HostOverTls.exe", "doctor", "--product", "Doctor", "--language", "140",
+                              "--trusted-hosts", machine["trusted"], *arguments, cwd=tmp_path)
+        return status, output.splitlines()
+    yield examine
+    wine("reg", "delete", MAKER_KEY + r"\Products\Doctor", "/f")
+
+
+def test_a_healthy_machine_is_well_and_its_keys_stay_secret(doctor):
+    status, lines = doctor("--json")
+    findings = json.loads("\n".join(lines))
+    sentences = {finding["check"]: finding["sentence"] for finding in findings}
+    assert [finding for finding in findings if finding["state"] == "wrong"] == []
+    assert status == 0
+    assert sentences["record's key"] == "REG_SZ, DRAF... (15 characters)"
+    assert sentences["update query"] == "3 offers, all to trusted hosts"
+    assert "https://localhost:18443/buy/" in sentences["quiet check"]
+    assert KEY not in str(findings)
+
+
+@pytest.mark.parametrize("broken, line", [
+    pytest.param({"key": None}, "record: there is no Software", id="no record"),
+    pytest.param({"key": ("REG_DWORD", "1")}, "record's key: is REG_DWORD and must be REG_SZ", id="a key of no text"),
+    pytest.param({"encoding": None}, "language file: is not there", id="no language file"),
+    pytest.param({"encoding": "utf-8"}, "language file: is not UTF-16", id="a language file in UTF-8"),
+    pytest.param({"service": None}, "connection: 127.", id="the service is down"),
+    pytest.param({"service": ("--check-answer", "0")}, 'probe: /check.php answers "0"', id="another probe's answer"),
+    pytest.param({"service": ("--answer", "refusal")}, "update query: the service refuses with status 0", id="refusal"),
+    pytest.param({"trusted": "a.example"}, "update query: offer 1 of 3 leads to none", id="an untrusted address"),
+    pytest.param({"library": "Other.dll"}, "ProductServices.dll: is missing", id="no DLL")])
+def test_what_is_broken_is_called_wrong_and_leads_to_its_row(doctor, broken, line):
+    status, lines = doctor(**broken)
+    wrong = "\n".join(found for found in lines if found.startswith("wrong"))
+    assert re.search(rf"(?m)^wrong  {re.escape(line)}.* -> {PAGE}#[\w-]+$", wrong), "\n".join(lines)
+    assert status == 1
+
+
+def test_the_doctor_knows_the_headings_of_the_page():
+    rows = (REPOSITORY / "samples/host/doctor/rows.h").read_text("utf-8")
+    headings = re.findall("(?m)^## (.*)", (REPOSITORY / PAGE).read_text("utf-8"))
+    anchors = [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
+    assert re.findall('= L"(.*)"', rows) == anchors
+
+
+def test_an_unknown_option_gets_the_usage(wine, build):
+    status, output = wine(build / "over_tls/HostOverTls.exe", "doctor", "--xml")
+    assert status == 2
+    assert "SampleHost doctor" in output
