@@ -14,7 +14,7 @@ import pytest
 WINDOWS = os.name == "nt"
 REPOSITORY = pathlib.Path(__file__).parent.parent
 ADDRESS = os.environ["TESTS_ADDRESS"]
-OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8"}
+OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8", "errors": "surrogateescape"}
 CATALOGUE = (REPOSITORY / "tools/catalogue.json").read_text("utf-8")
 # What ends a service in order.
 INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)

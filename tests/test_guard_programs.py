@@ -1,11 +1,15 @@
 """Runs the guard's own programs of tests: the DLL, its parts, and the C++ wrapper."""
 
+import os
+
 import pytest
 
 from conftest import REPOSITORY
 
+TESTS = {**os.environ, "TESTS_DIR": str(REPOSITORY / "tests")}
+
 
 @pytest.mark.parametrize("program", ["guard_tests", "guard_part_tests", "wrapper_tests"])
 def test_every_case_of_the_program_passes(build, wine, program):
-    status, output = wine(build / f"bin/{program}.exe", "--gtest_brief=1", cwd=REPOSITORY / "tests/guard")
+    status, output = wine(build / f"bin/{program}.exe", "--gtest_brief=1", cwd=build, env=TESTS)
     assert status == 0, output

@@ -1,3 +1,4 @@
+#include "support/data_file.h"
 #include "support/test_folder.h"
 #include "text/default_texts.h"
 #include "text/language_code.h"
@@ -6,7 +7,6 @@
 #include <climits>
 #include <gtest/gtest.h>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 using namespace product_services;
@@ -19,7 +19,7 @@ using Texts = std::vector<std::wstring>;
 std::map<int, std::wstring> ReadTable(const char* name)
 {
     std::map<int, std::wstring> table;
-    const auto tables = nlohmann::json::parse(std::ifstream(TESTS_DIR "/core/texts.json"));
+    const auto tables = ReadDataFile("core/texts.json");
     for (const auto& [number, text] : tables.at(name).get<std::map<std::string, std::string>>()) {
         table[std::stoi(number)] = {text.begin(), text.end()};
     }

@@ -1,6 +1,6 @@
 // What UseWindowsProxy decides, for settings as Windows has them.
-#include "data_file.h"
 #include "proxy_decision.h"
+#include "support/data_file.h"
 
 #include <gtest/gtest.h>
 
@@ -11,17 +11,17 @@ namespace {
 // In the order of ProductServicesProxy.
 constexpr const char* Outcomes[]{"none", "taken", "kept", "failed"};
 
-std::wstring Text(const nlohmann::json& row, const char* member)
+std::wstring Text(const nlohmann::ordered_json& row, const char* member)
 {
     return Wide(row.value(member, ""));
 }
 
-ProxyDecision Decide(const nlohmann::json& row)
+ProxyDecision Decide(const nlohmann::ordered_json& row)
 {
     const ProxySettings settings{row.value("error", 0U), Text(row, "proxies"), Text(row, "exceptions")};
     const std::string own = row.value("the host's own", "");
-    const nlohmann::json service =
-        row.value("service", nlohmann::json("https://svc.corp.test:18443/updates"));
+    const nlohmann::ordered_json service =
+        row.value("service", nlohmann::ordered_json("https://svc.corp.test:18443/updates"));
     const std::wstring address = service.is_null() ? L"" : Wide(service);
     return DecideProxy(
         settings, service.is_null() ? nullptr : address.c_str(), {own == "proxy", own == "exceptions"});
@@ -31,7 +31,7 @@ ProxyDecision Decide(const nlohmann::json& row)
 
 TEST(ProxyDecision, FollowsTheSettingsOfWindows)
 {
-    const nlohmann::json cases = ReadDataFile("proxies.json");
+    const nlohmann::ordered_json cases = ReadDataFile("guard/proxies.json");
     for (const auto& [name, row] : cases.items()) {
         SCOPED_TRACE(name);
         const ProxyDecision decision = Decide(row);

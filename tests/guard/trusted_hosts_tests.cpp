@@ -1,5 +1,5 @@
-#include "data_file.h"
 #include "plain_address.h"
+#include "support/data_file.h"
 #include "trusted_hosts.h"
 #include "windows_address.h"
 
@@ -16,7 +16,7 @@ constexpr wchar_t List[] = L"example.com; *.shop.example ;Port.example:8443;xn--
 
 TEST(TrustedHosts, TakeThePlainAddressesOfTheList)
 {
-    const nlohmann::json addresses = ReadDataFile("addresses.json").at("trusted");
+    const auto addresses = ReadDataFile("guard/addresses.json").at("trusted");
     for (const auto& [name, address] : addresses.items()) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(IsTrustedAddress(Wide(address), List));
@@ -28,7 +28,7 @@ TEST(TrustedHosts, TakeThePlainAddressesOfTheList)
 
 TEST(TrustedHosts, RefuseWhatIsNotOnTheListOrCouldBeReadInTwoWays)
 {
-    const nlohmann::json addresses = ReadDataFile("addresses.json").at("not trusted");
+    const auto addresses = ReadDataFile("guard/addresses.json").at("not trusted");
     for (const auto& [name, address] : addresses.items()) {
         SCOPED_TRACE(name);
         EXPECT_FALSE(IsTrustedAddress(Wide(address), List));

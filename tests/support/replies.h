@@ -1,8 +1,8 @@
 // Replies of the service and what they lead to, from replies.json.
 #pragma once
 
-#include <fstream>
-#include <nlohmann/json.hpp>
+#include "data_file.h"
+
 #include <string>
 #include <vector>
 
@@ -17,7 +17,7 @@ struct Reply
 inline std::vector<Reply> RepliesTo(const std::string& call)
 {
     std::vector<Reply> replies;
-    const auto cases = nlohmann::ordered_json::parse(std::ifstream(TESTS_DIR "/library/replies.json"));
+    const auto cases = ReadDataFile("library/replies.json");
     for (const auto& [name, found] : cases.items()) {
         if (found.contains(call)) {
             const std::string text = found.contains("json") ? found["json"].dump() : found.value("text", "");

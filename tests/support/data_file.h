@@ -1,15 +1,19 @@
 // Tables of cases that stand in JSON files beside the tests.
 #pragma once
 
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <windows.h>
 
-inline nlohmann::json ReadDataFile(const std::string& name)
+/// The file of that name below the folder of the tests, which ctest tells.
+inline nlohmann::ordered_json ReadDataFile(const char* name)
 {
-    std::ifstream file(name); // in the working directory
-    return nlohmann::json::parse(file);
+    const wchar_t* folder = _wgetenv(L"TESTS_DIR");
+    std::ifstream file(std::filesystem::path(folder ? folder : L".") / name);
+    return nlohmann::ordered_json::parse(file);
 }
 
 inline std::wstring Wide(const std::string& utf8)
