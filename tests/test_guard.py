@@ -1,13 +1,14 @@
-"""Guarded calls from a host in C, with signed libraries; the proxy of Windows."""
+"""The proxy of Windows, taken over by a host in C."""
 
 import functools
 import http.server
+import shutil
 import struct
 import threading
 
 import pytest
 
-from conftest import ADDRESS, MAKER_KEY, run
+from conftest import ADDRESS, MAKER_KEY
 
 PROXY_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\Connections"
 PROXY_VALUE = "/v", "DefaultConnectionSettings", "/f"
@@ -17,15 +18,12 @@ NO_CONNECTION = "upgrade 1 940: For upgrade center to appear, you need a stable 
 
 @pytest.fixture
 def host(build, tmp_path, wine):
-    """Runs the host with its libraries, all signed, in a folder of its own, and returns its lines."""
+    """Runs the host with its libraries in a folder of its own, and returns its lines."""
     record = MAKER_KEY + r"\Products\Guarded\1"
     wine("reg", "add", record, "/v", "key", "/d", "any", "/f")
     wine("reg", "add", record, "/v", "version", "/d", "any", "/f")
-    run(*"openssl req -x509 -newkey rsa:2048 -nodes -subj /CN=C -keyout key -out certificate".split(), cwd=tmp_path)
     for file in ("over_tls/ProductServices.dll", "bin/ProductServicesGuard.dll", "bin/guard_host.exe"):
-        files = ("-in", build / file, "-out", (build / file).name)
-        status, output = run(*"osslsigncode sign -certs certificate -key key".split(), *files, cwd=tmp_path)
-        assert status == 0, output
+        shutil.copy(build / file, tmp_path)
 
     def run_host(*calls):
         status, output = wine(tmp_path / "guard_host.exe", *calls, cwd=tmp_path)
@@ -33,14 +31,6 @@ def host(build, tmp_path, wine):
         return output.splitlines()
     yield run_host
     wine("reg", "delete", MAKER_KEY + r"\Products\Guarded", "/f")
-
-
-def test_a_host_in_c_with_signed_libraries(host, service, tmp_path):
-    (tmp_path / "reply").write_text("<html>503</html>")
-    service("--answer-file", "reply", port=18443)
-    bare, check = host("bare", "check")
-    assert bare == "bare 0: "
-    assert check.startswith("check 2 -1: [json.exception.parse_error.101]")
 
 
 @pytest.fixture
