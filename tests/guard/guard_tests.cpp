@@ -228,33 +228,22 @@ TEST_F(GuardTest, GivesTheTextOfAnErrorInUtf16)
     }
 }
 
-TEST_F(GuardTest, GivesErrorsOfAnyKindAndLength)
+TEST_F(GuardTest, GivesASentenceForWhatIsNoException)
+{
+    InstallLibrary(app, "stand_in_library.dll");
+    const Guard guard(app);
+    record.productName = L"";
+    EXPECT_EQ(Check(guard), L"call failed: An error without a text left the call.");
+}
+
+TEST_F(GuardTest, CutsAnErrorThatIsLongerThanTheRoom)
 {
     InstallLibrary(app, "stand_in_library.dll");
     const Guard guard(app);
     text.resize(0x100001);
     record.text = text.data();
     record.textCapacity = 0x100001;
-    const std::wstring longest(0xFFFFF, L'x');
-    struct
-    {
-        const char* name;
-        const wchar_t* bytes;
-        const wchar_t* times;
-        std::wstring seen;
-    } const cases[]{
-        {"no std::exception", L"", L"0", L"An error without a text left the call."},
-        {"an empty text", L"x", L"0", L""},
-        {"a text that is no UTF-8", L"a\xFF!", L"1", L"a\xFFFD!"},
-        {"as long as the room", L"x", L"1048575", longest},
-        {"longer than the room", L"x", L"1048576", longest},
-    };
-    for (const auto& [name, bytes, times, seen] : cases) {
-        SCOPED_TRACE(name);
-        record.productName = bytes;
-        record.productVersion = times;
-        EXPECT_TRUE(Check(guard) == L"call failed: " + seen);
-    }
+    EXPECT_TRUE(Check(guard) == L"call failed: " + std::wstring(0xFFFFF, L'x'));
 }
 
 TEST_F(GuardTest, GivesTheLibraryRoomForTheLargestLanguageFile)

@@ -63,13 +63,3 @@ TEST_F(LibraryOfTheGuard, SaysWhyALibraryCannotBeCalledAndCallsItWhenItIsMended)
         EXPECT_EQ(Upgrade(guard), NoUpgrades);
     }
 }
-
-TEST_F(LibraryOfTheGuard, NamesAnErrorOfWindowsThatItHasNoSentenceFor)
-{
-    InstallLibrary(app, "stand_in_library.dll");
-    const Guard guard(app);
-    SetEnvironmentVariableW(L"STAND_IN_FAILS", L"1");
-    EXPECT_EQ(Check(guard), L"not called: ProductServices.dll could not be loaded (Windows error 1114).");
-    SetEnvironmentVariableW(L"STAND_IN_FAILS", nullptr);
-    EXPECT_TRUE(Upgrade(guard).starts_with(L"reported 920"));
-}
