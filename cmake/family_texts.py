@@ -11,6 +11,7 @@ import pathlib
 import re
 import sys
 import urllib.parse
+import uuid
 import xml.sax.saxutils
 
 NAMES = "maker", "package_id", "product"
@@ -98,6 +99,13 @@ def count_body(text):
                   lambda found: f"Content-Length: {len(found[2].encode())}{found[1]}{found[2]}", text)
 
 
+def own_guids(text, family):
+    """An installer's identifiers, which no other maker's may share: removing one product would leave files of both."""
+    def own(guid):
+        return f'{guid[1]}="{str(uuid.uuid5(uuid.UUID(guid[2]), family["package_id"])).upper()}"'
+    return re.sub(r'(Guid|UpgradeCode)="([0-9A-F-]{36})"', own, text)
+
+
 def drop_links(text, folder):
     def replace(link):
         is_there = "://" in link[2] or (folder / link[2].partition("#")[0]).exists()
@@ -125,6 +133,8 @@ def main(sample_file, family_file, folder):
             text = fill_markdown(drop_links(path.read_text("utf-8"), path.parent), pairs)
         elif path.suffix in ESCAPES:
             text = fill_text(path.read_text("utf-8"), pairs, ESCAPES[path.suffix])
+            if path.suffix == ".wxs" and family != sample:
+                text = own_guids(text, family)
         else:
             continue
         path.write_text(text, "utf-8", newline="")

@@ -130,6 +130,14 @@ def test_another_makers_package_does_not_name_the_sample(strange_kit):
             assert not sample.search(read(path)), path
 
 
+def test_another_makers_installer_shares_no_identifier_with_the_samples(strange_kit):
+    guid = "[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}"
+    ours = re.findall(guid, read(REPOSITORY / "samples/installer/sample_host.wxs"))
+    theirs = re.findall(guid, read(strange_kit / "samples/installer/sample_host.wxs"))
+    assert len(set(theirs)) == len(ours) > 10
+    assert set(theirs).isdisjoint(ours)
+
+
 def test_the_links_of_another_makers_documents_lead_somewhere(strange_kit):
     for path in strange_kit.rglob("*.md"):
         assert path.stem == "CHANGELOG" or "1.0.0" not in read(path), path
