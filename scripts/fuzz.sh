@@ -6,14 +6,14 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/lib/say.sh
 
-# fuzz SECONDS TARGET SOURCE...: builds tests/fuzz/TARGET.cpp with the sources and runs it.
+# fuzz SECONDS TARGET SOURCE...: builds scripts/fuzz/TARGET.cpp with the sources and runs it.
 fuzz() {
   local folder=build/fuzz/$2
   mkdir -p "$folder/corpus"
   say "Building $2"
   clang++ -std=c++20 -O1 -g -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
-    -Isrc -Iguard -isystem build/deps/json -o "$folder/$2" "tests/fuzz/$2.cpp" "${@:3}"
-  cp "tests/fuzz/seeds/$2"/* "$folder/corpus/"
+    -Isrc -Iguard -isystem build/deps/json -o "$folder/$2" "scripts/fuzz/$2.cpp" "${@:3}"
+  cp "scripts/fuzz/seeds/$2"/* "$folder/corpus/"
   say "Fuzzing for $1 seconds"
   (cd "$folder" && "./$2" -max_total_time="$1" -print_final_stats=1 corpus) >"$folder/fuzz.log" 2>&1 \
     || { tail -n 40 "$folder/fuzz.log" >&2; fail "The fuzzer found something; see $folder."; }

@@ -27,7 +27,7 @@ run_clang_tidy() {
   printf '%s\0' "${units[@]}" | xargs -0 -P 2 -n 2 "${command[@]}" -p "$tree" || status=1
   "${command[@]}" samples/minimal_hosts/host.c -- -Iinclude || status=1
   "${command[@]}" samples/minimal_hosts/host.cpp -- -std=c++17 -Iinclude || status=1
-  "${command[@]}" tests/fuzz/*.cpp -- -std=c++20 -Isrc -Iguard -isystem build/deps/json || status=1
+  "${command[@]}" scripts/fuzz/*.cpp -- -std=c++20 -Isrc -Iguard -isystem build/deps/json || status=1
   return "$status"
 }
 
@@ -62,7 +62,7 @@ PROGRAM
 
 ./setup.sh clang-format clang-tidy doxygen flake8 shellcheck
 mapfile -t sources < <(git ls-files '*.c' '*.cpp' '*.h' '*.hpp')
-mapfile -t units < <(git ls-files '*.cpp' ':!samples/minimal_hosts' ':!tests/fuzz')
+mapfile -t units < <(git ls-files '*.cpp' ':!samples/minimal_hosts' ':!scripts/fuzz')
 mapfile -t python < <(git ls-files '*.py')
 mapfile -t shell < <(git ls-files '*.sh' .ci/run)
 

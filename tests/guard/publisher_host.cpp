@@ -1,9 +1,7 @@
 // Verifies files: publisher_host (PATH PUBLISHER OPTION)..., where an empty text is null. With the option
-// read or write this program has the file open meanwhile, with repeat it verifies it a hundred times more,
-// and a number is what is found wrong with the signer's certificates besides (CERT_TRUST_STATUS, in
-// hexadecimal).
+// read or write this program has the file open meanwhile; a number is what is found wrong with the signer's
+// certificates besides (CERT_TRUST_STATUS, in hexadecimal).
 #include "product_services/product_services.hpp"
-#include "support/resource_counts.h"
 
 #include <import_hook.h>
 
@@ -29,19 +27,6 @@ static BOOL WINAPI FindErrors(
     return isBuilt;
 }
 
-static void Repeat(const wchar_t* path, const wchar_t* publisher)
-{
-    auto handles = CountKernelHandles(), bytes = CountPrivateBytes();
-    for (int i = 0; i < 100; ++i) {
-        product_services::VerifyPublisher(path, publisher);
-    }
-    handles = CountKernelHandles() - handles;
-    bytes = CountPrivateBytes() - bytes;
-    if (handles > 10 || bytes > 200'000) {
-        std::printf("%td handles and %td bytes more: ", handles, bytes);
-    }
-}
-
 static void VerifyOne(const wchar_t* path, const wchar_t* publisher, std::wstring_view option)
 {
     HANDLE file = nullptr;
@@ -50,9 +35,6 @@ static void VerifyOne(const wchar_t* path, const wchar_t* publisher, std::wstrin
         file = CreateFileW(path, access, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
     }
     certificateErrors = std::wcstoul(option.data(), nullptr, 16);
-    if (option == L"repeat") {
-        Repeat(path, publisher);
-    }
     wchar_t text[200] = L"";
     const auto found = VerifyPublisher(*path ? path : nullptr, *publisher ? publisher : nullptr, text, 200);
     std::printf("%u %ls\n", found, text);

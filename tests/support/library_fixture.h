@@ -191,7 +191,7 @@ private:
         }
         Outcome outcome = Nothing;
         if (called.resultCode != Untouched) {
-            outcome = std::to_wstring(called.resultCode) + L" " + text.c_str();
+            outcome = std::to_wstring(called.resultCode) + L" " + text.substr(0, text.find(L'\0'));
         } else {
             EXPECT_EQ(text.front(), L'#') << "a text without a code";
         }

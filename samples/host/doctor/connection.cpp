@@ -33,7 +33,7 @@ Addresses LookUp(const Server& server)
     if (GetAddrInfoW(server.host.c_str(), server.port.c_str(), &hints, &addresses) != 0) {
         return nullptr;
     }
-    return Addresses(addresses, Freed());
+    return {addresses, Freed()};
 }
 
 std::wstring NumberOf(const ADDRINFOW& address)

@@ -40,14 +40,14 @@ std::wstring Day(const FILETIME& time)
 std::wstring ReadCertificate(HINTERNET request)
 {
     const CERT_CONTEXT* certificate = nullptr;
-    DWORD size = sizeof certificate;
+    DWORD size = sizeof(void*);
     if (!WinHttpQueryOption(request, WINHTTP_OPTION_SERVER_CERT_CONTEXT, &certificate, &size)) {
         return {};
     }
-    const std::wstring text = L"for " + NameIn(certificate, 0) + L", issued by " +
-                              NameIn(certificate, CERT_NAME_ISSUER_FLAG) + L", valid from " +
-                              Day(certificate->pCertInfo->NotBefore) + L" to " +
-                              Day(certificate->pCertInfo->NotAfter);
+    std::wstring text = L"for " + NameIn(certificate, 0) + L", issued by " +
+                        NameIn(certificate, CERT_NAME_ISSUER_FLAG) + L", valid from " +
+                        Day(certificate->pCertInfo->NotBefore) + L" to " +
+                        Day(certificate->pCertInfo->NotAfter);
     CertFreeCertificateContext(certificate);
     return text;
 }
