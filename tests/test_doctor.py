@@ -6,7 +6,7 @@ import shutil
 
 import pytest
 
-from conftest import MAKER_KEY, REPOSITORY
+from conftest import MAKER_KEY, REPOSITORY, each_case
 
 KEY = "DRAFT-2026-DEMO"
 RECORD = MAKER_KEY + r"\Products\Doctor\2026.1"
@@ -51,20 +51,11 @@ def test_a_healthy_machine_is_well_and_its_keys_stay_secret(doctor):
     assert KEY not in str(findings)
 
 
-@pytest.mark.parametrize("broken, line", [
-    pytest.param({"key": None}, "record: there is no Software", id="no record"),
-    pytest.param({"key": ("REG_DWORD", "1")}, "record's key: is REG_DWORD and must be REG_SZ", id="a key of no text"),
-    pytest.param({"encoding": None}, "language file: is not there", id="no language file"),
-    pytest.param({"encoding": "utf-8"}, "language file: is not UTF-16", id="a language file in UTF-8"),
-    pytest.param({"service": None}, "connection: 127.", id="the service is down"),
-    pytest.param({"service": ("--check-answer", "0")}, 'probe: /check.php answers "0"', id="another probe's answer"),
-    pytest.param({"service": ("--answer", "refusal")}, "update query: the service refuses with status 0", id="refusal"),
-    pytest.param({"trusted": "a.example"}, "update query: offer 1 of 3 leads to none", id="an untrusted address"),
-    pytest.param({"library": "Other.dll"}, "ProductServices.dll: is missing", id="no DLL")])
-def test_what_is_broken_is_called_wrong_and_leads_to_its_row(doctor, broken, line):
+@each_case("sample_host/broken_machines.json", "broken, says")
+def test_what_is_broken_is_called_wrong_and_leads_to_its_row(doctor, broken, says):
     status, lines = doctor(**broken)
     wrong = "\n".join(found for found in lines if found.startswith("wrong"))
-    assert re.search(rf"(?m)^wrong  {re.escape(line)}.* -> {PAGE}#[\w-]+$", wrong), "\n".join(lines)
+    assert re.search(rf"(?m)^wrong  {re.escape(says)}.* -> {PAGE}#[\w-]+$", wrong), "\n".join(lines)
     assert status == 1
 
 
@@ -73,9 +64,3 @@ def test_the_doctor_knows_the_headings_of_the_page():
     headings = re.findall("(?m)^## (.*)", (REPOSITORY / PAGE).read_text("utf-8"))
     anchors = [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
     assert re.findall('= L"(.*)"', rows) == anchors
-
-
-def test_an_unknown_option_gets_the_usage(wine, build):
-    status, output = wine(build / "over_tls/HostOverTls.exe", "doctor", "--xml")
-    assert status == 2
-    assert "SampleHost doctor" in output

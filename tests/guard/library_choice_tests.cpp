@@ -45,8 +45,6 @@ TEST_F(LibraryOfTheGuard, SaysWhyALibraryCannotBeCalledAndCallsItWhenItIsMended)
          isAnother},
         {"a later version", [&](const Path& library) { Patch(library, version + '\1', version + '\2'); },
          otherVersion},
-        {"an earlier version", [&](const Path& library) { Patch(library, version + '\1', version + '\0'); },
-         otherVersion},
     };
     InstallLibrary(std::filesystem::current_path());
     service.Answer("");
