@@ -11,21 +11,6 @@ from conftest import REPOSITORY, run, table
 SAMPLE = REPOSITORY / "product_family/sample"
 VERSIONS = table("library/versions.json")
 WINDOWS = "advapi32 bcrypt comctl32 crypt32 gdi32 kernel32 msvcrt ole32 oleaut32 shell32 shlwapi user32 ws2_32".split()
-WS_POPUP, WS_CHILD, WS_VISIBLE, WS_BORDER, WS_SYSMENU = 0x80000000, 0x40000000, 0x10000000, 0x800000, 0x80000
-WS_GROUP, WS_TABSTOP, DS_SETFONT, DS_FIXEDSYS, DS_3DLOOK = 0x20000, 0x10000, 0x40, 0x8, 0x4
-BS_DEFPUSHBUTTON, LVS_REPORT, LVS_SINGLESEL, LVS_ALIGNLEFT = 0x1, 0x1, 0x4, 0x800
-SHOWN, LIST = WS_CHILD | WS_VISIBLE, LVS_REPORT | LVS_SINGLESEL | LVS_ALIGNLEFT
-DIALOG = f"""\
-331 DIALOGEX 0, 0, 442, 259
-STYLE {WS_POPUP | WS_BORDER | WS_SYSMENU | DS_SETFONT | DS_FIXEDSYS | DS_3DLOOK:#x}
-FONT 8, "MS Shell Dlg", 400, 0, 1
-BEGIN
-  DEFPUSHBUTTON "Upgrade", 1, 316, 238, 50, 14, {SHOWN | WS_TABSTOP | BS_DEFPUSHBUTTON:#x}
-  PUSHBUTTON "Cancel", 2, 376, 238, 50, 14, {SHOWN | WS_TABSTOP:#x}
-  CONTROL "", 1031, "SYSLISTVIEW32", {SHOWN | WS_TABSTOP | WS_BORDER | LIST:#x}, 166, 30, 259, 201
-  LTEXT "Static", 1021, 167, 13, 258, 8, {SHOWN | WS_GROUP:#x}
-END
-"""
 
 
 @pytest.fixture(scope="module")
@@ -78,7 +63,10 @@ def test_debuggers_on_windows_find_its_functions_by_its_pdb(build, name, functio
 def test_its_only_dialog_is_the_one_that_hosts_know(build):
     status, resources = run("x86_64-w64-mingw32-windres", "-J", "coff", "-O", "rc", build / "bin/ProductServices.dll")
     assert status == 0
-    assert re.findall(r"(?ms)^\d+ DIALOG.*?^END\n", resources) == [DIALOG]
+    numbers = table("library/dialog.json")["styles"]
+    expected = re.sub(r"[A-Z]+_\w+( \| \w+)*", lambda styles: f"{sum(map(numbers.get, styles[0].split(' | '))):#x}",
+                      "\n".join(table("library/dialog.json")["lines"]))
+    assert re.findall(r"(?ms)^\d+ DIALOG.*?^END$", resources) == [expected]
 
 
 @pytest.mark.parametrize("name", VERSIONS)

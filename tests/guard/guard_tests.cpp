@@ -78,20 +78,69 @@ TEST_F(GuardTest, SaysWhichOptionsOrHostsOfARecordAreBad)
     EXPECT_EQ(service.TakeRequests(), "");
 }
 
+// Works the upgrade center that the thread shows next.
+static std::thread Use(const std::function<void(HWND center)>& user)
+{
+    return std::thread([user, thread = GetCurrentThreadId()] { user(automation::WaitForDialog(thread)); });
+}
+
+static std::function<void()> atTimer;
+
+static void CALLBACK OnTimer(HWND, UINT, UINT_PTR timer, DWORD)
+{
+    KillTimer(nullptr, timer);
+    atTimer();
+}
+
 TEST_F(GuardTest, RefusesASecondCallWhileOneRuns)
 {
     const Guard guard(app);
-    GuardedCall second = record;
-    std::wstring secondText(100, L'#');
-    second.text = secondText.data();
-    second.textCapacity = 100;
-    service.AtProbe([&] { EXPECT_EQ(guard.Check(&second), PRODUCT_SERVICES_NOT_CALLED); });
-    service.Answer("");
-    EXPECT_EQ(Upgrade(guard), NoUpgrades);
-    EXPECT_EQ(second.resultCode, 0xFFFFFFFF);
-    EXPECT_STREQ(secondText.c_str(), L"Another call has not ended yet.");
-    service.AtProbe([] {});
-    EXPECT_EQ(Upgrade(guard), NoUpgrades);
+    int refused = 0;
+    const auto callAgain = [&] {
+        GuardedCall second = record;
+        second.apiKey = L""; // it would ask for nothing
+        wchar_t secondText[100] = L"#";
+        second.text = secondText;
+        second.textCapacity = 100;
+        refused += guard.Check(&second) == PRODUCT_SERVICES_NOT_CALLED;
+        EXPECT_EQ(second.resultCode, 0xFFFFFFFF);
+        EXPECT_STREQ(secondText, L"Another call has not ended yet.");
+    };
+    service.AtProbe(callAgain);
+    service.Answer(Offer);
+    atTimer = callAgain;
+    SetTimer(nullptr, 0, USER_TIMER_MINIMUM, OnTimer);
+    std::thread user = Use([&](HWND center) {
+        EXPECT_TRUE(automation::WaitFor([&] { return refused == 2; }));
+        automation::Press(center, IDCANCEL);
+    });
+    EXPECT_EQ(Upgrade(guard), L"reported 540: User chose to quit!");
+    user.join();
+    EXPECT_EQ(refused, 2) << "from another thread, and from a timer of the same";
+    EXPECT_EQ(Check(guard), L"reported 200: u");
+}
+
+TEST_F(GuardTest, HasTheCenterEnlargedByTheSystemUnlessTheHostScales)
+{
+    const Guard guard(app);
+    const DPI_AWARENESS_CONTEXT former =
+        SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE);
+    const auto seen = [&](std::uint32_t options) {
+        DPI_AWARENESS ofTheCenter = DPI_AWARENESS_INVALID;
+        std::thread user = Use([&](HWND center) {
+            ofTheCenter = GetAwarenessFromDpiAwarenessContext(GetWindowDpiAwarenessContext(center));
+            automation::Press(center, IDCANCEL);
+        });
+        record.options = options;
+        EXPECT_EQ(Upgrade(guard), L"reported 540: User chose to quit!");
+        user.join();
+        const auto afterwards = GetAwarenessFromDpiAwarenessContext(GetThreadDpiAwarenessContext());
+        EXPECT_EQ(afterwards, DPI_AWARENESS_PER_MONITOR_AWARE) << "the host's is put back";
+        return ofTheCenter;
+    };
+    EXPECT_EQ(seen(0), DPI_AWARENESS_UNAWARE);
+    EXPECT_EQ(seen(PRODUCT_SERVICES_HOST_SCALING), DPI_AWARENESS_PER_MONITOR_AWARE);
+    SetThreadDpiAwarenessContext(former);
 }
 
 static std::wstring shown;
@@ -144,8 +193,7 @@ TEST_F(GuardTest, OpensAnAddressOfTrustedHostsAlone)
     const Guard guard(app);
     service.Answer(R"([{"name":"X","version":"2","url":"https://shop.example/x"}])");
     const auto buy = [&] {
-        std::thread user([thread = GetCurrentThreadId()] {
-            const HWND center = automation::WaitForDialog(thread);
+        std::thread user = Use([](HWND center) {
             automation::SelectRow(GetDlgItem(center, IDC_UPGRADE_OFFERS), 0);
             automation::Press(center, IDOK);
         });

@@ -1,3 +1,4 @@
+#include "support/data_file.h"
 #include "support/library_fixture.h"
 
 #include <commctrl.h>
@@ -13,18 +14,18 @@ DWORD Style(HWND window, int index = GWL_STYLE)
     return static_cast<DWORD>(GetWindowLongPtrW(window, index));
 }
 
-// A picture's colours on its left and behind the heading.
-struct Picture
+COLORREF Colour(const nlohmann::ordered_json& redGreenBlue)
 {
-    COLORREF left;
-    COLORREF behindHeading;
-};
+    return RGB(redGreenBlue[0].get<int>(), redGreenBlue[1].get<int>(), redGreenBlue[2].get<int>());
+}
 
-constexpr Picture Picture332{RGB(0x15, 0x43, 0x72), RGB(0xF3, 0xF6, 0xFB)};
-constexpr Picture Picture333{RGB(0x0F, 0x58, 0x4F), RGB(0xF3, 0xF8, 0xF8)};
-constexpr Picture Picture335{RGB(0x59, 0x2C, 0x1D), RGB(0xFB, 0xF7, 0xF4)};
-constexpr Picture Picture343{RGB(0x31, 0x3C, 0x5A), RGB(0xF5, 0xF6, 0xF9)};
-constexpr Picture Picture1077{RGB(0x65, 0x2A, 0x4F), RGB(0xF9, 0xF5, 0xF8)};
+int picturesLoaded;
+
+HBITMAP WINAPI NotePicture(HINSTANCE module, const wchar_t* name)
+{
+    ++picturesLoaded;
+    return LoadBitmapW(module, name);
+}
 
 using UpgradeWindow = LibraryTest;
 
@@ -113,24 +114,27 @@ TEST_F(UpgradeWindow, IsWorkedWithTheKeyboard)
 
 TEST_F(UpgradeWindow, PaintsThePictureOfTheProductLine)
 {
-    const std::tuple<const char*, const wchar_t*, Picture> lines[]{
-        {"key 1", L"known1a-111111-aaaaaaa", Picture332},
-        {"key 2", L"known2b-222222-bbbbbbb", Picture333},
-        {"key 3", L"known3c-333333-ccccccc", Picture333},
-        {"key 4", L"known4d-444444-ddddddd", Picture333},
-        {"key 5", L"known5e-555555-eeeeeee", Picture1077},
-        {"key 6", L"known6f-666666-fffffff", Picture335},
-        {"another key", L"api-key", Picture343},
-        {"a key and a space", L"known1a-111111-aaaaaaa ", Picture343},
-        {"a key cut short", L"known1a-111111-aaaaaa", Picture343},
-        {"a key in other letters", L"Known1a-111111-aaaaaaa", Picture343},
-    };
-    for (const auto& [name, apiKey, picture] : lines) {
+    const nlohmann::ordered_json table = ReadDataFile("library/pictures.json");
+    for (const auto& [name, line] : table["lines"].items()) {
         SCOPED_TRACE(name);
-        host.apiKey = apiKey;
-        Look([&picture = picture](HWND center) {
-            EXPECT_TRUE(HasColour(center, {30, 400}, picture.left));
-            EXPECT_TRUE(HasColour(center, {600, 28}, picture.behindHeading)) << "right of its text";
+        const std::wstring apiKey = Wide(line["api key"]);
+        host.apiKey = apiKey.c_str();
+        const auto& colours = table["colours"][line["picture"]];
+        Look([&](HWND center) {
+            EXPECT_TRUE(HasColour(center, {30, 400}, Colour(colours["left"])));
+            EXPECT_TRUE(HasColour(center, {600, 28}, Colour(colours["behind the heading"])));
         });
     }
+}
+
+// The dialog is made, and ends before it is shown.
+TEST_F(UpgradeWindow, HasNoPictureWithoutAKey)
+{
+    ReplaceImport("LoadBitmapW", NotePicture);
+    host.apiKey = L"";
+    EXPECT_EQ(ShowUpgrades(), Nothing);
+    EXPECT_EQ(picturesLoaded, 0);
+    host.apiKey = L"api-key";
+    EXPECT_EQ(Look(), Quit);
+    EXPECT_EQ(picturesLoaded, 1);
 }
