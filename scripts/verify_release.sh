@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # verify_release.sh ZIP [OPTION...]: builds the version that a package says it is once more, in a clone in another folder,
-# libcurl too, and says whether that package is the same, or the first file that differs. The options go to cmake, such
-# as -DPRODUCT_FAMILY_DIR=FOLDER for another family's package.
+# libcurl too, and says whether that package, and a NuGet package beside it, is the same, or the first file that differs.
+# The options go to cmake, such as -DPRODUCT_FAMILY_DIR=FOLDER for another family's package.
 set -euo pipefail
 [ -f "${1:-}" ] || { echo "usage: scripts/verify_release.sh ZIP [OPTION...]" >&2; exit 2; }
 zip=$(realpath "$1")
@@ -32,11 +32,17 @@ git clone -q . "$work/clone"
 git -C "$work/clone" checkout -q "$commit" || fail "This checkout does not have the commit $commit."
 say "Building commit $commit once more (a few minutes)"
 attend build_again "$@" >"$log" 2>&1 || fail "The build failed; see $log."
-unpack "$work"/clone/build/mingw/package/*.zip "$work/built"
+again="$work/clone/build/mingw/package"
+unpack "$again"/*.zip "$work/built"
 
 different=$(diff -rq "$work/given" "$work/built" | head -n 1) || true
 [ -z "$different" ] || fail "It is not the same: ${different//"$work/"/}."
-cmp -s "$zip" "$work"/clone/build/mingw/package/*.zip \
-  || fail "It holds the same files, and is packed in another way (another order, other times)."
+for built in "$again"/*.zip "$again"/*.nupkg; do
+  given=$zip
+  [[ $built != *.nupkg ]] || given=$(dirname "$zip")/${built##*/}
+  [ ! -f "$given" ] || cmp -s "$given" "$built" \
+    || fail "${given##*/} is packed in another way (another order, other times), or names another package."
+done
+sha256sum "$again"/*.zip "$again"/*.nupkg | sed "s|  .*/|  |"
 rm -rf "$work"
 say "the same"
