@@ -3,23 +3,6 @@
 
 using Counts = LibraryTest;
 
-// Runs `work` until it has settled, then `times` more: what the process holds does not grow.
-static void ExpectLevel(int times, const std::function<void()>& work)
-{
-    for (int i = 0; i < 20; ++i) {
-        work();
-    }
-    auto before = CountResources();
-    for (int i = 0; i < times; ++i) {
-        work();
-    }
-    before["kernel handles"] += 3; // one may be on its way out in another thread
-    before["private bytes"] += 512 * 1024;
-    for (const auto& [name, count] : CountResources()) {
-        EXPECT_LE(count, before[name]) << name;
-    }
-}
-
 TEST_F(Counts, SeeALeak)
 {
     auto before = CountResources();

@@ -1,6 +1,8 @@
 // What this process holds, counted by hand: Wine 8 answers 0 where Windows counts GDI objects or handles.
 #pragma once
 
+#include <functional>
+#include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <windows.h>
@@ -49,4 +51,21 @@ inline std::map<std::string, std::ptrdiff_t> CountResources()
         {"GDI objects", CountGdiObjects()},
         {"kernel handles", CountKernelHandles()},
         {"private bytes", CountPrivateBytes()}};
+}
+
+/// Runs `work` until it has settled, then `times` more: what the process holds does not grow.
+inline void ExpectLevel(int times, const std::function<void()>& work)
+{
+    for (int i = 0; i < 20; ++i) {
+        work();
+    }
+    auto before = CountResources();
+    for (int i = 0; i < times; ++i) {
+        work();
+    }
+    before["kernel handles"] += 3; // one may be on its way out in another thread
+    before["private bytes"] += 512 * 1024;
+    for (const auto& [name, count] : CountResources()) {
+        EXPECT_LE(count, before[name]) << name;
+    }
 }
