@@ -120,7 +120,7 @@ copy_licenses() {
 
 # What a first start needs in build/, in MB; libcurl, the library, the tests and a Wine prefix.
 require_space() {
-  local needed=840 free
+  local needed=1050 free
   free=$(($(stat -f -c '%a * %S' build) / 1000000))
   [ -d build/mingw ] || [ "$free" -ge "$needed" ] \
     || fail "The disk of $PWD/build has $free MB left; a first build needs $needed."
