@@ -49,8 +49,18 @@ build_project() {
   run_setup
   mkdir -p "$1"
   say "Building (a few minutes the first time)"
+  launch show_progress "$1/build.log" 2>/dev/null
+  local progress=$launched
   { attend cmake --preset "${preset:-mingw}" -B "$@" && attend cmake --build "$1"; } >"$1/build.log" 2>&1 \
     || { tail -n 40 "$1/build.log" >&2; fail "The build failed; see $1/build.log."; }
+  end_groups "$progress"
+  await "$progress" || true
+}
+
+# show_progress LOG: prints how far ninja is every half minute, until it is ended or the script is gone.
+show_progress() {
+  trap 'exit 0' TERM
+  while sleep 30 && kill -0 $$; do sed -nE '$s/^(\[[0-9]+\/[0-9]+\]).*/    \1/p' "$1"; done
 }
 
 # Makes the prefix on first use, elsewhere and moved into place when whole. Tahoma gives dialogs the size that they
