@@ -120,7 +120,12 @@ class RequestHandler(http.server.BaseHTTPRequestHandler):
 
     def do_POST(self):
         body = self.rfile.read(int(self.headers.get("Content-Length", 0))).decode("utf-8", "replace")
-        if self.path == "/check.php":
+        if self.path in self.server.options.hang:
+            say(f"POST {self.path} -> hangs")
+            self.connection.settimeout(None)
+            self.rfile.read()  # until the client goes
+            self.close_connection = True
+        elif self.path == "/check.php":
             text = self.server.options.check_answer
             self.reply(f'"{printable(text)}"', text.encode("utf-8", "surrogateescape"))
         elif self.path == "/get_updates.php":
@@ -206,6 +211,8 @@ def parse_options():
         help="the offers (default: catalogue.json beside this script)")
     add("--check-answer", default="1", metavar="TEXT",
         help="what the probe answers (default: %(default)s, which is reachable; any other text is not)")
+    add("--hang", action="append", default=[], metavar="PATH",
+        help="never answer a request for PATH, such as /check.php; may be given more than once")
     add = parser.add_mutually_exclusive_group().add_argument
     add("--answer", choices=("offers", "refusal", "empty", "close"),
         help="answer every update query so: the catalogue's first offers, a refusal, an empty body, or not at all")

@@ -74,7 +74,8 @@ bool ReadOption(Options& options, std::wstring_view name, const wchar_t* value)
     return true;
 }
 
-std::optional<Options> ReadOptions(int argc, wchar_t** argv)
+// Nothing where an option is wrong, which `wrong` then names.
+std::optional<Options> ReadOptions(int argc, wchar_t** argv, std::wstring& wrong)
 {
     Options options;
     options.product.name = SAMPLE_PRODUCT_NAME;
@@ -97,6 +98,7 @@ std::optional<Options> ReadOptions(int argc, wchar_t** argv)
         } else if (name == L"--unattended") {
             options.isUnattended = true;
         } else if (++i == argc || !ReadOption(options, name, argv[i])) {
+            wrong = name;
             return std::nullopt;
         }
     }
@@ -115,6 +117,14 @@ void RunCommand(Options& options)
     PrintLine(L"outcome: " + outcome);
 }
 
+void PrintUsage(const std::wstring& wrong)
+{
+    std::fputws((Usage + (L"\n  " + LanguageIds()) + L"\n").c_str(), stderr);
+    if (wrong != L"--help") {
+        std::fputws((L"\nunknown, without a value, or not a number: " + wrong + L"\n").c_str(), stderr);
+    }
+}
+
 [[noreturn]] void RunDoctor(const Options& options)
 {
     const bool isWell = doctor::Examine(
@@ -127,9 +137,10 @@ void RunCommand(Options& options)
 
 int wmain(int argc, wchar_t** argv)
 {
-    auto options = ReadOptions(argc, argv);
+    std::wstring wrong;
+    auto options = ReadOptions(argc, argv, wrong);
     if (!options) {
-        std::fputws((Usage + (L"\n  " + LanguageIds()) + L"\n").c_str(), stderr);
+        PrintUsage(wrong);
         return 2;
     }
     if (options->isDoctor) {

@@ -1,4 +1,5 @@
 #include "checks.h"
+#include "loaded_guard.h"
 #include "product_call.h"
 #include "within_time.h"
 
@@ -17,8 +18,14 @@ Finding Say(State state, const std::wstring& sentence, const wchar_t* row)
 
 } // namespace
 
-Finding CheckCall(product_services::Product product)
+Finding CheckCall(product_services::Product product, bool isServiceHanging)
 {
+    if (!GuardFailure().empty()) {
+        return Say(State::Note, L"left out: " + GuardFailure(), rows::Exception);
+    }
+    if (isServiceHanging) {
+        return Say(State::Note, L"left out: a call waits for the service without a limit", rows::Hanging);
+    }
     product.options = PRODUCT_SERVICES_QUIET;
     const auto result = WithinTime(CallLimit, [=] { return product_services::CheckForUpdates(product); });
     if (!result) {

@@ -37,8 +37,8 @@ Finding CheckProbe(const WebAnswer& probe);
 /// The update query, its reply read as the library reads it.
 Finding CheckQuery(const Patient& patient, const Record& record, const Route& route);
 
-/// A quiet check through the guard, which is what a host gets.
-Finding CheckCall(product_services::Product product);
+/// A quiet check through the guard, which is what a host gets. None is made of a service that hangs.
+Finding CheckCall(product_services::Product product, bool isServiceHanging);
 
 /// The scale of the screen.
 Finding CheckScreen();

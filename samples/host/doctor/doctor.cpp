@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <string_view>
+#include <utility>
 #include <windows.h>
 
 namespace doctor {
@@ -34,48 +36,6 @@ std::string InUtf8(const std::wstring& text)
     return utf8;
 }
 
-void AddService(Findings& findings, const Patient& patient, const Record& record)
-{
-    const Route route = ReadRoute(patient.serviceAddress);
-    findings.push_back(CheckProxyVariables(route));
-    findings.push_back(CheckWindowsProxy(patient.serviceAddress));
-    findings.push_back(CheckName(route.First()));
-    if (findings.back().state != State::Ok) {
-        return;
-    }
-    findings.push_back(CheckConnection(route.First()));
-    if (findings.back().state != State::Ok || route.isForeign) {
-        return;
-    }
-    const WebAnswer probe = Post(patient.serviceAddress + L"/check.php", "", route);
-    findings.push_back(CheckTls(probe));
-    if (probe.stage == WebAnswer::Stage::NotSent) {
-        return;
-    }
-    findings.push_back(CheckProbe(probe));
-    findings.push_back(CheckQuery(patient, record, route));
-}
-
-Findings FindAll(const Patient& patient, const Record& record)
-{
-    Findings findings;
-    for (const wchar_t* library : {L"ProductServices.dll", L"ProductServicesGuard.dll"}) {
-        findings.push_back(CheckLibrary(library));
-        findings.push_back(CheckSignature(library));
-    }
-    findings.push_back(CheckApiKey(patient.product.apiKey));
-    findings.push_back(CheckRecord(patient, record));
-    if (!record.place.empty()) {
-        findings.push_back(CheckMember(L"key", record.key));
-        findings.push_back(CheckMember(L"version", record.version));
-    }
-    findings.push_back(CheckLanguageFile(patient.product.languageId));
-    AddService(findings, patient, record);
-    findings.push_back(CheckCall(patient.product));
-    findings.push_back(CheckScreen());
-    return findings;
-}
-
 // A key may come back in an address or in an error's text.
 void Mask(std::wstring& sentence, const std::wstring& key)
 {
@@ -89,14 +49,12 @@ void Mask(std::wstring& sentence, const std::wstring& key)
     }
 }
 
-void PrintLines(const Findings& findings)
+void Print(const Finding& finding)
 {
-    for (const Finding& finding : findings) {
-        std::wstring line = NameOf(finding.state);
-        line.resize(7, L' ');
-        line += finding.check + L": " + finding.sentence;
-        PrintLine(finding.state == State::Ok ? line : line + L" -> " + Page + finding.row);
-    }
+    std::wstring line = NameOf(finding.state);
+    line.resize(7, L' ');
+    line += finding.check + L": " + finding.sentence;
+    PrintLine(finding.state == State::Ok ? line : line + L" -> " + Page + finding.row);
 }
 
 void PrintJson(const Findings& findings)
@@ -112,21 +70,84 @@ void PrintJson(const Findings& findings)
     std::puts(list.dump(2).c_str());
 }
 
+// What is found, each line of which is printed at once: where the machine hangs, the last one shows it.
+class Report
+{
+public:
+    Report(Output output, std::vector<std::wstring> secrets) : m_output(output), m_secrets(std::move(secrets))
+    {
+    }
+
+    // Says whether all is well with it.
+    bool Add(Finding finding)
+    {
+        for (const std::wstring& secret : m_secrets) {
+            Mask(finding.sentence, secret);
+        }
+        if (m_output == Output::Lines) {
+            Print(finding);
+        }
+        m_findings.push_back(std::move(finding));
+        return m_findings.back().state == State::Ok;
+    }
+
+    const Findings& All() const { return m_findings; }
+
+private:
+    Output m_output;
+    std::vector<std::wstring> m_secrets;
+    Findings m_findings;
+};
+
+void AddService(Report& report, const Patient& patient, const Record& record)
+{
+    const Route route = ReadRoute(patient.serviceAddress);
+    report.Add(CheckProxyVariables(route));
+    report.Add(CheckWindowsProxy(patient.serviceAddress));
+    if (!report.Add(CheckName(route.First())) || !report.Add(CheckConnection(route.First())) ||
+        route.isForeign) {
+        return;
+    }
+    const WebAnswer probe = Post(patient.serviceAddress + L"/check.php", "", route);
+    report.Add(CheckTls(probe));
+    if (probe.stage == WebAnswer::Stage::NotSent) {
+        return;
+    }
+    report.Add(CheckProbe(probe));
+    report.Add(CheckQuery(patient, record, route));
+}
+
+void AddAll(Report& report, const Patient& patient, const Record& record)
+{
+    for (const wchar_t* library : {L"ProductServices.dll", L"ProductServicesGuard.dll"}) {
+        report.Add(CheckLibrary(library));
+        report.Add(CheckSignature(library));
+    }
+    report.Add(CheckApiKey(patient.product.apiKey));
+    report.Add(CheckRecord(patient, record));
+    if (!record.place.empty()) {
+        report.Add(CheckMember(L"key", record.key));
+        report.Add(CheckMember(L"version", record.version));
+    }
+    report.Add(CheckLanguageFile(patient.product.languageId));
+    AddService(report, patient, record);
+    // The last step towards the service; the library waits there without a limit.
+    const bool isHanging = report.All().back().row == std::wstring_view(rows::Hanging);
+    report.Add(CheckCall(patient.product, isHanging));
+    report.Add(CheckScreen());
+}
+
 } // namespace
 
 bool Examine(const Patient& patient, Output output)
 {
     const Record record = ReadRecord(patient);
-    Findings findings = FindAll(patient, record);
-    for (Finding& finding : findings) {
-        Mask(finding.sentence, patient.product.apiKey);
-        Mask(finding.sentence, record.key.text);
-    }
+    Report report(output, {patient.product.apiKey, record.key.text});
+    AddAll(report, patient, record);
     if (output == Output::Json) {
-        PrintJson(findings);
-    } else {
-        PrintLines(findings);
+        PrintJson(report.All());
     }
+    const Findings& findings = report.All();
     return std::none_of(findings.begin(), findings.end(), [](const Finding& finding) {
         return finding.state == State::Wrong;
     });

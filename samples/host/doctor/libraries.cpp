@@ -1,7 +1,9 @@
 #include "checks.h"
+#include "loaded_guard.h"
 #include "within_time.h"
 
 #include <fstream>
+#include <string_view>
 #include <vector>
 #include <windows.h>
 
@@ -12,12 +14,12 @@ using std::chrono::seconds;
 
 constexpr seconds SignatureLimit{30};
 constexpr DWORD LongestPath = 32768;
+constexpr wchar_t GuardName[] = L"ProductServicesGuard.dll";
 
-// A DLL belongs beside the guard, which is in the program's folder.
-std::wstring PathBesideGuard(const wchar_t* name)
+std::wstring PathBesideProgram(const wchar_t* name)
 {
     std::wstring path(LongestPath, L'\0');
-    path.resize(GetModuleFileNameW(GetModuleHandleW(L"ProductServicesGuard.dll"), path.data(), LongestPath));
+    path.resize(GetModuleFileNameW(nullptr, path.data(), LongestPath));
     return path.substr(0, path.rfind(L'\\') + 1) + name;
 }
 
@@ -63,18 +65,22 @@ bool IsThere(const std::wstring& path)
 
 Finding CheckLibrary(const wchar_t* name)
 {
-    const std::wstring path = PathBesideGuard(name);
+    const std::wstring path = PathBesideProgram(name);
     if (!IsThere(path)) {
         return {State::Wrong, name, L"is missing: there is no " + path, rows::Exception};
     }
     if (MachineType(path) != IMAGE_FILE_MACHINE_AMD64) {
         return {State::Wrong, name, L"is damaged, or is not for 64-bit Windows: " + path, rows::Exception};
     }
+    if (name == std::wstring_view(GuardName) && !GuardFailure().empty()) {
+        return {State::Wrong, name, L"cannot be called: " + GuardFailure() + L": " + path, rows::Exception};
+    }
     const std::wstring version = FileVersion(path);
     const std::wstring sentence = version + L", for 64-bit Windows (x64): " + path;
-    if (version != FileVersion(PathBesideGuard(L"ProductServicesGuard.dll"))) {
+    const std::wstring guard = PathBesideProgram(GuardName);
+    if (IsThere(guard) && version != FileVersion(guard)) {
         return {
-            State::Wrong, name, L"is of another package than ProductServicesGuard.dll: " + sentence,
+            State::Wrong, name, std::wstring(L"is of another package than ") + GuardName + L": " + sentence,
             rows::Exception};
     }
     return {State::Ok, name, sentence, rows::Exception};
@@ -83,9 +89,12 @@ Finding CheckLibrary(const wchar_t* name)
 Finding CheckSignature(const wchar_t* name)
 {
     const std::wstring check = std::wstring(L"signature of ") + name;
-    const std::wstring path = PathBesideGuard(name);
+    const std::wstring path = PathBesideProgram(name);
     if (!IsThere(path)) {
         return {State::Note, check, L"not looked at, since the file is missing", rows::Exception};
+    }
+    if (!GuardFailure().empty()) {
+        return {State::Note, check, L"left out: " + GuardFailure(), rows::Exception};
     }
     // No publisher has this name, so that the sentence names the one who has signed.
     const auto result =

@@ -1,50 +1,21 @@
 #include "checks.h"
+#include "windows_proxy_settings.h"
 #include "within_time.h"
-
-#include <iterator>
-#include <windows.h>
 
 namespace doctor {
 namespace {
 
-using product_services::ProxyResult;
+using namespace product_services_guard;
 using std::chrono::seconds;
 
 // The configuration script is asked within Windows' own time-outs, and each proxy is tried for two seconds.
 constexpr seconds WindowsProxyLimit{20};
 
-// Takes an environment variable away from this process for as long as it lives.
-class Without
+// What a host would take over if no variable were set. The guard's function for it sets variables, which a
+// look-up that exceeds its limit would do under later checks; this changes nothing.
+ProxyDecision AskWindows(const std::wstring& serviceAddress)
 {
-public:
-    explicit Without(const wchar_t* name) : m_name(name), m_isSet(Read()) {}
-    ~Without() { SetEnvironmentVariableW(m_name, m_isSet ? m_value.c_str() : nullptr); }
-
-    Without(const Without&) = delete;
-    Without& operator=(const Without&) = delete;
-
-private:
-    bool Read()
-    {
-        const DWORD size = GetEnvironmentVariableW(m_name, nullptr, 0);
-        m_value.resize(size);
-        m_value.resize(GetEnvironmentVariableW(m_name, m_value.data(), size));
-        SetEnvironmentVariableW(m_name, nullptr);
-        return size > 0;
-    }
-
-    const wchar_t* m_name;
-    std::wstring m_value;
-    bool m_isSet;
-};
-
-// What a host would take over if no variable were set. All variables are put back.
-ProxyResult AskWindows(const std::wstring& serviceAddress)
-{
-    const Without httpsProxy(L"https_proxy");
-    const Without allProxy(L"all_proxy");
-    const Without noProxy(L"no_proxy");
-    return product_services::UseWindowsProxy(serviceAddress);
+    return DecideProxy(ReadWindowsProxy(serviceAddress.c_str()), serviceAddress.c_str(), {});
 }
 
 } // namespace
@@ -81,7 +52,7 @@ Finding CheckWindowsProxy(const std::wstring& serviceAddress)
             State::Note, check, L"Windows has not told it within " + InWords(WindowsProxyLimit),
             rows::Proxies};
     }
-    switch (result->found) {
+    switch (result->outcome) {
     case PRODUCT_SERVICES_PROXY_TAKEN:
         return {
             State::Note, check, result->text + L" applies only in a host that calls UseWindowsProxy",

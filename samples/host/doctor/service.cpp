@@ -86,8 +86,7 @@ Finding NotTried(const wchar_t* why)
 Finding CheckTls(const WebAnswer& probe)
 {
     if (probe.stage == WebAnswer::Stage::NotSent) {
-        const wchar_t* row = probe.error == ERROR_WINHTTP_TIMEOUT ? rows::Hanging : rows::Box;
-        return {State::Wrong, L"TLS", L"no request could be sent: " + Cause(probe), row};
+        return {State::Wrong, L"TLS", L"no request could be sent: " + Cause(probe), RowOf(probe, rows::Box)};
     }
     if (probe.certificate.empty()) {
         return {State::Note, L"TLS", L"works; Windows does not show the certificate", rows::Box};
@@ -100,7 +99,7 @@ Finding CheckTls(const WebAnswer& probe)
 Finding CheckProbe(const WebAnswer& probe)
 {
     if (probe.stage != WebAnswer::Stage::Answered) {
-        return {State::Wrong, L"probe", L"/check.php: " + Cause(probe), rows::Code};
+        return {State::Wrong, L"probe", L"/check.php: " + Cause(probe), RowOf(probe, rows::Code)};
     }
     if (probe.body != "1") {
         return {
@@ -124,7 +123,7 @@ Finding CheckQuery(const Patient& patient, const Record& record, const Route& ro
             BuildUpdateQuery(patient.product.apiKey, record.key.text, record.version.text, L"1");
         const WebAnswer answer = Post(patient.serviceAddress + L"/get_updates.php", body, route);
         if (answer.stage != WebAnswer::Stage::Answered) {
-            return Say(State::Wrong, L"/get_updates.php: " + Cause(answer), rows::Box);
+            return Say(State::Wrong, L"/get_updates.php: " + Cause(answer), RowOf(answer, rows::Box));
         }
         return ReadReply(answer, patient.product.trustedHosts);
     } catch (const std::exception& error) {

@@ -29,10 +29,14 @@ struct WebAnswer
     std::wstring certificate;
 };
 
-/// Posts a form within ten seconds and follows no redirect. As in the library, any certificate will do.
+/// Posts a form, which has five seconds to be sent and five to be answered, and follows no redirect. As in
+/// the library, any certificate will do.
 WebAnswer Post(const std::wstring& address, const std::string& body, const Route& route);
 
 /// Why there is no answer, for the middle of a sentence.
 std::wstring Cause(const WebAnswer& answer);
+
+/// The row of a request without an answer: rows::Hanging where the time was over, else `otherwise`.
+const wchar_t* RowOf(const WebAnswer& answer, const wchar_t* otherwise);
 
 } // namespace doctor
