@@ -17,7 +17,7 @@ WELL = {"key": ("REG_SZ", KEY), "encoding": "utf-16-le", "service": (), "library
 
 @pytest.fixture
 def doctor(build, wine, service, tmp_path):
-    """Runs the doctor on a machine that is well but for what is given: its status and its lines."""
+    """Runs the doctor on a machine that is well but for what is given: its status and what it prints."""
     def examine(*arguments, **broken):
         machine = {**WELL, **broken}
         shutil.copy(build / "over_tls/HostOverTls.exe", tmp_path)
@@ -36,14 +36,14 @@ def doctor(build, wine, service, tmp_path):
             service(*machine["service"], port=18443)
         command = f"HostOverTls doctor --product Doctor --language 140 --trusted-hosts {machine['trusted']}"
         status = wine("cmd", "/c", command, *arguments, ">", printed.name, cwd=tmp_path)[0]
-        return status, printed.read_text("utf-8").splitlines()
+        return status, printed.read_text("utf-8")
     yield examine
     wine("reg", "delete", MAKER_KEY + r"\Products\Doctor", "/f")
 
 
 def test_a_healthy_machine_is_well_and_its_keys_stay_secret(doctor):
-    status, lines = doctor("--json")
-    findings = json.loads("\n".join(lines))
+    status, output = doctor("--json")
+    findings = json.loads(output)
     sentences = {finding["check"]: finding["sentence"] for finding in findings}
     assert [finding for finding in findings if finding["state"] == "wrong"] == []
     assert status == 0
@@ -55,8 +55,7 @@ def test_a_healthy_machine_is_well_and_its_keys_stay_secret(doctor):
 
 @each_case("sample_host/broken_machines.json", "broken, says")
 def test_what_is_broken_is_called_wrong_and_leads_to_its_row(doctor, broken, says):
-    status, lines = doctor(**broken)
-    output = "\n".join(lines)
+    status, output = doctor(**broken)
     for beginning, row in says.items():
         assert re.search(rf"(?m)^{re.escape(beginning)}.* -> {PAGE}#{row}$", output), output
     assert output.count("wrong  ") == str(says).count("wrong  "), output
