@@ -77,8 +77,7 @@ Finding CheckLibrary(const wchar_t* name)
     }
     const std::wstring version = FileVersion(path);
     const std::wstring sentence = version + L", for 64-bit Windows (x64): " + path;
-    const std::wstring guard = PathBesideProgram(GuardName);
-    if (IsThere(guard) && version != FileVersion(guard)) {
+    if (GuardFailure().empty() && version != FileVersion(PathBesideProgram(GuardName))) {
         return {
             State::Wrong, name, std::wstring(L"is of another package than ") + GuardName + L": " + sentence,
             rows::Exception};
