@@ -50,9 +50,10 @@ foreach(name IN LISTS everywhere on_debian)
     endif()
 endforeach()
 set_tests_properties(python.test_guard_programs PROPERTIES ${one_at_a_time})
-# The sample host's service has one port, and the sample product one record.
+# The sample host's service has one port, and the sample product one record. These wait for each other, so they begin
+# before the rest.
 foreach(name test_sample_host test_doctor test_installer test_package test_guard)
     if(TEST python.${name})
-        set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK sample_product)
+        set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK sample_product COST 100)
     endif()
 endforeach()
