@@ -47,14 +47,18 @@ def change(path, pattern, text):
     path.write_bytes(changed.encode("utf-8"))
 
 
+def anchors(page):
+    """The headings of a document, as a link names them."""
+    headings = re.findall(r"(?m)^#+ (.*)", page.read_text("utf-8"))
+    return [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
+
+
 def broken_links(page):
     """The links of a document that lead to no file, or to no heading of it."""
     broken = []
     for name, anchor in re.findall(r'(?:\]\(|src=")(?!https:)([^)#"]*)#?([^)"]*)[)"]', page.read_text("utf-8")):
         target = page.parent / name if name else page
-        headings = re.findall(r"(?m)^#+ (.*)", target.read_text("utf-8")) if anchor and target.exists() else []
-        anchors = [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
-        if not target.exists() or anchor and anchor not in anchors:
+        if not target.exists() or anchor and anchor not in anchors(target):
             broken.append(f"{name}#{anchor}")
     return broken
 

@@ -6,7 +6,7 @@ import shutil
 
 import pytest
 
-from conftest import MAKER_KEY, REPOSITORY, each_case
+from conftest import MAKER_KEY, REPOSITORY, anchors, each_case
 
 KEY = "DRAFT-2026-DEMO"
 RECORD = MAKER_KEY + r"\Products\Doctor\2026.1"
@@ -71,6 +71,4 @@ def test_wrong_usage_is_named(build, wine, arguments):
 
 def test_the_doctor_knows_the_headings_of_the_page():
     rows = (REPOSITORY / "samples/host/doctor/rows.h").read_text("utf-8")
-    headings = re.findall("(?m)^## (.*)", (REPOSITORY / PAGE).read_text("utf-8"))
-    anchors = [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
-    assert re.findall('= L"(.*)"', rows) == anchors
+    assert re.findall('= L"(.*)"', rows) == anchors(REPOSITORY / PAGE)[1:]

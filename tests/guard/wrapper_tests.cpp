@@ -44,7 +44,7 @@ std::uint32_t GuardedUpgrade(GuardedCall* call)
 
 std::uint32_t UseWindowsProxy(const wchar_t* serviceAddress, wchar_t* buffer, std::uint32_t capacity)
 {
-    asked = serviceAddress ? serviceAddress : L"no script";
+    asked = std::to_wstring(capacity) + L" for " + (serviceAddress ? serviceAddress : L"no script");
     CopyText(buffer, capacity);
     return outcome;
 }
@@ -52,7 +52,7 @@ std::uint32_t UseWindowsProxy(const wchar_t* serviceAddress, wchar_t* buffer, st
 std::uint32_t VerifyPublisher(
     const wchar_t* path, const wchar_t* publisher, wchar_t* buffer, std::uint32_t capacity)
 {
-    asked = std::wstring(path) + L", " + publisher;
+    asked = std::to_wstring(capacity) + L" for " + path + L", " + publisher;
     CopyText(buffer, capacity);
     return outcome;
 }
@@ -136,11 +136,11 @@ TEST(Wrapper, GivesTheProxyThatWasFoundForTheAddress)
     outcome = PRODUCT_SERVICES_PROXY_TAKEN;
     text = L"http://proxy.example:80";
     const ProxyResult result = product_services::UseWindowsProxy(L"https://service.example");
-    EXPECT_EQ(asked, L"https://service.example");
+    EXPECT_EQ(asked, L"1024 for https://service.example");
     EXPECT_EQ(result.found, PRODUCT_SERVICES_PROXY_TAKEN);
     EXPECT_EQ(result.text, L"http://proxy.example:80");
     product_services::UseWindowsProxy();
-    EXPECT_EQ(asked, L"no script");
+    EXPECT_EQ(asked, L"1024 for no script");
 }
 
 TEST(Wrapper, GivesWhatIsSaidOfAPublisher)
@@ -148,7 +148,7 @@ TEST(Wrapper, GivesWhatIsSaidOfAPublisher)
     outcome = PRODUCT_SERVICES_PUBLISHER_TRUSTED;
     text = L"a sentence";
     const PublisherResult result = product_services::VerifyPublisher(L"setup.exe", L"Example Maker");
-    EXPECT_EQ(asked, L"setup.exe, Example Maker");
+    EXPECT_EQ(asked, L"1024 for setup.exe, Example Maker");
     EXPECT_EQ(result.found, PRODUCT_SERVICES_PUBLISHER_TRUSTED);
     EXPECT_EQ(result.text, L"a sentence");
 }
