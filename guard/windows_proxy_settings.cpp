@@ -1,6 +1,7 @@
 #include "windows_proxy_settings.h"
 
 #include "proxy_connection.h"
+#include "proxy_script.h"
 
 #include <memory>
 #include <optional>
@@ -76,26 +77,6 @@ std::optional<ProxySettings> AskScript(
     return ProxySettings{ERROR_SUCCESS, FirstReached(Copied(proxies)), Copied(exceptions)};
 }
 
-// Whoever answers on the network can be the one that is detected: it gets no sign-on of the user.
-std::optional<ProxySettings> AskDetectedScript(const WinHttp& winHttp, const wchar_t* address)
-{
-    WINHTTP_AUTOPROXY_OPTIONS options{};
-    options.dwFlags = WINHTTP_AUTOPROXY_AUTO_DETECT;
-    options.dwAutoDetectFlags = WINHTTP_AUTO_DETECT_TYPE_DHCP | WINHTTP_AUTO_DETECT_TYPE_DNS_A;
-    options.fAutoLogonIfChallenged = FALSE;
-    return AskScript(winHttp, address, options);
-}
-
-std::optional<ProxySettings> AskConfiguredScript(
-    const WinHttp& winHttp, const wchar_t* address, const wchar_t* script)
-{
-    WINHTTP_AUTOPROXY_OPTIONS options{};
-    options.dwFlags = WINHTTP_AUTOPROXY_CONFIG_URL;
-    options.lpszAutoConfigUrl = script;
-    options.fAutoLogonIfChallenged = TRUE;
-    return AskScript(winHttp, address, options);
-}
-
 } // namespace
 
 ProxySettings ReadWindowsProxy(const wchar_t* serviceAddress)
@@ -113,10 +94,10 @@ ProxySettings ReadWindowsProxy(const wchar_t* serviceAddress)
     const Text exceptions(config.lpszProxyBypass);
     std::optional<ProxySettings> answer;
     if (serviceAddress && config.fAutoDetect) {
-        answer = AskDetectedScript(*winHttp, serviceAddress);
+        answer = AskScript(*winHttp, serviceAddress, DetectedScript());
     }
     if (serviceAddress && script && !answer) {
-        answer = AskConfiguredScript(*winHttp, serviceAddress, script.get());
+        answer = AskScript(*winHttp, serviceAddress, ConfiguredScript(script.get()));
     }
     return answer ? *answer : ProxySettings{ERROR_SUCCESS, Copied(proxies), Copied(exceptions)};
 }

@@ -21,8 +21,6 @@ add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
 add_custom_target(sample_host_over_tls ALL DEPENDS "${over_tls_dir}/SampleHost.exe")
 
 if(MINGW)
-    add_executable(crash crash/crash.cpp)
-    target_link_libraries(crash PRIVATE compiler_settings)
     add_executable(guard_host guard/guard_host.c)
     target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuard)
     add_executable(publisher_host guard/publisher_host.cpp)

@@ -14,9 +14,8 @@ add_executable(host host.c)
 target_link_libraries(host PRIVATE ProductServices::Guard)
 product_services_deploy(host)
 """
-DEPENDENCIES = REPOSITORY / "build/deps"
-CURL = f"-DCURL_DIR={DEPENDENCIES}/x86_64-w64-mingw32/lib/cmake/CURL"
-JSON = f"-DNLOHMANN_JSON_INCLUDE_DIR={DEPENDENCIES}/json"
+CURL = f"-DCURL_DIR={REPOSITORY}/build/deps/x86_64-w64-mingw32/lib/cmake/CURL"
+JSON = f"-DNLOHMANN_JSON_INCLUDE_DIR={REPOSITORY}/build/deps/json"
 
 
 @pytest.fixture

@@ -25,6 +25,8 @@ static void Do(const char* name)
     if (strcmp(name, "upgrade") == 0) {
         const uint32_t outcome = GuardedUpgrade(&call);
         printf("upgrade %u %d", outcome, (int)call.resultCode);
+    } else if (strcmp(name, "crash") == 0) {
+        *(volatile int*)NULL = 0;
     } else if (strcmp(name, "no_proxy") == 0) {
         GetEnvironmentVariableW(L"no_proxy", text, CAPACITY);
         printf("no_proxy");

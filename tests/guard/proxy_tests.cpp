@@ -1,5 +1,6 @@
 // What UseWindowsProxy decides, for settings as Windows has them.
 #include "proxy_decision.h"
+#include "proxy_script.h"
 #include "support/data_file.h"
 
 #include <gtest/gtest.h>
@@ -42,4 +43,10 @@ TEST(ProxyDecision, FollowsTheSettingsOfWindows)
         EXPECT_EQ(decision.text.ends_with(L'.'), isFailed) << "a failure says why";
         EXPECT_TRUE(isFailed || decision.text == decision.httpsProxy) << "or the text is the proxy";
     }
+}
+
+TEST(ProxyScript, GetsASignOnOfTheUserWhereTheUserHasConfiguredIt)
+{
+    EXPECT_TRUE(ConfiguredScript(L"http://script.example").fAutoLogonIfChallenged);
+    EXPECT_FALSE(DetectedScript().fAutoLogonIfChallenged) << "it may be anybody's";
 }

@@ -10,7 +10,6 @@ BOOL WINAPI GiveComputerName(wchar_t* name, DWORD* size)
     return TRUE;
 }
 
-const Outcome BadConversion = L"nothing, bad conversion";
 const Outcome Latest = L"nothing, box Product: You are running the latest version";
 const Outcome NoInternet = L"nothing, box Product: No internet found!";
 
@@ -87,7 +86,7 @@ TEST_F(UpdateCheck, SendsItsValuesAsTheyAre)
     EXPECT_EQ(Check(), L"200 u");
     EXPECT_TRUE(IsAsked("api_key=a b&key=A&B=%\\+\xC3\xBC&hardware_id=\\w{64}&version=&up=1$"));
     host.apiKey = L"\xD83D";
-    EXPECT_EQ(Check(), BadConversion);
+    EXPECT_EQ(Check(), L"nothing, bad conversion");
     EXPECT_TRUE(IsAsked("^$"));
 }
 

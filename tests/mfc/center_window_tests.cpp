@@ -6,15 +6,14 @@ TEST(CenterWindow, PutsAWindowInTheMiddleOfTheMonitorsWorkArea)
 {
     // Name, work area, window, and where it goes.
     const std::tuple<const char*, RECT, RECT, POINT> cases[]{
-        {"in the corner of the primary monitor", {0, 0, 1920, 1040}, {0, 0, 720, 440}, {600, 300}},
-        {"already elsewhere", {0, 0, 1920, 1040}, {1000, 900, 1720, 1340}, {600, 300}},
-        {"below a taskbar at the top", {0, 40, 1920, 1080}, {0, 0, 720, 440}, {600, 340}},
-        {"on a monitor at the right", {1920, 0, 3200, 1024}, {0, 0, 720, 440}, {2200, 292}},
+        {"on the primary monitor, already elsewhere",
+         {0, 0, 1920, 1040},
+         {1000, 900, 1720, 1340},
+         {600, 300}},
         {"on a monitor at the left and above", {-1280, -1024, 0, 0}, {0, 0, 720, 440}, {-1000, -732}},
         {"an odd pixel is left over", {0, 0, 801, 601}, {0, 0, 720, 440}, {40, 80}},
         {"wider than the monitor", {1920, 0, 2560, 1040}, {0, 0, 720, 440}, {1920, 300}},
         {"higher than the monitor", {0, 40, 1920, 440}, {0, 0, 720, 440}, {600, 40}},
-        {"as large as the monitor", {-720, 0, 0, 440}, {0, 0, 720, 440}, {-720, 0}},
     };
     for (const auto& [name, workArea, window, expected] : cases) {
         SCOPED_TRACE(name);
