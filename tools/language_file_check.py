@@ -63,8 +63,9 @@ def text_problems(text_id, text, english):
         yield "it holds a carriage return"
     if "\n" in text and text_id in SINGLE_LINE_TEXTS:
         yield "it has a line break, but is shown in one line"
-    if text_id in BUTTON_TEXTS and "&" in text.replace("&&", ""):
-        yield 'the button takes "&" for the mark of a key and does not show it; "&&" shows one'
+    keys = re.findall("&(.?)", text.replace("&&", ""))
+    if text_id in BUTTON_TEXTS and keys and (len(keys) > 1 or not keys[0].isalnum()):
+        yield 'the button takes "&" for the mark of one letter, its key, and does not show it; "&&" shows one'
     if text_id == TITLE_TEXT and "&" in text:
         yield 'the heading takes "&" for the mark of a key, the title does not; write a word'
 
