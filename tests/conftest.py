@@ -93,6 +93,18 @@ def wine():
     return run_windows_program
 
 
+def write_host_project(folder, command):
+    """A host in C, with the command by which its project takes the library in."""
+    shutil.copy(REPOSITORY / "samples/minimal_hosts/host.c", folder)
+    (folder / "CMakeLists.txt").write_text(f"""cmake_minimum_required(VERSION 3.16)
+project(Host LANGUAGES C)
+{command}
+add_executable(host host.c)
+target_link_libraries(host PRIVATE ProductServices::Guard)
+product_services_deploy(host)
+""", "utf-8")
+
+
 @pytest.fixture
 def plain_toolchain(tmp_path):
     """The option of cmake for a toolchain that looks for packages in the compiler's own folders alone."""

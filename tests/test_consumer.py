@@ -5,15 +5,8 @@ import re
 
 import pytest
 
-from conftest import REPOSITORY, run
+from conftest import REPOSITORY, run, write_host_project
 
-PROJECT = """cmake_minimum_required(VERSION 3.25)
-project(Consumer LANGUAGES C)
-add_subdirectory("${PRODUCT_SERVICES}" product_services)
-add_executable(host host.c)
-target_link_libraries(host PRIVATE ProductServices::Guard)
-product_services_deploy(host)
-"""
 CURL = f"-DCURL_DIR={REPOSITORY}/build/deps/x86_64-w64-mingw32/lib/cmake/CURL"
 JSON = f"-DNLOHMANN_JSON_INCLUDE_DIR={REPOSITORY}/build/deps/json"
 
@@ -21,11 +14,10 @@ JSON = f"-DNLOHMANN_JSON_INCLUDE_DIR={REPOSITORY}/build/deps/json"
 @pytest.fixture
 def configure(plain_toolchain, tmp_path):
     """Configures the consumer, whose programs go to a folder of its own choice."""
-    (tmp_path / "CMakeLists.txt").write_text(PROJECT, "utf-8")
-    (tmp_path / "host.c").write_text((REPOSITORY / "samples/minimal_hosts/host.c").read_text("utf-8"), "utf-8")
+    write_host_project(tmp_path, f'add_subdirectory("{REPOSITORY}" product_services)')
 
     def run_cmake(*options):
-        return run("cmake", "-G", "Ninja", plain_toolchain, f"-DPRODUCT_SERVICES={REPOSITORY}", "-S", tmp_path,
+        return run("cmake", "-G", "Ninja", plain_toolchain, "-S", tmp_path,
                    "-B", tmp_path / "built", f"-DCMAKE_RUNTIME_OUTPUT_DIRECTORY={tmp_path}/programs", *options)
     return run_cmake
 

@@ -14,7 +14,7 @@ import zipfile
 import pefile
 import pytest
 
-from conftest import ADDRESS, OUTPUT, REPOSITORY, broken_links, each_case, end, run, table
+from conftest import ADDRESS, OUTPUT, REPOSITORY, broken_links, each_case, end, run, table, write_host_project
 
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
@@ -188,14 +188,7 @@ def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_k
 
 
 def test_a_host_that_finds_the_package_has_both_libraries_beside_it(package, plain_toolchain, tmp_path):
-    (tmp_path / "CMakeLists.txt").write_text("""cmake_minimum_required(VERSION 3.16)
-project(Host LANGUAGES C)
-find_package(ProductServices CONFIG REQUIRED)
-add_executable(host host.c)
-target_link_libraries(host PRIVATE ProductServices::Guard)
-product_services_deploy(host)
-""", "utf-8")
-    shutil.copy(package / "samples/minimal_hosts/host.c", tmp_path)
+    write_host_project(tmp_path, "find_package(ProductServices CONFIG REQUIRED)")
     found = f"-DProductServices_DIR={package}/lib/cmake/ProductServices"
     for command in (["-G", "Ninja", plain_toolchain, found, "-B", "built", "."], ["--build", "built"]):
         status, output = run("cmake", *command, cwd=tmp_path)

@@ -78,7 +78,6 @@ TEST(LanguageFile, GivesATextALineUntilItsEndOrDamage)
     const std::wstring longLine(20000, L'x');
     const std::tuple<const char*, std::wstring, std::string, Texts> files[]{
         {"an empty file", L"", "", {L""}},
-        {"one byte", L"", "x", {L""}},
         {"a line break at the end", L"a\n\nb\n", "", {L"a", L"", L"b", L""}},
         {"bars", L"bars|b||c\n|", "", {L"bars\nb\n\nc", L"\n"}},
         {"carriage returns", L"a\r\nb\r\n", "", {L"a\r", L"b\r", L""}},

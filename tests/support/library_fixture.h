@@ -45,6 +45,8 @@ protected:
         Unload();
         // Under WINEDEBUG=warn+heap: no block was written to past its end or after it was freed.
         EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr));
+        RemoveVectoredExceptionHandler(m_handler);
+        EXPECT_EQ(faults.exchange(0), 0) << "which the system passes over in a window's procedure";
     }
 
     /// Loads the library anew, which knows of no call yet.
@@ -126,6 +128,12 @@ protected:
     static inline std::vector<std::wstring> opened;
 
 private:
+    static LONG CALLBACK CountFault(EXCEPTION_POINTERS* exception)
+    {
+        faults += exception->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION;
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+
     void Load()
     {
         pauses = 0;
@@ -218,5 +226,7 @@ private:
         EXPECT_EQ(dialogs, user ? 1 : 0);
     }
 
+    static inline std::atomic<int> faults;
+    void* m_handler = AddVectoredExceptionHandler(TRUE, CountFault);
     std::list<product_services_guard::ImportHook> hooks;
 };
