@@ -10,9 +10,11 @@ from conftest import MAKER_KEY, REPOSITORY, each_case, end, needs_debian, run
 
 @pytest.fixture(scope="module", autouse=True)
 def records(wine):
-    """What an installer of the sample product writes."""
+    """What an installer of the sample product writes, while the tests run."""
     for name, value in (("key", "DRAFT-2026-DEMO"), ("version", "2026.1")):
         wine("reg", "add", rf"{MAKER_KEY}\Products\Example Draft\2026.1", "/v", name, "/d", value, "/f")
+    yield
+    wine("reg", "delete", rf"{MAKER_KEY}\Products\Example Draft", "/f")
 
 
 @pytest.fixture
