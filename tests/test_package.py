@@ -71,6 +71,7 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
     assert named | {"LICENSE", "readme.md", "icon.png", "[Content_Types].xml", "_rels/.rels"} < files
     assert "product-services.spdx.json" in files
     assert not [name for name in files if name.endswith((".pdb", ".debug"))]
+    assert (tmp_path / "icon.png").read_bytes().startswith(b"\x89PNG")
     version, = re.findall(r"<version>(\d+)\.(\d+)", read(tmp_path / "ExampleMaker.ProductServices.nuspec"))
     library = pefile.PE(tmp_path / "runtimes/win-x64/native/ProductServices.dll")
     assert library.VS_FIXEDFILEINFO[0].FileVersionMS == int(version[0]) << 16 | int(version[1])
@@ -130,9 +131,9 @@ def test_another_makers_package_does_not_name_the_sample(strange_kit):
             assert not sample.search(read(path)), path
 
 
-def test_another_makers_installer_shares_no_identifier_with_the_samples(strange_kit):
+def test_another_makers_installer_shares_no_identifier_with_the_samples(package, strange_kit):
     guid = "[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}"
-    ours = re.findall(guid, read(REPOSITORY / "samples/installer/sample_host.wxs"))
+    ours = re.findall(guid, read(package / "samples/installer/sample_host.wxs"))
     theirs = re.findall(guid, read(strange_kit / "samples/installer/sample_host.wxs"))
     assert len(set(theirs)) == len(ours) > 10
     assert set(theirs).isdisjoint(ours)
