@@ -198,7 +198,8 @@ def test_all_that_repeats_the_languages_agrees(wine, build):
     assert set(codes.values()) == {*IDS, "US"}
     pictures = run("bash", REPOSITORY / "scripts/language_pictures.sh", "XX")[1]
     assert set(re.findall(r"\b[A-Z]{2}\b", pictures)) == {*IDS, "US", "XX"}
-    usage = wine(build / "bin/SampleHost.exe", "--help")[1]
+    status, usage = wine(build / "bin/SampleHost.exe", "--help")
+    assert status == 0
     assert re.findall(r"(\d+) [a-z]", usage.splitlines()[-1]) == list(IDS.values())
     page = (REPOSITORY / "docs/language-files.md").read_text("utf-8")
     names = re.findall(r"`(\w+)\.po`\s([A-Z]{2})\s(\d+)", page)

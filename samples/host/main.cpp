@@ -141,7 +141,7 @@ int wmain(int argc, wchar_t** argv)
     auto options = ReadOptions(argc, argv, wrong);
     if (!options) {
         PrintUsage(wrong);
-        return 2;
+        return wrong == L"--help" ? 0 : 2;
     }
     if (options->isDoctor) {
         RunDoctor(*options);
