@@ -29,16 +29,17 @@ static BOOL WINAPI FindErrors(
 
 static void VerifyOne(const wchar_t* path, const wchar_t* publisher, std::wstring_view option)
 {
-    HANDLE file = nullptr;
-    if (option == L"read" || option == L"write") {
-        const DWORD access = option == L"read" ? GENERIC_READ : GENERIC_WRITE;
-        file = CreateFileW(path, access, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-    }
+    const DWORD access = option == L"read" ? GENERIC_READ : option == L"write" ? GENERIC_WRITE : 0;
+    const HANDLE file =
+        access ? CreateFileW(path, access, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr) : nullptr;
     certificateErrors = std::wcstoul(option.data(), nullptr, 16);
     wchar_t text[200] = L"";
     const auto found = VerifyPublisher(*path ? path : nullptr, *publisher ? publisher : nullptr, text, 200);
-    std::printf("%u %ls\n", found, text);
     CloseHandle(file);
+    const HANDLE alone = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const bool isLeftOpen = alone == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
+    CloseHandle(alone);
+    std::printf("%s%u %ls\n", isLeftOpen ? "left open: " : "", found, text);
 }
 
 int wmain(int count, wchar_t** arguments)
