@@ -26,7 +26,7 @@ LANGUAGE_FILE = pathlib.Path("lang/DE/Vemo_DE.lang")
 UNITS = {"us": 1, "ms": 1000, "MB": 2**20}
 SIZES = 1, 10, 100, 1000, 10000
 HTTP = dict(dll="BenchHttp.dll", rounds=400, address="http://127.0.0.1:18451/get_updates.php")
-GUARDED = dict(HTTP, dll="guarded/ProductServices.dll")
+GUARDED = dict(HTTP, dll="guarded/ProductServices.dll", rounds=200, processes=2)
 HTTPS = dict(dll="BenchHttps.dll", rounds=200, address="https://127.0.0.1:18452/get_updates.php")
 
 # What; the series measured and the one beside it; the most that is good of their ratio; how they are run.
