@@ -5,7 +5,8 @@
 #include "ui/resource.h"
 
 #include <automation.h>
-#include <import_hook.h>
+
+#include <atomic>
 
 TEST_F(GuardTest, GivesBackWhatEachCallReports)
 {
@@ -95,7 +96,7 @@ static void CALLBACK OnTimer(HWND, UINT, UINT_PTR timer, DWORD)
 TEST_F(GuardTest, RefusesASecondCallWhileOneRuns)
 {
     const Guard guard(app);
-    int refused = 0;
+    std::atomic<int> refused = 0;
     const auto callAgain = [&] {
         GuardedCall second = record;
         second.apiKey = L""; // it would ask for nothing

@@ -122,7 +122,8 @@ TEST_F(UpgradeWindow, PaintsThePictureOfTheProductLine)
         const auto& colours = table["colours"][line["picture"]];
         Look([&](HWND center) {
             EXPECT_TRUE(HasColour(center, {30, 400}, Colour(colours["left"])));
-            EXPECT_TRUE(HasColour(center, {600, 28}, Colour(colours["behind the heading"])));
+            EXPECT_TRUE(HasColour(center, {600, 28}, Colour(colours["behind the heading"])))
+                << "right of its text";
         });
     }
 }
