@@ -1,13 +1,13 @@
 #include "host/current_call.h"
 
+#include "host/host_environment.h"
 #include "text/text_table.h"
-
-#include <shlwapi.h>
 
 namespace product_services {
 
 HostContext* CurrentHostContext = nullptr;
 TextTable* CurrentTextTable = nullptr;
+constinit CallEnvironment* CurrentEnvironment = &DefaultEnvironment;
 
 std::wstring HostText(const wchar_t* text)
 {
@@ -17,14 +17,6 @@ std::wstring HostText(const wchar_t* text)
 std::wstring CurrentText(std::int32_t id)
 {
     return LookupText(*CurrentTextTable, id);
-}
-
-void WriteResult(std::uint32_t resultCode, const std::wstring& text)
-{
-    CurrentHostContext->resultCode = resultCode;
-    if (CurrentHostContext->resultText) {
-        StrCpyW(CurrentHostContext->resultText, text.c_str());
-    }
 }
 
 } // namespace product_services

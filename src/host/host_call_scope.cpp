@@ -17,12 +17,19 @@ std::optional<ProductRecord> processRecord;
 
 } // namespace
 
-HostCallScope::HostCallScope(HostContext* context) : m_moduleState(AfxGetStaticModuleState())
+HostCallScope::HostCallScope(HostContext* context, CallEnvironment& environment)
+    : m_moduleState(AfxGetStaticModuleState())
 {
     CurrentHostContext = context;
+    CurrentEnvironment = &environment;
     const std::wstring languageCode = LanguageCodeFromId(context->languageId);
     CurrentTextTable = &GetTextTable(languageCode);
     m_record = &SelectProductRecord(HostText(context->productName), HostText(context->productVersion));
+}
+
+HostCallScope::~HostCallScope()
+{
+    CurrentEnvironment = &DefaultEnvironment;
 }
 
 bool HostCallScope::RequireRecord()

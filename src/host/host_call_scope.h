@@ -2,6 +2,7 @@
 
 #include <afxwin.h>
 
+#include "host/host_environment.h"
 #include "platform/product_record.h"
 #include "product_services/product_services.h"
 
@@ -14,8 +15,10 @@ namespace product_services {
 class HostCallScope
 {
 public:
-    /// Takes the host's record for the current one and chooses the texts and the stored product record.
-    explicit HostCallScope(HostContext* context);
+    /// Makes the structure and the environment the current ones, and chooses the texts and the stored product
+    /// record.
+    explicit HostCallScope(HostContext* context, CallEnvironment& environment = DefaultEnvironment);
+    ~HostCallScope();
 
     HostCallScope(const HostCallScope&) = delete;
     HostCallScope& operator=(const HostCallScope&) = delete;

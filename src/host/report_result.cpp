@@ -1,5 +1,6 @@
 #include "host/report_result.h"
 
+#include "host/call_environment.h"
 #include "host/current_call.h"
 #include "text/text_ids.h"
 
@@ -42,7 +43,7 @@ void ReportResult(std::uint32_t code)
         return;
     }
     const std::optional<TextId> id = MessageId(code);
-    WriteResult(code, id ? CurrentText(*id) : std::wstring());
+    CurrentEnvironment->WriteResult(code, id ? CurrentText(*id) : std::wstring());
 }
 
 } // namespace product_services

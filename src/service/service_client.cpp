@@ -3,24 +3,20 @@
 
 #include "service/service_client.h"
 
+#include "host/call_environment.h"
+#include "host/current_call.h"
 #include "service/curl_error_texts.h"
 #include "service/endpoints.h"
 #include "service/text_conversion.h"
 
 #include <curl/curl.h>
 #include <stdexcept>
-#include <windows.h>
 
 namespace product_services::ServiceClient {
 namespace {
 
 // One for the process: emptied by every post, filled by ReceiveReplyChunk or with a failure document.
 std::string replyBuffer;
-
-void ShowWaitCursor()
-{
-    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-}
 
 // {"status":0,"error":"Failed to connect() to host or proxy."}
 std::string FailureDocument(CURLcode code)
@@ -42,12 +38,15 @@ std::string FailureDocument(CURLcode code)
 
 void Transfer(CURL* handle, const std::string& address, const std::string& body)
 {
-    // Deliberate: nothing else is set. No time-out, no redirects, and the text of an HTTP error is a reply.
+    // Deliberate: nothing else is set here. No timeout, no redirects, and the text of an HTTP error is a
+    // reply.
     curl_easy_setopt(handle, CURLOPT_URL, address.c_str());
     curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, ReceiveReplyChunk);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
+    CurrentEnvironment->PrepareTransfer(handle);
     const CURLcode result = curl_easy_perform(handle);
+    CurrentEnvironment->OnTransferDone(handle, result, replyBuffer);
     if (result != CURLE_OK) {
         replyBuffer = FailureDocument(result);
     }
@@ -58,7 +57,7 @@ void Transfer(CURL* handle, const std::string& address, const std::string& body)
 std::string Post(std::string body, std::wstring url)
 {
     const std::string address = ToUtf8(url);
-    ShowWaitCursor();
+    CurrentEnvironment->ShowWaitCursor();
     replyBuffer.clear();
     curl_global_init(CURL_GLOBAL_ALL);
     CURL* handle = curl_easy_init();
@@ -72,7 +71,7 @@ std::string Post(std::string body, std::wstring url)
         curl_slist_free_all(headers);
     }
     // Deliberate: the arrow comes back when the window system next sets the cursor, not here.
-    ShowWaitCursor();
+    CurrentEnvironment->ShowWaitCursor();
     return replyBuffer;
 }
 

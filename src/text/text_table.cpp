@@ -2,23 +2,20 @@
 
 #include "text/language_file.h"
 
-#include <optional>
+#include <memory>
 #include <utility>
 #include <windows.h>
 
 namespace product_services {
 namespace {
 
-// Destroyed when the library is unloaded. The system guards its making: what the compiler brings for a local
-// static outlives the library.
-std::optional<TextTable> processTable;
-INIT_ONCE tableOnce = INIT_ONCE_STATIC_INIT;
+// Destroyed when the library is unloaded.
+std::unique_ptr<TextTable> processTable;
 
-// Ends the making of the table, on an exception's way out with leave to try again.
-struct EndOfOnce
-{
-    ~EndOfOnce() { InitOnceComplete(&tableOnce, processTable ? 0 : INIT_ONCE_INIT_FAILED, nullptr); }
-};
+// Initialised through Windows, because the guard that mingw uses for a local static would outlive the
+// library, and asynchronously, because a thread that is terminated in here would otherwise block all later
+// calls.
+INIT_ONCE textTableInitOnce = INIT_ONCE_STATIC_INIT;
 
 } // namespace
 
@@ -35,13 +32,19 @@ void TextTable::Set(TextId id, std::wstring text)
 TextTable& GetTextTable(std::wstring languageCode)
 {
     // Deliberate: the first call's language stays for the life of the process.
-    BOOL isFirst = FALSE;
-    InitOnceBeginInitialize(&tableOnce, 0, &isFirst, nullptr);
-    if (isFirst) {
-        const EndOfOnce end;
-        processTable.emplace(languageCode);
+    BOOL isPending = FALSE;
+    void* table = nullptr;
+    InitOnceBeginInitialize(&textTableInitOnce, INIT_ONCE_ASYNC, &isPending, &table);
+    if (isPending) {
+        auto newTable = std::make_unique<TextTable>(languageCode);
+        if (InitOnceComplete(&textTableInitOnce, INIT_ONCE_ASYNC, newTable.get())) {
+            processTable = std::move(newTable);
+            return *processTable;
+        }
+        // Another thread was faster.
+        InitOnceBeginInitialize(&textTableInitOnce, INIT_ONCE_CHECK_ONLY, &isPending, &table);
     }
-    return *processTable;
+    return *static_cast<TextTable*>(table);
 }
 
 std::wstring LookupText(TextTable& table, TextId id)

@@ -7,18 +7,6 @@
 #include "text/text_ids.h"
 
 namespace product_services {
-namespace {
-
-void ShowMessage(TextId id)
-{
-    // Deliberate: the error icon, for the good news of id 74 too.
-    MessageBoxW(
-        nullptr, CurrentText(id).c_str(), HostText(CurrentHostContext->productName).c_str(),
-        MB_OK | MB_ICONERROR);
-}
-
-} // namespace
-
 void RunUpdateCheck(HostCallScope& call)
 {
     if (!call.RequireRecord()) {
@@ -28,14 +16,14 @@ void RunUpdateCheck(HostCallScope& call)
         RequestUpdates(call.Record(), HostText(CurrentHostContext->apiKey), UpdateQuery::Check);
     switch (answer.kind) {
     case UpdateAnswer::Kind::Empty:
-        ShowMessage(text_ids::LatestVersion);
+        CurrentEnvironment->ShowMessage(text_ids::LatestVersion);
         break;
     case UpdateAnswer::Kind::Refusal:
-        ShowMessage(text_ids::NoInternet);
+        CurrentEnvironment->ShowMessage(text_ids::NoInternet);
         break;
     case UpdateAnswer::Kind::Offers:
         if (!answer.offers.empty()) {
-            WriteResult(PRODUCT_SERVICES_SUCCESS, answer.offers.front().url);
+            CurrentEnvironment->WriteResult(PRODUCT_SERVICES_SUCCESS, answer.offers.front().url);
         }
         break;
     case UpdateAnswer::Kind::NotAsked:

@@ -1,13 +1,12 @@
 #include "upgrade/product_upgrade.h"
 
+#include "host/call_environment.h"
 #include "host/current_call.h"
 #include "host/report_result.h"
 #include "text/text_ids.h"
 #include "ui/dialog_look.h"
 #include "ui/resource.h"
 #include "upgrade/offers.h"
-
-#include <shellapi.h>
 
 namespace product_services {
 namespace {
@@ -108,7 +107,7 @@ void ProductUpgrade::OnBuyNow()
         return;
     }
     const UpgradeOffer& offer = m_offers[static_cast<std::size_t>(row)];
-    ShellExecuteW(nullptr, nullptr, offer.url.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    CurrentEnvironment->OpenUrl(offer.url);
     ReportResult(PRODUCT_SERVICES_BROWSER_OPENED);
     EndDialog(IDOK);
 }

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "host/call_environment.h"
+
+namespace product_services {
+
+/// The environment of the two exports: the host's structure, message boxes, the shell, and a transfer with
+/// nothing but the transport's own options.
+class HostEnvironment : public CallEnvironment
+{
+public:
+    void WriteResult(std::uint32_t resultCode, const std::wstring& text) override;
+    void ShowMessage(TextId id) override;
+    void OpenUrl(const std::wstring& url) override;
+    void ShowWaitCursor() override;
+    void PrepareTransfer(CURL* handle) override;
+    void OnTransferDone(CURL* handle, CURLcode result, const std::string& reply) override;
+};
+
+extern HostEnvironment DefaultEnvironment;
+
+} // namespace product_services
