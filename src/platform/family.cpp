@@ -8,6 +8,7 @@ namespace product_services {
 using product_family::KnownApiKeys;
 
 constinit const ProductFamily Family{
+    product_family::PackageId,
     product_family::ServiceBaseAddress,
     product_family::RecordRegistryPath,
     {KnownApiKeys[0], KnownApiKeys[1], KnownApiKeys[2], KnownApiKeys[3], KnownApiKeys[4], KnownApiKeys[5]}};

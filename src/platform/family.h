@@ -5,6 +5,7 @@ namespace product_services {
 /// What the maker's product_family.json says. Texts and keys are never null.
 struct ProductFamily
 {
+    const wchar_t* packageId;
     const wchar_t* serviceBaseAddress;
     const wchar_t* recordRegistryPath;
     const wchar_t* knownApiKeys[6];

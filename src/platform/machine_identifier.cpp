@@ -1,5 +1,6 @@
 #include "platform/machine_identifier.h"
 
+#include "platform/family.h"
 #include "platform/registry.h"
 
 #include <array>
@@ -10,7 +11,7 @@
 namespace product_services {
 namespace {
 
-constexpr wchar_t HashedPrefix[] = L"ProductServices machine identifier\n";
+constexpr wchar_t HashPrefix[] = L"ProductServices machine identifier\n";
 
 // Kept, since the computer stays the same.
 std::wstring identifier;
@@ -58,10 +59,12 @@ std::wstring Hexadecimal(const Sha256Digest& digest)
     return text;
 }
 
+// The package id keeps two makers from joining their data by the identifier.
 std::wstring ComputeMachineIdentifier()
 {
+    const std::wstring text = std::wstring(HashPrefix) + Family.packageId + L'\n' + MachineName();
     Sha256Digest digest;
-    return Sha256(HashedPrefix + MachineName(), digest) ? Hexadecimal(digest) : std::wstring();
+    return Sha256(text, digest) ? Hexadecimal(digest) : std::wstring();
 }
 
 } // namespace
