@@ -149,7 +149,6 @@ private:
     void Detach();
 
     WNDPROC m_formerProc = nullptr;
-    CWnd* m_nextAttached = nullptr;
 
     DECLARE_MESSAGE_MAP()
 };

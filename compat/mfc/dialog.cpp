@@ -16,6 +16,35 @@ RECT WindowRect(HWND window)
     return rect;
 }
 
+// The head of an extended dialog template, for which Windows' headers have no name.
+#pragma pack(push, 2)
+struct ExtendedTemplate
+{
+    WORD version;
+    WORD signature; // 0xFFFF
+    DWORD helpId;
+    DWORD exStyle;
+    DWORD style;
+    WORD itemCount;
+    short x;
+    short y;
+};
+#pragma pack(pop)
+
+// Whether the template leaves the dialog in the corner. Where Windows then puts it depends on the taskbar.
+bool IsTemplateAtOrigin(UINT id)
+{
+    const HINSTANCE module = AfxGetResourceHandle();
+    const HRSRC resource = ::FindResourceW(module, MAKEINTRESOURCEW(id), RT_DIALOG);
+    const void* const data = resource ? ::LockResource(::LoadResource(module, resource)) : nullptr;
+    if (!data) {
+        return false;
+    }
+    const auto& extended = *static_cast<const ExtendedTemplate*>(data);
+    const auto& old = *static_cast<const DLGTEMPLATE*>(data);
+    return extended.signature == 0xFFFF ? extended.x == 0 && extended.y == 0 : old.x == 0 && old.y == 0;
+}
+
 // MFC registers the classes of the common controls by itself.
 void RegisterCommonControls()
 {
@@ -55,15 +84,15 @@ INT_PTR CALLBACK CDialog::DialogProc(HWND dialog, UINT message, WPARAM, LPARAM l
     return reinterpret_cast<CDialog*>(lParam)->InitDialog(dialog);
 }
 
-// A dialog that its template and its own initialisation leave in the corner comes up centred. The focus, and
-// the activation with it, wait until it is shown.
+// A dialog that its template leaves in the corner, and that its own initialisation does not move, comes up
+// centred. The focus, and the activation with it, wait until it is shown.
 BOOL CDialog::InitDialog(HWND dialog)
 {
     SubclassWindow(dialog);
     const RECT before = WindowRect(dialog);
     m_focusesFirstControl = OnInitDialog();
     const RECT after = WindowRect(dialog);
-    if (before.left == 0 && before.top == 0 && ::EqualRect(&before, &after)) {
+    if (IsTemplateAtOrigin(m_templateId) && ::EqualRect(&before, &after)) {
         CenterWindow();
     }
     return FALSE;

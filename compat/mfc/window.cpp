@@ -3,6 +3,7 @@
 #include "centred.h"
 
 #include <algorithm>
+#include <map>
 
 IMPLEMENT_DYNAMIC(CWnd, CCmdTarget)
 
@@ -11,8 +12,9 @@ END_MESSAGE_MAP()
 
 namespace {
 
-// The windows that have an object: a dialog and its controls, so a list is short enough.
-CWnd* firstAttached = nullptr;
+// The windows that have an object. An entry whose thread was terminated stays, and is never looked at again:
+// its window is gone.
+std::map<HWND, CWnd*> attachedWindows;
 
 } // namespace
 
@@ -24,8 +26,7 @@ CWnd::~CWnd()
 BOOL CWnd::SubclassWindow(HWND hWnd)
 {
     m_hWnd = hWnd;
-    m_nextAttached = firstAttached;
-    firstAttached = this;
+    attachedWindows[hWnd] = this;
     m_formerProc = reinterpret_cast<WNDPROC>(
         ::SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(AttachedWindowProc)));
     return TRUE;
@@ -33,11 +34,7 @@ BOOL CWnd::SubclassWindow(HWND hWnd)
 
 void CWnd::Detach()
 {
-    CWnd** link = &firstAttached;
-    while (*link != this) {
-        link = &(*link)->m_nextAttached;
-    }
-    *link = m_nextAttached;
+    attachedWindows.erase(m_hWnd);
     ::SetWindowLongPtrW(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_formerProc));
     m_hWnd = nullptr;
     if (m_continuesModal) {
@@ -49,11 +46,8 @@ void CWnd::Detach()
 
 CWnd* CWnd::FindAttached(HWND window)
 {
-    CWnd* candidate = firstAttached;
-    while (candidate && candidate->m_hWnd != window) {
-        candidate = candidate->m_nextAttached;
-    }
-    return candidate;
+    const auto found = attachedWindows.find(window);
+    return found == attachedWindows.end() ? nullptr : found->second;
 }
 
 LRESULT CALLBACK CWnd::AttachedWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
