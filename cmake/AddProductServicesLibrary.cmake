@@ -1,6 +1,5 @@
 # What a product family brings is compiled for each; the rest is in product_services_core.
 set(PRODUCT_FAMILY_SOURCE "${PROJECT_SOURCE_DIR}/src/platform/family.cpp")
-
 # So is what asks for the state of its module, which MFC tells apart in DLLs and programs.
 set(PRODUCT_MODULE_SOURCE "${PROJECT_SOURCE_DIR}/src/host/host_call_scope.cpp")
 set(TIDY_PDB "${CMAKE_CURRENT_LIST_DIR}/tidy_pdb.py")
@@ -8,21 +7,33 @@ set(TIDY_PDB "${CMAKE_CURRENT_LIST_DIR}/tidy_pdb.py")
 # add_product_services_library(TARGET NAME HEADER_DIR PICTURE_DIR): the DLL NAME.dll of a product family, with
 # the headers that make_family_headers made in HEADER_DIR.
 function(add_product_services_library target name header_dir picture_dir)
-    add_library(${target} SHARED
-        ${PRODUCT_FAMILY_SOURCE}
-        ${PRODUCT_MODULE_SOURCE}
-        "${PROJECT_SOURCE_DIR}/src/host/application.cpp"
-        "${PROJECT_SOURCE_DIR}/src/host/exports.cpp"
-        "${PROJECT_SOURCE_DIR}/src/product_services.def"
-        "${PROJECT_SOURCE_DIR}/src/ui/product_services.rc")
+    set(src "${PROJECT_SOURCE_DIR}/src")
+    add_library(${target} SHARED "${src}/host/exports.cpp" "${src}/product_services.def")
+    target_link_libraries(${target} PRIVATE product_services_core)
+    finish_family_library(${target} ${name} "${src}/ui/product_services.rc" "${header_dir}" "${picture_dir}")
+endfunction()
+
+# add_guard_library(TARGET NAME HEADER_DIR PICTURE_DIR): the same with guarded calls.
+function(add_guard_library target name header_dir picture_dir)
+    set(guard "${PROJECT_SOURCE_DIR}/guard")
+    add_library(${target} SHARED "${guard}/calls/guarded_calls.cpp" "${guard}/product_services_guard.def")
+    target_link_libraries(${target} PRIVATE product_services_guard_core)
+    finish_family_library(${target} ${name} "${guard}/product_services_guard.rc" "${header_dir}" "${picture_dir}")
+endfunction()
+
+# What both have in common: the family, MFC and libcurl.
+function(finish_family_library target name resource_script header_dir picture_dir)
+    target_sources(${target} PRIVATE ${PRODUCT_FAMILY_SOURCE} ${PRODUCT_MODULE_SOURCE}
+        "${PROJECT_SOURCE_DIR}/src/host/application.cpp" "${resource_script}")
     target_include_directories(${target} PRIVATE "${header_dir}" "${picture_dir}"
         "${PROJECT_SOURCE_DIR}/src/ui" "${PROJECT_SOURCE_DIR}/product_family")
-    target_link_libraries(${target} PRIVATE product_services_core CURL::libcurl)
+    target_link_libraries(${target} PRIVATE CURL::libcurl)
     target_compile_definitions(${target} PRIVATE _USRDLL)
     set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} PREFIX "" USES_MFC ON)
     family_picture_files(pictures "${picture_dir}")
-    script_depends(${target} "${PROJECT_SOURCE_DIR}/src/ui/product_services.rc" "${header_dir}" ${pictures}
-        "${PROJECT_SOURCE_DIR}/src/ui/upgrade_dialog.rc" "${PROJECT_SOURCE_DIR}/src/ui/resource.h")
+    script_depends(${target} "${resource_script}" "${header_dir}" ${pictures}
+        "${PROJECT_SOURCE_DIR}/src/ui/library.rc" "${PROJECT_SOURCE_DIR}/src/ui/upgrade_dialog.rc"
+        "${PROJECT_SOURCE_DIR}/src/ui/resource.h")
     if(MINGW)
         target_sources(${target} PRIVATE
             "${PROJECT_SOURCE_DIR}/compat/mfc/dll_main.cpp"

@@ -1,21 +1,21 @@
-// Functions of Windows' libraries that few hosts need.
+// Functions of Windows' libraries that are loaded at the first need.
 #pragma once
 
 #include <windows.h>
 
 namespace product_services_guard {
 
-/// A function of a library in the system's folder; an import would also look beside the program. The library
-/// stays loaded, since its threads may outlive a call. Null where there is none.
+/// A function of a library in the system folder; an import would also look beside the program. The library
+/// stays loaded, because its threads may outlive a call. Null if there is none.
 template <typename Function>
-Function* FindSystemFunction(const wchar_t* library, const char* name)
+Function* LoadSystemFunction(const wchar_t* library, const char* name)
 {
     const HMODULE module = LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    void* const found = module ? reinterpret_cast<void*>(GetProcAddress(module, name)) : nullptr;
-    return reinterpret_cast<Function*>(found);
+    void* const address = module ? reinterpret_cast<void*>(GetProcAddress(module, name)) : nullptr;
+    return reinterpret_cast<Function*>(address);
 }
 
 } // namespace product_services_guard
 
-#define SYSTEM_FUNCTION(library, name)                                                                       \
-    product_services_guard::FindSystemFunction<decltype(name)>(library, #name)
+#define LOAD_SYSTEM_FUNCTION(library, name)                                                                  \
+    product_services_guard::LoadSystemFunction<decltype(name)>(library, #name)

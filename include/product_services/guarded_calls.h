@@ -1,162 +1,192 @@
 /** @file
- * Guarded calls: the two calls of ProductServices.dll for hosts that cannot catch C++ exceptions, in C, C#,
- * Delphi, Go, Python or C++ of another compiler. They are in ProductServicesGuard.dll, which finds
- * ProductServices.dll in its own folder and nowhere else, loads it at the first call and keeps it.
+ * Guarded calls: the update check and the upgrade center for hosts of any compiler and language. They are in
+ * ProductServicesGuard.dll, which a host ships instead of ProductServices.dll.
  *
- * Whatever the service or a language file holds, a guarded call returns, with plain values, and writes no
- * further than the capacity that comes with the buffer. A second call while one runs, from whatever thread,
- * is refused and does not disturb the first. All else is as product_services.h says: the thread, the windows,
- * and the first call that wins.
+ * A guarded call returns, whatever the service sends and a language file holds. It verifies the service's
+ * certificate, ends within a time limit, reports and opens https URLs only, and writes no further than the
+ * capacity of the host's buffer. It throws nothing.
  *
- * The calls have the one calling convention of 64-bit Windows. They throw nothing.
+ * Threads: call GuardedUpgrade, and GuardedCheckForUpdates without PRODUCT_SERVICES_OPTION_QUIET, on the
+ * thread that runs the host's user interface. A quiet check may be made on any thread. One call runs at a
+ * time: a second one returns PRODUCT_SERVICES_OUTCOME_BUSY at once, from whatever thread. Do not leave a call
+ * by longjmp.
+ *
+ * First call wins: the first call of a process fixes the language and the installed product for the life of
+ * the process.
  *
  * @since 1.0, all that is here.
  */
 #ifndef PRODUCT_SERVICES_GUARDED_CALLS_H
 #define PRODUCT_SERVICES_GUARDED_CALLS_H
 
+#include "product_services/annotations.h"
 #include "product_services/product_services.h"
 #include "product_services/publisher.h"
 
-/** How a guarded call ended. */
-enum ProductServicesOutcome
+/** How a guarded call ended. A host treats a value that it does not know as PRODUCT_SERVICES_OUTCOME_FAILED.
+ * If no other text is named, the text is a sentence in English that says what happened. */
+typedef enum ProductServicesOutcome PRODUCT_SERVICES_ENUM_TYPE
 {
-    /** The call had nothing to report; the text is empty. */
-    PRODUCT_SERVICES_NOTHING_REPORTED = 0,
-    /** resultCode holds what was reported, the text its message or, with 200, the download address. */
-    PRODUCT_SERVICES_REPORTED = 1,
-    /** The reply made no sense, or the call failed in another way; the text is that of the error. */
-    PRODUCT_SERVICES_CALL_FAILED = 2,
-    /** ProductServices.dll could not be called, or another call runs; the text is a sentence that says why.
+    /** Another failure, such as a lack of memory. The text is the error's. */
+    PRODUCT_SERVICES_OUTCOME_FAILED = 0,
+    /** A check found a newer release. The text is its download URL. */
+    PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE = 1,
+    /** The service has nothing newer, or nothing to sell. The text is the library's message, if it has one.
      */
-    PRODUCT_SERVICES_NOT_CALLED = 3,
-    /**
-     * The record cannot be used, and nothing was sent. Where options or trustedHosts are to blame, the text
-     * is a sentence that says why; where the record is null or too small, nothing was written.
+    PRODUCT_SERVICES_OUTCOME_UP_TO_DATE = 2,
+    /** The user chose an offer of the upgrade center, and its purchase URL was handed to the browser. The
+     * text is the library's message. */
+    PRODUCT_SERVICES_OUTCOME_BROWSER_OPENED = 3,
+    /** The user left the upgrade center without buying. The text is the library's message. */
+    PRODUCT_SERVICES_OUTCOME_USER_QUIT = 4,
+    /** The registry has no record of the product: its installer did not write one, or the first call of this
+     *  process named another product. The text is the library's message. */
+    PRODUCT_SERVICES_OUTCOME_NO_PRODUCT_RECORD = 5,
+    /** The API key, or the product key in the record, is empty. The service was not asked for releases. */
+    PRODUCT_SERVICES_OUTCOME_NOTHING_SENT = 6,
+    /** The service refused, or its connectivity probe did not answer "1". The text is the reason that the
+     * service gives, or else the library's message. */
+    PRODUCT_SERVICES_OUTCOME_REFUSED = 7,
+    /** The service answered with a status that is neither a refusal nor an offer. The text names the status.
      */
-    PRODUCT_SERVICES_BAD_RECORD = 4,
-    /**
-     * The service gave an address that does not lead to one of trustedHosts. It was not opened and not
-     * reported; the text is the address. Do not open it.
+    PRODUCT_SERVICES_OUTCOME_OTHER_STATUS = 8,
+    /** The service could not be reached, or the connection broke. The text is libcurl's description. */
+    PRODUCT_SERVICES_OUTCOME_UNREACHABLE = 9,
+    /** The time limit was exceeded. */
+    PRODUCT_SERVICES_OUTCOME_TIMED_OUT = 10,
+    /** The host set the cancel flag, or ended its message loop (WM_QUIT) while the upgrade center was open.
      */
-    PRODUCT_SERVICES_UNTRUSTED_ADDRESS = 5,
-    /** A message was not shown, since the check is quiet; the text is the message. */
-    PRODUCT_SERVICES_MESSAGE_WITHHELD = 6
-};
+    PRODUCT_SERVICES_OUTCOME_CANCELLED = 11,
+    /** The service's certificate is not valid, and no request was sent. The text says whose certificate it
+     * is, who issued it, and what is wrong with it. */
+    PRODUCT_SERVICES_OUTCOME_UNTRUSTED_CERTIFICATE = 12,
+    /** The service gave a URL that is not allowed, see GuardedCallParams::trustedHosts. It was neither opened
+     * nor reported. The text is the URL: do not open it. */
+    PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS = 13,
+    /** The reply could not be understood. The text is the parser's. */
+    PRODUCT_SERVICES_OUTCOME_INVALID_REPLY = 14,
+    /** Another guarded call is in progress. */
+    PRODUCT_SERVICES_OUTCOME_BUSY = 15,
+    /** A member of the structure has a value that cannot be used, and nothing was sent. The text says which.
+     * If the structure is null or its size is not set, nothing was written. */
+    PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER = 16
+} ProductServicesOutcome;
 
-/** What GuardedCall::options may hold, added up. */
-enum ProductServicesOption
+/** Flags for GuardedCallParams::options. Each makes a call laxer or adds something to it. */
+typedef enum ProductServicesOptions PRODUCT_SERVICES_ENUM_TYPE
 {
+    /** Show no message box, no wait cursor, and make no sound: for checks that the user has not asked for.
+     * For GuardedCheckForUpdates only; GuardedUpgrade refuses it. */
+    PRODUCT_SERVICES_OPTION_QUIET = 1,
+    /** Show the upgrade center with the host's DPI awareness, which leaves its picture small on screens
+     * beyond 100 %. Without this flag Windows scales the window as a whole. */
+    PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS = 2,
+    /** Accept any certificate, as ProductServices.dll does: anybody on the network can then answer in the
+     * service's place. For development services. */
+    PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE = 4,
     /**
-     * The check shows no message box and makes no sound, for checks that the user has not asked for. For
-     * GuardedCheckForUpdates alone.
+     * Use the proxy that is configured in Windows, for this call only. The environment variables https_proxy,
+     * all_proxy and no_proxy take precedence where they are set.
+     *
+     * If Windows has automatic detection (WPAD) or a configuration script (PAC) set, the script is asked for
+     * the service's URL, and the first of its proxies that accepts a connection is used; a script that cannot
+     * be fetched or run counts as none. If there is no script, the configured proxy is used unless the bypass
+     * list names the service. Detected scripts get no logon of the user. SOCKS proxies are not supported, and
+     * neither are proxies that demand a logon (HTTP status 407).
      */
-    PRODUCT_SERVICES_QUIET = 1,
-    /**
-     * The upgrade center is scaled as the windows of the host are, which leaves its picture small on screens
-     * of more than 100 %. Without this the system enlarges the window as a whole.
-     */
-    PRODUCT_SERVICES_HOST_SCALING = 2
-};
+    PRODUCT_SERVICES_OPTION_SYSTEM_PROXY = 8
+} ProductServicesOptions;
 
-/** The record of a guarded call, which the host owns with all that it points to. Zero it, then fill it in. */
-typedef struct GuardedCall
+/** For GuardedCallParams::timeLimitMs: no limit. */
+#define PRODUCT_SERVICES_NO_TIME_LIMIT 0xFFFFFFFFu
+
+/** In GuardedCallParams::resultCode: the call has reported no result code. */
+#define PRODUCT_SERVICES_NO_RESULT 0xFFFFFFFFu
+
+/**
+ * The parameters of a guarded call. The host owns the structure and everything that it points to, and changes
+ * neither until the call returns. Zero it, set size, then fill in what is needed: a zeroed member is the safe
+ * choice.
+ *
+ * Later versions add members at the end. A member counts if `size` reaches past it, so a host that was built
+ * with an older header keeps working: members that it does not have read as zero and are not written.
+ */
+typedef struct GuardedCallParams
 {
-    /** In: sizeof(GuardedCall). Members behind it are not read: an older host's record is shorter. */
+    /** In: sizeof(GuardedCallParams). */
     uint32_t size;
-    /** In: as in HostContext, like the three texts; null reads as an empty text. */
+    /** In: a ProductServicesLanguage; any other value is English unless there is a language file for US. */
     int32_t languageId;
-    const wchar_t* productName;    /**< In: display name of the calling product, as in HostContext. */
-    const wchar_t* productVersion; /**< In: its version text, as in HostContext. */
-    const wchar_t* apiKey;         /**< In: its service API key, as in HostContext. */
-    /** In: the buffer for the text. Null: the text is not wanted. */
-    wchar_t* text;
-    /** In: how many wchar_t the buffer holds, the terminating NUL included. */
-    uint32_t textCapacity;
-    /** Out: a ProductServicesResultCode where the outcome is PRODUCT_SERVICES_REPORTED, else 0xFFFFFFFF. */
-    uint32_t resultCode;
-    /** Out: 1 where the text was longer than the buffer and was cut, at a whole character; else 0. */
-    uint32_t isTextCut;
-    /** In: a sum of ProductServicesOption. Not read of a record without trustedHosts. */
-    uint32_t options;
+    const wchar_t* productName; /**< In: display name of the calling product. Null reads as an empty text. */
+    const wchar_t* productVersion; /**< In: its version text; selects the record together with productName. */
+    const wchar_t* apiKey;         /**< In: its service API key. */
     /**
-     * In: the hosts that an address of the service may lead to, such as
+     * In: the hosts that a URL of the service may lead to, such as
      *
      *     L"example.com;*.example.com;shop.example.org:8443"
      *
-     * or null for any. Entries are separated by semicolons; each is a name, or "*." and a name for all names
-     * below it but not itself, and a port where that is not 443. Upper and lower case are the same.
+     * or null for any host. Entries are separated by semicolons. Each is a host name, or "*." and a name for
+     * all of its subdomains but not the name itself, and a port if that is not 443. Case does not matter.
      *
-     * An address is trusted where it is https and leads to an entry's host and port, and is in its plain
-     * form, which all readers of addresses read alike: "https://", a name, ":" and a port or nothing, and
-     * then the end or "/" and whatever may follow in an address (RFC 3986), 2,083 characters at most. A name
-     * is labels of ASCII letters, digits and inner hyphens with single dots between, of which the last is no
-     * number: an IP address is never trusted. Names of other scripts are written as in the DNS ("xn--...").
+     * With or without a list, a URL must be written in a strict form that every URL parser reads the same
+     * way: "https://", a host name, ":" and a port if there is one, and then the end or "/" and whatever may
+     * follow in a URL (RFC 3986), 2,083 characters at most. A host name consists of labels of ASCII letters,
+     * digits and inner hyphens, separated by dots; its last label is not a number, so IP addresses are
+     * refused. Internationalized names are written as in the DNS ("xn--...").
      *
-     * What is not trusted ends the call with PRODUCT_SERVICES_UNTRUSTED_ADDRESS: the download address of a
-     * check, and the purchase address of a chosen offer, which is then not handed to the shell.
+     * Any other URL ends the call with PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS: the download URL of a
+     * check, and the purchase URL of a chosen offer, which is then not handed to the shell.
      */
     const wchar_t* trustedHosts;
-} GuardedCall;
+    /** In: a bitwise OR of ProductServicesOptions flags. */
+    uint32_t options;
+    /**
+     * In: the time in milliseconds that all transfers of the call may take together, including the search for
+     * a proxy. 0: 30 seconds. PRODUCT_SERVICES_NO_TIME_LIMIT: none. Time with a window open does not count.
+     *
+     * Host names are resolved on the calling thread in Windows' own time, which the limit does not cut short.
+     */
+    uint32_t timeLimitMs;
+    /** In: the host may set this flag to a value other than 0, from any thread, to end the transfers of the
+     * call; it is looked at several times a second. An open window remains the user's to close. Null: none.
+     */
+    const volatile uint32_t* cancelFlag;
+    /** In: the buffer for the text that ProductServicesOutcome describes. Null: the text is not wanted. */
+    wchar_t* resultText;
+    /** In: how many wchar_t the buffer holds, the terminating NUL included. */
+    uint32_t resultTextCapacity;
+    /** Out: the ProductServicesResultCode that the call has reported, with the outcomes NEWER_RELEASE,
+     * UP_TO_DATE, BROWSER_OPENED, USER_QUIT, NO_PRODUCT_RECORD and REFUSED; else PRODUCT_SERVICES_NO_RESULT.
+     */
+    uint32_t resultCode;
+    /** Out: 1 if the text was longer than the buffer and was truncated, at a whole character; else 0. */
+    uint32_t isTextTruncated;
+    uint32_t reserved; /**< Not used yet. */
+} GuardedCallParams;
 
-/** What UseWindowsProxy found. */
-enum ProductServicesProxy
-{
-    /** Windows has no proxy for the service, or none that can be reached; nothing was changed. */
-    PRODUCT_SERVICES_PROXY_NONE = 0,
-    /** The proxy was taken over; the text is its address. */
-    PRODUCT_SERVICES_PROXY_TAKEN = 1,
-    /** https_proxy or all_proxy is set already; nothing was changed. */
-    PRODUCT_SERVICES_PROXY_KEPT = 2,
-    /** The address or the settings could not be read; nothing was changed, and the text says why. */
-    PRODUCT_SERVICES_PROXY_FAILED = 3
-};
-
-static_assert(offsetof(GuardedCall, text) == 32, "GuardedCall layout");
-static_assert(offsetof(GuardedCall, trustedHosts) == 56, "GuardedCall layout");
-static_assert(sizeof(GuardedCall) == 64, "GuardedCall layout");
+static_assert(offsetof(GuardedCallParams, trustedHosts) == 32, "GuardedCallParams layout");
+static_assert(offsetof(GuardedCallParams, cancelFlag) == 48, "GuardedCallParams layout");
+static_assert(offsetof(GuardedCallParams, resultText) == 56, "GuardedCallParams layout");
+static_assert(sizeof(GuardedCallParams) == 80, "GuardedCallParams layout");
+static_assert(sizeof(ProductServicesOutcome) == 4, "outcomes have 32 bits");
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/** CheckForUpdates, guarded. Returns a ProductServicesOutcome. */
-uint32_t GuardedCheckForUpdates(GuardedCall* call);
-
-/** Upgrade, guarded. Returns a ProductServicesOutcome. */
-uint32_t GuardedUpgrade(GuardedCall* call);
-
 /**
- * Takes over the proxy that the user's Windows settings name, for this process: sets the environment
- * variables https_proxy and no_proxy, which the library's transfers read. They reach every other libcurl of
- * the process, and the processes that it starts. A variable that is set already stays. Returns a
- * ProductServicesProxy. No other call does this by itself.
+ * Asks the service whether a newer release of the calling product exists.
  *
- * serviceAddress is the address of the maker's service, https://host[:port][/path] in ASCII, such as
- * L"https://services.example.com"; another form is PRODUCT_SERVICES_PROXY_FAILED. Windows' exceptions are
- * matched against its host and port as Windows does: an entry is [scheme://]host[:port], the host the whole
- * name, with * for any characters and ? for one, or `<local>` for names without a dot. no_proxy becomes
- * that host, or is left unset; where it is set already and Windows excepts the service, the result is
- * PRODUCT_SERVICES_PROXY_NONE. Proxies are [protocol=][http[s]://]host[:port], for https or for all; the
- * port is 80 (443 after https://) where none is named. SOCKS is not taken.
- *
- * A configuration script is asked about the address, within Windows' own time-outs. The first of its proxies
- * that accepts a connection is taken; each address of each proxy is tried for two seconds, beside the time
- * to look up its name. Where none accepts one, the service is asked directly: PRODUCT_SERVICES_PROXY_NONE. A
- * script that was detected on the network gets no sign-on of the user; one that the user has configured
- * does.
- *
- * Null: scripts and detection are left aside, and the exceptions are translated as far as no_proxy can say
- * them.
- *
- * After PRODUCT_SERVICES_PROXY_TAKEN, a further call is PRODUCT_SERVICES_PROXY_KEPT. To read the settings
- * anew, first clear what it has set: https_proxy, and no_proxy (SetEnvironmentVariableW with null). A proxy
- * that demands Windows' own sign-on (407) is not passed: calls then end as without internet, with 940 or a
- * box.
- *
- * text and textCapacity are as in GuardedCall. One thread at a time.
+ * Without PRODUCT_SERVICES_OPTION_QUIET, the user is told in a message box that the product is up to date
+ * (UP_TO_DATE), or that there is no connection (REFUSED, UNREACHABLE, TIMED_OUT). Everything else is the
+ * host's to tell.
  */
-uint32_t UseWindowsProxy(const wchar_t* serviceAddress, wchar_t* text, uint32_t textCapacity);
+ProductServicesOutcome PRODUCT_SERVICES_CALL
+GuardedCheckForUpdates(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
+
+/** Shows the upgrade center, if the service has offers. Everything else is the host's to tell. */
+ProductServicesOutcome PRODUCT_SERVICES_CALL
+GuardedUpgrade(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
 
 #ifdef __cplusplus
 }

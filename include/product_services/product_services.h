@@ -4,7 +4,7 @@
  * The interface of ProductServices.dll for C11 and C++ hosts (64-bit Windows).
  *
  * Threads: call both functions on the thread that runs the host's user interface, one call at a
- * time. A call blocks that thread until the service has answered (no time-out is set) and every
+ * time. A call blocks that thread until the service has answered (no timeout is set) and every
  * window that the call opened is closed. The windows have no owner, so no window of the host is
  * disabled meanwhile: the host itself keeps its user from starting a second call.
  *
@@ -16,6 +16,7 @@
 #ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_H
 #define PRODUCT_SERVICES_PRODUCT_SERVICES_H
 
+#include "product_services/annotations.h"
 #include "product_services/version.h"
 
 #include <assert.h>
@@ -64,7 +65,7 @@ enum ProductServicesLanguage
 };
 
 /**
- * The record that a host passes to every call. The host owns it and every buffer that it points to;
+ * The structure that a host passes to every call. The host owns it and every buffer that it points to;
  * texts are NUL-terminated UTF-16 and stay valid for the whole call. A null text reads as an empty one.
  *
  * Set resultCode and resultText before each call: a call that has nothing to report leaves both as they
@@ -112,8 +113,8 @@ static_assert(offsetof(HostContext, reserved3) == 64, "HostContext layout");
 static_assert(offsetof(HostContext, reserved4) == 72, "HostContext layout");
 static_assert(sizeof(HostContext) == 80, "HostContext layout");
 
-/* Exceptions leave the calls. Without saying so, a compiler may take C functions for such as never throw, as
- * Visual Studio does by default (/EHsc), and drop the handlers around them. */
+/* Declared noexcept(false) because compilers may assume that extern "C" functions do not throw (Visual Studio
+ * does with /EHsc, its default) and remove the catch blocks around calls to them. */
 #ifdef __cplusplus
 #define PRODUCT_SERVICES_THROWS noexcept(false)
 extern "C" {
@@ -138,7 +139,8 @@ extern "C" {
  * shape than the service's (parse error 101, type errors 302 and 305, out of range 406), or a text that is
  * not convertible ("bad conversion"). resultCode and resultText are then as the host set them.
  */
-void CheckForUpdates(HostContext* context) PRODUCT_SERVICES_THROWS;
+void PRODUCT_SERVICES_CALL CheckForUpdates(PRODUCT_SERVICES_INOUT_OPT HostContext* context)
+    PRODUCT_SERVICES_THROWS;
 
 /**
  * Shows the upgrade center: the newer products on offer, of which the user may open one's purchase
@@ -152,7 +154,7 @@ void CheckForUpdates(HostContext* context) PRODUCT_SERVICES_THROWS;
  *
  * A null context is ignored. Exceptions leave the call as with CheckForUpdates.
  */
-void Upgrade(HostContext* context) PRODUCT_SERVICES_THROWS;
+void PRODUCT_SERVICES_CALL Upgrade(PRODUCT_SERVICES_INOUT_OPT HostContext* context) PRODUCT_SERVICES_THROWS;
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,6 @@
 /// @file
-/// The guarded calls for C++17 and later, of any compiler: what crosses the DLL's border is the C interface
-/// of guarded_calls.h. All of it is in this header.
+/// The guarded calls for C++20 and later, of any compiler: what crosses the border of the DLL is the C
+/// interface of guarded_calls.h. Everything is in this header.
 ///
 /// @since 1.0, all that is here.
 #ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_HPP
@@ -8,70 +8,95 @@
 
 #include "product_services/guarded_calls.h"
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <version>
+
+#ifdef __cpp_lib_jthread
+#include <stop_token>
+#endif
 
 /// The guarded calls in C++.
 namespace product_services {
 
-/// The calling product. The members mean what those of GuardedCall mean.
-struct Product
+/// ProductServicesOutcome. A value that is not here, of a newer DLL, is to be treated as Failed.
+enum class Outcome : std::uint32_t
 {
-    /// GuardedCall::productName.
-    std::wstring name;
-    /// GuardedCall::productVersion.
-    std::wstring version;
-    /// GuardedCall::apiKey.
-    std::wstring apiKey;
+    Failed = PRODUCT_SERVICES_OUTCOME_FAILED,                     ///< ..._OUTCOME_FAILED.
+    NewerRelease = PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE,        ///< ..._OUTCOME_NEWER_RELEASE.
+    UpToDate = PRODUCT_SERVICES_OUTCOME_UP_TO_DATE,               ///< ..._OUTCOME_UP_TO_DATE.
+    BrowserOpened = PRODUCT_SERVICES_OUTCOME_BROWSER_OPENED,      ///< ..._OUTCOME_BROWSER_OPENED.
+    UserQuit = PRODUCT_SERVICES_OUTCOME_USER_QUIT,                ///< ..._OUTCOME_USER_QUIT.
+    NoProductRecord = PRODUCT_SERVICES_OUTCOME_NO_PRODUCT_RECORD, ///< ..._OUTCOME_NO_PRODUCT_RECORD.
+    NothingSent = PRODUCT_SERVICES_OUTCOME_NOTHING_SENT,          ///< ..._OUTCOME_NOTHING_SENT.
+    Refused = PRODUCT_SERVICES_OUTCOME_REFUSED,                   ///< ..._OUTCOME_REFUSED.
+    OtherStatus = PRODUCT_SERVICES_OUTCOME_OTHER_STATUS,          ///< ..._OUTCOME_OTHER_STATUS.
+    Unreachable = PRODUCT_SERVICES_OUTCOME_UNREACHABLE,           ///< ..._OUTCOME_UNREACHABLE.
+    TimedOut = PRODUCT_SERVICES_OUTCOME_TIMED_OUT,                ///< ..._OUTCOME_TIMED_OUT.
+    Cancelled = PRODUCT_SERVICES_OUTCOME_CANCELLED,               ///< ..._OUTCOME_CANCELLED.
+    UntrustedCertificate =
+        PRODUCT_SERVICES_OUTCOME_UNTRUSTED_CERTIFICATE,            ///< ..._OUTCOME_UNTRUSTED_CERTIFICATE.
+    UntrustedAddress = PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS, ///< ..._OUTCOME_UNTRUSTED_ADDRESS.
+    InvalidReply = PRODUCT_SERVICES_OUTCOME_INVALID_REPLY,         ///< ..._OUTCOME_INVALID_REPLY.
+    Busy = PRODUCT_SERVICES_OUTCOME_BUSY,                          ///< ..._OUTCOME_BUSY.
+    InvalidParameter = PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER  ///< ..._OUTCOME_INVALID_PARAMETER.
+};
+
+/// The parameters of a call.
+struct CallParams
+{
+    /// GuardedCallParams::productName.
+    std::wstring productName = {};
+    /// GuardedCallParams::productVersion.
+    std::wstring productVersion = {};
+    /// GuardedCallParams::apiKey.
+    std::wstring apiKey = {};
     /// A ProductServicesLanguage.
     std::int32_t languageId = 0;
-    /// The hosts that an address of the service may lead to, as GuardedCall::trustedHosts; empty for any.
-    std::wstring trustedHosts;
-    /// A sum of ProductServicesOption.
-    std::uint32_t options = 0;
+    /// GuardedCallParams::trustedHosts; empty for any host.
+    std::wstring trustedHosts = {};
+    /// PRODUCT_SERVICES_OPTION_QUIET.
+    bool isQuiet = false;
+    /// PRODUCT_SERVICES_OPTION_SYSTEM_PROXY.
+    bool usesSystemProxy = false;
+    /// PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE.
+    bool acceptsAnyCertificate = false;
+    /// PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS.
+    bool usesHostDpiAwareness = false;
+    /// GuardedCallParams::timeLimitMs. Nothing: the DLL's default of 30 seconds. NoTimeLimit: none.
+    std::optional<std::chrono::milliseconds> timeLimit = std::nullopt;
+#ifdef __cpp_lib_jthread
+    /// Ends the transfers of the call when a stop is requested, as GuardedCallParams::cancelFlag does.
+    std::stop_token stopToken = {};
+#endif
 };
 
-/// What a call reported.
-struct Report
-{
-    /// A ProductServicesResultCode.
-    std::uint32_t code = 0;
-    /// Its message or, with PRODUCT_SERVICES_SUCCESS, the download address.
-    std::wstring text;
-};
+/// For CallParams::timeLimit.
+inline constexpr std::chrono::milliseconds NoTimeLimit = (std::chrono::milliseconds::max)();
 
-/// What a guarded call returned.
-struct CallResult
+/// What a call returned.
+struct [[nodiscard]] CallResult
 {
-    /// Empty where the call had nothing to report, and where it failed.
-    std::optional<Report> report;
-    /// Why the call failed; empty where it did not.
-    std::optional<std::wstring> error;
-    /// An address that leads to none of trustedHosts: not to be opened.
-    std::optional<std::wstring> untrustedAddress;
-    /// What a quiet check would have told the user.
-    std::optional<std::wstring> withheldMessage;
     /// How the call ended.
-    ProductServicesOutcome outcome = PRODUCT_SERVICES_NOT_CALLED;
-    /// Whether the text was longer than 65,535 characters and was cut.
-    bool isTextCut = false;
-};
-
-/// What UseWindowsProxy found.
-struct ProxyResult
-{
-    /// What was found.
-    ProductServicesProxy found = PRODUCT_SERVICES_PROXY_FAILED;
-    /// The proxy's address, or why the settings could not be read.
+    Outcome outcome = Outcome::Failed;
+    /// The text that ProductServicesOutcome describes: with NewerRelease, the download URL.
     std::wstring text;
+    /// The ProductServicesResultCode that the call has reported, if any.
+    std::optional<std::uint32_t> resultCode;
+    /// Whether the text was longer than 65,535 characters and was truncated.
+    bool isTextTruncated = false;
 };
 
-/// What VerifyPublisher found.
-struct PublisherResult
+/// What VerifyPublisher or StartVerifiedFile found.
+struct [[nodiscard]] PublisherResult
 {
-    /// Start the file only where this is PRODUCT_SERVICES_PUBLISHER_TRUSTED.
-    ProductServicesPublisher found = PRODUCT_SERVICES_PUBLISHER_UNREADABLE;
+    /// Start the file only if this is PRODUCT_SERVICES_PUBLISHER_TRUSTED.
+    ProductServicesPublisherResult status = PRODUCT_SERVICES_PUBLISHER_FILE_ERROR;
     /// A sentence that says what was found.
     std::wstring text;
 };
@@ -80,39 +105,59 @@ namespace detail {
 
 constexpr std::uint32_t TextCapacity = 0x10000;
 
-inline CallResult Call(std::uint32_t (*function)(GuardedCall*), const Product& product)
+// A limit that does not fit, or is not positive, is the nearest one that does.
+inline std::uint32_t ToTimeLimitMs(const std::optional<std::chrono::milliseconds>& limit)
 {
+    if (!limit) {
+        return 0;
+    }
+    if (*limit == NoTimeLimit) {
+        return PRODUCT_SERVICES_NO_TIME_LIMIT;
+    }
+    return static_cast<std::uint32_t>(
+        std::clamp<std::chrono::milliseconds::rep>(limit->count(), 1, PRODUCT_SERVICES_NO_TIME_LIMIT - 1));
+}
+
+inline std::uint32_t ToOptions(const CallParams& params)
+{
+    std::uint32_t options = 0;
+    options |= params.isQuiet ? std::uint32_t{PRODUCT_SERVICES_OPTION_QUIET} : 0;
+    options |= params.usesSystemProxy ? std::uint32_t{PRODUCT_SERVICES_OPTION_SYSTEM_PROXY} : 0;
+    options |= params.acceptsAnyCertificate ? std::uint32_t{PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE} : 0;
+    options |= params.usesHostDpiAwareness ? std::uint32_t{PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS} : 0;
+    return options;
+}
+
+inline CallResult Call(decltype(&GuardedUpgrade) function, const CallParams& params)
+{
+    std::atomic<std::uint32_t> isCancelled = 0;
+    static_assert(sizeof isCancelled == sizeof(std::uint32_t));
+#ifdef __cpp_lib_jthread
+    const std::stop_callback cancel(params.stopToken, [&isCancelled] { isCancelled = 1; });
+#endif
     // Not zeroed, unlike a vector.
     const std::unique_ptr<wchar_t[]> text(new wchar_t[TextCapacity]);
     text[0] = L'\0';
-    GuardedCall call{};
+    GuardedCallParams call{};
     call.size = sizeof call;
-    call.languageId = product.languageId;
-    call.productName = product.name.c_str();
-    call.productVersion = product.version.c_str();
-    call.apiKey = product.apiKey.c_str();
-    call.text = text.get();
-    call.textCapacity = TextCapacity;
-    call.options = product.options;
-    call.trustedHosts = product.trustedHosts.empty() ? nullptr : product.trustedHosts.c_str();
+    call.languageId = params.languageId;
+    call.productName = params.productName.c_str();
+    call.productVersion = params.productVersion.c_str();
+    call.apiKey = params.apiKey.c_str();
+    call.trustedHosts = params.trustedHosts.empty() ? nullptr : params.trustedHosts.c_str();
+    call.options = ToOptions(params);
+    call.timeLimitMs = ToTimeLimitMs(params.timeLimit);
+    call.cancelFlag = reinterpret_cast<const volatile std::uint32_t*>(&isCancelled);
+    call.resultText = text.get();
+    call.resultTextCapacity = TextCapacity;
+    call.resultCode = PRODUCT_SERVICES_NO_RESULT;
 
     CallResult result;
-    result.outcome = static_cast<ProductServicesOutcome>(function(&call));
-    result.isTextCut = call.isTextCut != 0;
-    switch (result.outcome) {
-    case PRODUCT_SERVICES_REPORTED:
-        result.report = Report{call.resultCode, text.get()};
-        break;
-    case PRODUCT_SERVICES_UNTRUSTED_ADDRESS:
-        result.untrustedAddress = text.get();
-        break;
-    case PRODUCT_SERVICES_MESSAGE_WITHHELD:
-        result.withheldMessage = text.get();
-        break;
-    case PRODUCT_SERVICES_NOTHING_REPORTED:
-        break;
-    default:
-        result.error = text.get();
+    result.outcome = static_cast<Outcome>(function(&call));
+    result.text = text.get();
+    result.isTextTruncated = call.isTextTruncated != 0;
+    if (call.resultCode != PRODUCT_SERVICES_NO_RESULT) {
+        result.resultCode = call.resultCode;
     }
     return result;
 }
@@ -120,32 +165,33 @@ inline CallResult Call(std::uint32_t (*function)(GuardedCall*), const Product& p
 } // namespace detail
 
 /// Asks whether a newer release exists.
-inline CallResult CheckForUpdates(const Product& product)
+[[nodiscard]] inline CallResult CheckForUpdates(const CallParams& params)
 {
-    return detail::Call(&GuardedCheckForUpdates, product);
+    return detail::Call(&GuardedCheckForUpdates, params);
 }
 
 /// Shows the upgrade center.
-inline CallResult Upgrade(const Product& product)
+[[nodiscard]] inline CallResult Upgrade(const CallParams& params)
 {
-    return detail::Call(&GuardedUpgrade, product);
+    return detail::Call(&GuardedUpgrade, params);
 }
 
-/// Takes over the proxy of Windows for this process; without the service's address, no script is asked.
-inline ProxyResult UseWindowsProxy(const std::wstring& serviceAddress = {})
+/// Verifies that a downloaded file is signed by one of the publishers, which are one in each line, as
+/// publisher.h says.
+[[nodiscard]] inline PublisherResult VerifyPublisher(const std::wstring& path, const std::wstring& publishers)
 {
     wchar_t text[1024] = L"";
-    const wchar_t* address = serviceAddress.empty() ? nullptr : serviceAddress.c_str();
-    const auto found = static_cast<ProductServicesProxy>(::UseWindowsProxy(address, text, 1024));
-    return {found, text};
+    const auto status = ::VerifyPublisher(path.c_str(), publishers.c_str(), text, 1024);
+    return {status, text};
 }
 
-/// Whether a downloaded file is signed by the publisher, as publisher.h says.
-inline PublisherResult VerifyPublisher(const std::wstring& path, const std::wstring& publisher)
+/// The same, and starts the file if it is trusted.
+[[nodiscard]] inline PublisherResult StartVerifiedFile(
+    const std::wstring& path, const std::wstring& publishers, const std::wstring& arguments = {})
 {
     wchar_t text[1024] = L"";
-    const std::uint32_t found = ::VerifyPublisher(path.c_str(), publisher.c_str(), text, 1024);
-    return {static_cast<ProductServicesPublisher>(found), text};
+    const auto status = ::StartVerifiedFile(path.c_str(), publishers.c_str(), arguments.c_str(), text, 1024);
+    return {status, text};
 }
 
 } // namespace product_services

@@ -1,0 +1,75 @@
+#include "signature/start_file.h"
+
+#include "url/ascii.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+namespace product_services_guard {
+namespace {
+
+// The shell knows no \\?\ in front of a path.
+std::wstring ToShellPath(const std::wstring& finalPath)
+{
+    constexpr std::wstring_view Share = LR"(\\?\UNC\)";
+    constexpr std::wstring_view Drive = LR"(\\?\)";
+    if (finalPath.starts_with(Share)) {
+        return LR"(\\)" + finalPath.substr(Share.size());
+    }
+    return finalPath.starts_with(Drive) ? finalPath.substr(Drive.size()) : finalPath;
+}
+
+// What a signature says of a program it does not say of a script: the ending decides what Windows makes of a
+// file.
+bool CanBeStarted(const std::wstring& path)
+{
+    const std::wstring ending =
+        ToLowerAscii(path.substr(path.size() - std::min<std::size_t>(path.size(), 4)));
+    return ending == L".exe" || ending == L".msi";
+}
+
+// Windows Installer reads the package after it has been started, so its process gets the handle that locks
+// the file.
+void KeepLockedBy(HANDLE process, HANDLE file)
+{
+    HANDLE duplicate = nullptr;
+    DuplicateHandle(GetCurrentProcess(), file, process, &duplicate, 0, FALSE, DUPLICATE_SAME_ACCESS);
+}
+
+std::wstring StartErrorText(DWORD error)
+{
+    return error == ERROR_CANCELLED
+               ? L"The user did not allow the file to be started."
+               : L"The file could not be started (Windows error " + std::to_wstring(error) + L").";
+}
+
+} // namespace
+
+PublisherResult StartFile(const LockedFile& file, const wchar_t* arguments)
+{
+    const std::wstring path = ToShellPath(file.finalPath);
+    if (path.empty()) {
+        return {PRODUCT_SERVICES_PUBLISHER_NOT_STARTED, L"The location of the file could not be determined."};
+    }
+    if (!CanBeStarted(path)) {
+        return {PRODUCT_SERVICES_PUBLISHER_NOT_STARTED, L"Only files that end in .exe or .msi are started."};
+    }
+    SHELLEXECUTEINFOW start{};
+    start.cbSize = sizeof start;
+    start.fMask = SEE_MASK_NOASYNC | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
+    start.lpVerb = L"open";
+    start.lpFile = path.c_str();
+    start.lpParameters = arguments;
+    start.nShow = SW_SHOWNORMAL;
+    if (!ShellExecuteExW(&start)) {
+        return {PRODUCT_SERVICES_PUBLISHER_NOT_STARTED, StartErrorText(GetLastError())};
+    }
+    if (start.hProcess) {
+        KeepLockedBy(start.hProcess, file.handle.get());
+        CloseHandle(start.hProcess);
+    }
+    return {PRODUCT_SERVICES_PUBLISHER_TRUSTED, L"The file was verified and started."};
+}
+
+} // namespace product_services_guard
