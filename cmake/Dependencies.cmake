@@ -1,5 +1,5 @@
-# libcurl and the JSON library: from build/deps (setup.sh) for mingw, from vcpkg for Visual Studio, or from a project that
-# takes this one in: its targets, or what its settings of CMake find.
+# libcurl, the JSON library and, for the tool's options, CLI11: from build/deps (setup.sh) for mingw, from vcpkg for Visual
+# Studio, or from a project that takes this one in: its targets, or what its settings of CMake find.
 set(how_to_get_it "run ./setup.sh first, or use vcpkg with Visual Studio.")
 if(NOT PROJECT_IS_TOP_LEVEL)
     set(how_to_get_it "set CURL_DIR and NLOHMANN_JSON_INCLUDE_DIR, or bring the targets CURL::libcurl (static, with \
@@ -21,6 +21,17 @@ else()
 endif()
 if(NOT NLOHMANN_JSON_INCLUDE_DIR)
     message(FATAL_ERROR "nlohmann-json is missing: ${how_to_get_it}")
+endif()
+
+# For the command-line tool, which another project does not build.
+if(PROJECT_IS_TOP_LEVEL)
+    find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp HINTS "${PROJECT_SOURCE_DIR}/build/deps/cli11"
+        NO_CMAKE_FIND_ROOT_PATH NO_CMAKE_SYSTEM_PATH NO_SYSTEM_ENVIRONMENT_PATH)
+    if(NOT CLI11_INCLUDE_DIR)
+        message(FATAL_ERROR "CLI11 is missing: ${how_to_get_it}")
+    endif()
+    add_library(cli11_headers INTERFACE)
+    target_include_directories(cli11_headers SYSTEM INTERFACE "${CLI11_INCLUDE_DIR}")
 endif()
 
 add_library(json_headers INTERFACE)

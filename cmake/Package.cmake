@@ -26,24 +26,14 @@ install(FILES ${msvc_import_libraries} DESTINATION lib)
 install(FILES ${po_files} "${PROJECT_SOURCE_DIR}/languages/product_services.pot" DESTINATION languages)
 install(PROGRAMS "$<TARGET_FILE:SampleHost>" DESTINATION bin)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/samples/minimal_hosts" "${PROJECT_SOURCE_DIR}/samples/host"
-    "${PROJECT_SOURCE_DIR}/samples/automation" "${PROJECT_SOURCE_DIR}/samples/other_languages"
-    DESTINATION samples PATTERN automation/CMakeLists.txt EXCLUDE)
+    "${PROJECT_SOURCE_DIR}/samples/other_languages" "${PROJECT_SOURCE_DIR}/samples/script_host" DESTINATION samples)
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION samples/host RENAME CMakeLists.txt)
 install(FILES "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)
-# What the sample host's doctor takes from the library and its guard.
-foreach(source IN LISTS DOCTOR_LIBRARY_SOURCES)
-    string(REGEX REPLACE "^(src|guard)/" "" place "${source}")
-    get_filename_component(place "samples/host/library/${place}" DIRECTORY)
-    install(FILES "${PROJECT_SOURCE_DIR}/${source}" DESTINATION "${place}")
-endforeach()
-install(DIRECTORY "${NLOHMANN_JSON_INCLUDE_DIR}/nlohmann" DESTINATION samples/host/library)
-install(FILES "${PROJECT_SOURCE_DIR}/samples/installer/sample_host.wxs"
-    "${PROJECT_SOURCE_DIR}/samples/installer/sample_host_all_users.wxs"
-    "${PROJECT_SOURCE_DIR}/samples/installer/sample_host.iss" "${PROJECT_SOURCE_DIR}/samples/installer/sample_host.nsi"
-    DESTINATION samples/installer)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/samples/installer" DESTINATION samples PATTERN build.sh EXCLUDE)
 install(FILES "${PROJECT_SOURCE_DIR}/tools/product_service.py" "${PROJECT_SOURCE_DIR}/tools/catalogue.json"
     DESTINATION tools)
 install(FILES ${tool_files} DESTINATION tools)
+install(PROGRAMS "$<TARGET_FILE:ProductServicesTool>" DESTINATION tools)
 
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/README.md" DESTINATION .)
 foreach(document host-guide installers language-files service troubleshooting versions)
@@ -54,9 +44,11 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/deps/licenses" DESTINATION .)
 install(CODE "set(package \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
     include([==[${CMAKE_CURRENT_LIST_DIR}/SourceDate.cmake]==])
     read_source_date([==[${PROJECT_SOURCE_DIR}]==])
-    execute_process(COMMAND [==[${CMAKE_OBJCOPY}]==] --strip-all \"\${package}/bin/SampleHost.exe\"
-        COMMAND_ERROR_IS_FATAL ANY)
-    execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/family_texts.py]==]
+    foreach(program bin/SampleHost.exe tools/ProductServicesTool.exe)
+        execute_process(COMMAND [==[${CMAKE_OBJCOPY}]==] --strip-all \"\${package}/\${program}\"
+            COMMAND_ERROR_IS_FATAL ANY)
+    endforeach()
+    execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/brand_package.py]==]
         [==[${SAMPLE_FAMILY_JSON}]==] [==[${FAMILY_JSON}]==] \"\${package}\" COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/make_sbom.py]==]
         \"\${package}/product-services.spdx.json\" --family [==[${FAMILY_JSON}]==] --version ${PROJECT_VERSION}

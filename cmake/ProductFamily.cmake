@@ -1,71 +1,40 @@
-# What the programs and resources are told of a product family: headers, made from its JSON.
-include(FamilyPictures)
-include(ReadProductFamily)
-set(FAMILY_TEMPLATES "${CMAKE_CURRENT_LIST_DIR}/family")
+# What the programs and resources are told of a product family: product_family.py reads and checks it, and writes headers.
+set(PRODUCT_FAMILY_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/product_family.py")
+file(GLOB FAMILY_TEMPLATES "${CMAKE_CURRENT_LIST_DIR}/family/*.h.in")
 
-# make_family_headers(FILE DIR [http]): headers in the folder DIR from the product family's JSON FILE.
+# run_family_script(OUTPUT_VARIABLE ARGUMENT...): stops the configuration with the sentence that the script ends with.
+function(run_family_script output_variable)
+    execute_process(COMMAND "${Python3_EXECUTABLE}" -B -X utf8 "${PRODUCT_FAMILY_SCRIPT}" ${ARGN}
+        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE error)
+    if(NOT status EQUAL 0)
+        string(STRIP "${error}" error)
+        message(FATAL_ERROR "${error}")
+    endif()
+    set(${output_variable} "${output}" PARENT_SCOPE)
+endfunction()
+
+# make_family_headers(FILE DIR [http]): headers in the folder DIR from the product family's JSON FILE. With "http", the
+# service's address may be one without TLS.
 function(make_family_headers file dir)
-    read_product_family("${file}" ${ARGN})
-    in_resource(MAKER "${maker}")
-    in_resource(PACKAGE_ID "${package_id}")
-    in_cpp(PRODUCT "${product}")
-    in_cpp(SERVICE_BASE_ADDRESS "${service_base_address}")
-    string(REGEX REPLACE "^https?://([^/]*).*" "\\1" SERVICE_HOST "${service_base_address}")
-    in_cpp(RECORD_REGISTRY_PATH "${record_registry_path}")
-    foreach(number RANGE 1 6)
-        in_cpp(KEY_${number} "${known_api_key_${number}}")
-    endforeach()
-    foreach(header product_family.h family_names.h sample_product.h)
-        configure_file("${FAMILY_TEMPLATES}/${header}.in" "${dir}/${header}" @ONLY NEWLINE_STYLE UNIX)
-    endforeach()
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
+    set(options)
+    if("http" IN_LIST ARGN)
+        set(options --allow-http)
+    endif()
+    run_family_script(ignored headers "${file}" "${dir}" ${options})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+        "${file}" "${PRODUCT_FAMILY_SCRIPT}" ${FAMILY_TEMPLATES})
 endfunction()
 
-# The inside of L"..." in a resource script. All but the plainest characters are UTF-16 in hexadecimal digits, which no
-# code page and no locale changes.
-function(in_resource out text)
-    string(HEX "${text}" bytes)
-    string(REGEX MATCHALL "[0-7].|[cd]...|e.....|f......." characters "${bytes}")
-    set(escaped "")
-    foreach(character IN LISTS characters)
-        unicode_of(number ${character})
-        set(sign "")
-        if(number LESS 128)
-            string(ASCII ${number} sign)
-        endif()
-        if(sign MATCHES "[A-Za-z0-9 .,:/_-]")
-            string(APPEND escaped "${sign}")
-        elseif(number LESS 65536)
-            append_unit(escaped ${number})
-        else()
-            append_unit(escaped "(0xd800 + (${number} - 0x10000) / 0x400)")
-            append_unit(escaped "(0xdc00 + ${number} % 0x400)")
-        endif()
-    endforeach()
-    set(${out} "${escaped}" PARENT_SCOPE)
+# family_picture_files(OUT DIR): the icon and the background pictures of the folder DIR, with their paths.
+function(family_picture_files out dir)
+    run_family_script(files picture-files)
+    list(TRANSFORM files PREPEND "${dir}/")
+    set(${out} "${files}" PARENT_SCOPE)
 endfunction()
 
-# The inside of L"..." in C++, where a hexadecimal escape has no end but the literal's.
-function(in_cpp out text)
-    in_resource(escaped "${text}")
-    string(REGEX REPLACE "(\\\\x....)" "\\1\" L\"" escaped "${escaped}")
-    set(${out} "${escaped}" PARENT_SCOPE)
-endfunction()
-
-# unicode_of(OUT DIGITS): the number of one character, from its bytes in UTF-8.
-function(unicode_of out digits)
-    string(LENGTH "${digits}" length)
-    set(bits_2 "n")
-    set(bits_4 "(n >> 8 & 0x1f) << 6 | n & 0x3f")
-    set(bits_6 "(n >> 16 & 0xf) << 12 | (n >> 8 & 0x3f) << 6 | n & 0x3f")
-    set(bits_8 "(n >> 24 & 0x7) << 18 | (n >> 16 & 0x3f) << 12 | (n >> 8 & 0x3f) << 6 | n & 0x3f")
-    string(REPLACE "n" "0x${digits}" bits "${bits_${length}}")
-    math(EXPR number "${bits}")
-    set(${out} ${number} PARENT_SCOPE)
-endfunction()
-
-function(append_unit out unit)
-    math(EXPR digits "0x10000 + ${unit}" OUTPUT_FORMAT HEXADECIMAL)
-    string(SUBSTRING "${digits}" 3 4 digits)
-    set(${out} "${${out}}\\x${digits}" PARENT_SCOPE)
+# check_family_pictures(DIR): stops the configuration with one sentence if one is missing or cannot be used.
+function(check_family_pictures dir)
+    run_family_script(ignored pictures "${dir}")
+    family_picture_files(files "${dir}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${files})
 endfunction()

@@ -1,13 +1,16 @@
-# read_source_date(FOLDER): the environment's SOURCE_DATE_EPOCH, where it is not set, is the time of the newest commit in
-# the checkout FOLDER, and the earliest that a zip can hold where there is no commit. SOURCE_COMMIT is its hash or empty.
+# read_source_date(FOLDER): sets the environment's SOURCE_DATE_EPOCH, if it is not set, to the time of the newest commit in
+# the checkout FOLDER, or to the earliest time that a zip can hold if there is no commit. SOURCE_COMMIT becomes the
+# commit's hash, or empty.
 function(read_source_date folder)
-    execute_process(COMMAND git -C "${folder}" log -1 "--format=%H;%ct"
-        OUTPUT_VARIABLE commit OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
-    if(NOT commit)
-        set(commit ";315532800")
+    foreach(field hash:%H time:%ct)
+        string(REGEX MATCH "^(.*):(.*)$" ignored "${field}")
+        set(name "${CMAKE_MATCH_1}")
+        execute_process(COMMAND git -C "${folder}" log -1 "--format=${CMAKE_MATCH_2}"
+            OUTPUT_VARIABLE ${name} OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+    endforeach()
+    if("${time}" STREQUAL "")
+        set(time 315532800)
     endif()
-    list(GET commit 0 hash)
-    list(GET commit 1 time)
     if("$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
         set(ENV{SOURCE_DATE_EPOCH} "${time}")
     endif()

@@ -13,7 +13,7 @@ import struct
 import sys
 import xml.sax.saxutils
 
-import family_texts
+import brand_package
 import reproducible_zip
 
 TEMPLATES = pathlib.Path(__file__).parent / "nuget"
@@ -51,11 +51,13 @@ def contents(package, values, pairs, icon):
     files = {
         f"{identifier}.nuspec": from_template("package.nuspec", values),
         f"build/native/{identifier}.targets": from_template("package.targets", values),
-        "readme.md": family_texts.fill_markdown((TEMPLATES / "readme.md").read_text("utf-8"), pairs).encode(),
+        "readme.md": brand_package.brand_markdown((TEMPLATES / "readme.md").read_text("utf-8"), pairs).encode(),
         "icon.png": png_of_icon(icon),
     }
     for pattern, folder in (("LICENSE", ""), ("*.spdx.json", ""), ("licenses/*", "licenses/"),
-                            ("bin/*.dll", "runtimes/win-x64/native/"), ("lib/*.lib", "build/native/lib/"),
+                            ("bin/ProductServicesGuard.dll", "runtimes/win-x64/native/"),
+                            ("lib/ProductServicesGuard.lib", "build/native/lib/"),
+                            ("tools/*.exe", "tools/"),
                             ("include/product_services/*", "build/native/include/product_services/")):
         found = sorted(package.glob(pattern))
         if not found:
@@ -84,9 +86,9 @@ def main():
     for name in ("--sample", "--family", "--icon"):
         parser.add_argument(name, type=pathlib.Path, required=True)
     options = parser.parse_args()
-    sample, family = map(family_texts.read_family, (options.sample, options.family))
+    sample, family = map(brand_package.read_family, (options.sample, options.family))
     values = {"ID": family["package_id"], "VERSION": read_version(options.package), "AUTHORS": family["maker"]}
-    files = contents(options.package, values, family_texts.pairs_of(sample, family), options.icon)
+    files = contents(options.package, values, brand_package.replacements(sample, family), options.icon)
     archive = options.output / f"{values['ID']}.{values['VERSION']}.nupkg"
     parts = [("_rels/.rels", RELATIONSHIPS.format(f"{values['ID']}.nuspec")),
              ("[Content_Types].xml", content_types(files))]

@@ -8,7 +8,7 @@ fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
 
 require() { command -v "$1" >/dev/null || fail "The artwork needs $1; install the package $2."; }
 require rsvg-convert librsvg2-bin
-require python3 python3
+require convert imagemagick
 
 # Paper, panel and contour lines are the family look: the same in every picture,
 # coloured by the `color` of the picture's root element alone.
@@ -21,7 +21,8 @@ for picture in background_*.svg; do
   [ "$(frame "$picture")" = "$(frame background_343.svg)" ] \
     || fail "The frame in $picture differs from the one in background_343.svg."
   rsvg-convert "$picture" -o "$rendered/picture.png"
-  python3 pack.py bmp "../${picture%.svg}.bmp" "$rendered/picture.png"
+  # The version of the format that every resource compiler reads: 24 bits, bottom-up, uncompressed.
+  convert "$rendered/picture.png" -alpha off -type TrueColor -compress None "BMP3:../${picture%.svg}.bmp"
 done
 
 layers=()
@@ -31,4 +32,5 @@ for size in 16 24 32 48 64 96 128 256; do
   rsvg-convert --width "$size" --height "$size" "$source" -o "$rendered/icon_$size.png"
   layers+=("$rendered/icon_$size.png")
 done
-python3 pack.py ico ../library.ico "${layers[@]}"
+# The largest one is stored as PNG.
+convert "${layers[@]}" -type TrueColorAlpha ../library.ico
