@@ -12,9 +12,9 @@ readonly triplet=x86_64-w64-mingw32
 readonly deps="$PWD/build/deps"
 readonly packages=(
   g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev
-  nlohmann-json3-dev googletest
+  nlohmann-json3-dev libcli11-dev googletest
   wine wine64 xvfb fonts-wine xdotool imagemagick
-  clang llvm openssl osslsigncode pkgconf python3 python3-pefile python3-pytest wixl
+  clang llvm openssl osslsigncode pkgconf python3 python3-pefile python3-pytest wixl msitools
   python3-polib gettext fonts-wqy-microhei
   "$@"
 )
@@ -101,19 +101,20 @@ build_curl() {
   rm -rf "$work"
 }
 
-# The JSON library is headers only; a copy keeps /usr/include off the cross compiler's path.
-copy_json() {
-  diff -rq /usr/include/nlohmann "$deps/json/nlohmann" >/dev/null 2>&1 && return 0
-  rm -rf "$deps/json"
-  mkdir -p "$deps/json"
-  cp -r /usr/include/nlohmann "$deps/json/"
+# copy_headers NAME FOLDER: a library that is headers only; a copy keeps /usr/include off the cross compiler's path.
+copy_headers() {
+  diff -rq "/usr/include/$1" "$deps/$2/$1" >/dev/null 2>&1 && return 0
+  rm -rf "${deps:?}/$2"
+  mkdir -p "$deps/$2"
+  cp -r "/usr/include/$1" "$deps/$2/"
 }
 
-# What the library links in goes into packages of it, with these.
+# What the library and its tool link in goes into packages of them, with these.
 copy_licenses() {
   mkdir -p "$deps/licenses"
   cp "$deps/$triplet/COPYING.curl" "$deps/licenses/curl.txt"
   cp /usr/share/doc/nlohmann-json3-dev/copyright "$deps/licenses/nlohmann-json.txt"
+  cp /usr/share/doc/libcli11-dev/copyright "$deps/licenses/cli11.txt"
   cp /usr/share/doc/mingw-w64-x86-64-dev/copyright "$deps/licenses/mingw-w64.txt"
   cp /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright "$deps/licenses/gcc-runtime.txt"
 }
@@ -130,5 +131,6 @@ mkdir -p "$deps"
 require_space
 install_packages
 build_curl
-copy_json
+copy_headers nlohmann json
+copy_headers CLI cli11
 copy_licenses

@@ -13,12 +13,20 @@ The catalogue is JSON, {"KEY": {"INSTALLED VERSION": [OFFER, ...]}}, each OFFER 
 with the texts "name", "version" and "url". Addresses go out as they stand: with another
 --address or --port, give a --catalogue whose addresses name it.
 
-Ctrl-C ends the service. Exit status: 0 ended, 1 could not start, 2 usage."""
+Host applications that check the service's certificate have to trust it. Keep it in a file
+and add that to your trusted certificates once; --untrust takes it out again:
+
+  product_service.py --certificate service.pem --trust
+  product_service.py --certificate service.pem
+
+Ctrl-C ends the service. Exit status: 0 ended, 1 failed, 2 usage."""
 
 import argparse
 import contextlib
+import hashlib
 import html
 import http.server
+import ipaddress
 import json
 import os
 import pathlib
@@ -26,6 +34,7 @@ import re
 import signal
 import socketserver
 import ssl
+import struct
 import subprocess
 import tempfile
 import urllib.parse
@@ -35,6 +44,24 @@ LIBRARY_ASKS = urllib.parse.urlsplit("https://localhost:18443")
 
 # The values are not escaped, so each reaches to the first "&name=" of the next field.
 QUERY = re.compile("api_key=(.*?)&key=(.*?)&hardware_id=(.*?)&version=(.*?)&up=([01])", re.DOTALL)
+
+# What openssl makes the certificate from. Deliberate: it is not a CA's. Windows and Wine trust it all the same once it
+# is among the roots, some browsers refuse a server with a CA's, and whoever gets at a CA's key can make certificates
+# for any name.
+REQUEST = """[req]
+prompt = no
+distinguished_name = subject
+x509_extensions = extensions
+[subject]
+CN = localhost
+[extensions]
+subjectAltName = {names}
+basicConstraints = critical, CA:FALSE
+extendedKeyUsage = serverAuth
+"""
+
+# Where Wine keeps the user's trusted root certificates.
+WINE_ROOTS = r"HKCU\Software\Microsoft\SystemCertificates\Root\Certificates"
 
 
 def fail(sentence):
@@ -168,7 +195,7 @@ class ProductServer(socketserver.ThreadingTCPServer):
         except (OSError, OverflowError) as error:
             what = getattr(error, "filename", None) or f"{options.address}:{options.port}"
             fail(f"cannot open {what}: {getattr(error, 'strerror', error)}")
-        self.tls = make_tls_context(options.address)
+        self.tls = make_tls_context(options)
 
     def finish_request(self, request, client_address):
         """Shake hands here, in the connection's own thread, then serve, and end TLS before the connection."""
@@ -184,21 +211,124 @@ class ProductServer(socketserver.ThreadingTCPServer):
             say(f"{trouble}: {error.strerror or error}")
 
 
-def make_tls_context(address):
-    """A server context with a fresh certificate, which is in memory only afterwards."""
-    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+def make_tls_context(options):
+    """A server context with the certificate in the file of --certificate, which is made if it is missing, or with a
+    fresh one, which is in memory only afterwards."""
     with tempfile.TemporaryDirectory(prefix="product_service-") as folder:
+        file = pathlib.Path(options.certificate or f"{folder}/certificate.pem")
+        try:
+            if not file.exists():
+                make_certificate(file, options.address)
+            return load_certificate(file, options.address)
+        except ssl.SSLCertVerificationError as error:
+            reason = error.verify_message.rstrip(".")
+            fail(f"the certificate in {file} cannot be used ({reason}): run --untrust if it is trusted, then delete "
+                 "the file and start again, which makes a new one")
+        except ssl.SSLError:
+            fail_without_certificate(file)
+        except OSError as error:
+            fail(f"cannot open {file}: {error.strerror}")
+
+
+def make_certificate(file, address):
+    """Make a key and its certificate elsewhere, and move them to the file when they are whole."""
+    hosts = dict.fromkeys((address, "localhost", LIBRARY_ASKS.hostname))
+    names = [f"DNS:{host}" for host in hosts]  # IP addresses too, since Wine looks at nothing else
+    for host in hosts:
+        with contextlib.suppress(ValueError):
+            names.append(f"IP:{ipaddress.ip_address(host)}")
+    with tempfile.TemporaryDirectory(prefix="product_service-", dir=file.parent) as folder:
+        made = pathlib.Path(folder, "made.pem")
+        pathlib.Path(folder, "request.cnf").write_text(REQUEST.format(names=",".join(names)), "utf-8")
         try:
             subprocess.run(
-                ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "30", "-subj", "/CN=localhost",
-                 "-addext", f"subjectAltName=IP:{address},DNS:localhost,DNS:{LIBRARY_ASKS.hostname}",
-                 "-keyout", "key.pem", "-out", "cert.pem"],
+                ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "365", "-config", "request.cnf",
+                 "-keyout", made.name, "-out", made.name],
                 cwd=folder, capture_output=True, text=True, timeout=60, check=True)
         except (OSError, subprocess.SubprocessError) as error:
             reason = getattr(error, "stderr", None) or str(error)
             fail("openssl could not make the certificate: " + " ".join(reason.split()))
-        context.load_cert_chain(f"{folder}/cert.pem", f"{folder}/key.pem")
+        made.chmod(0o600)
+        made.replace(file)
+
+
+def load_certificate(file, address):
+    """A server context with the certificate, which a client that trusts it has taken in a handshake in memory."""
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    context.load_cert_chain(file, password="")  # an encrypted key is refused, and nobody is asked
+    trusting = ssl.create_default_context(cafile=file)
+    trusting.verify_flags |= ssl.VERIFY_X509_PARTIAL_CHAIN
+    for host in address, LIBRARY_ASKS.hostname:
+        to_server, to_client = ssl.MemoryBIO(), ssl.MemoryBIO()
+        client = trusting.wrap_bio(to_client, to_server, server_hostname=host)
+        server = context.wrap_bio(to_server, to_client, server_side=True)
+        for side in client, server, client:
+            with contextlib.suppress(ssl.SSLWantReadError):
+                side.do_handshake()
     return context
+
+
+def fail_without_certificate(file):
+    fail(f"{file} does not hold a usable certificate with its key: name another file, or delete this one and start "
+         "again, which makes a new one")
+
+
+def read_certificate(file):
+    """The certificate in the file, as DER: an expired one too, whose trust has to be ended."""
+    try:
+        text = pathlib.Path(file).read_text("utf-8", "replace")
+        pem = re.search("-----BEGIN CERTIFICATE-----.*?-----END CERTIFICATE-----", text, re.DOTALL)
+        return ssl.PEM_cert_to_DER_cert(pem[0])
+    except (TypeError, ValueError):
+        fail_without_certificate(file)
+    except OSError as error:
+        fail(f"cannot open {file}: {error.strerror}")
+
+
+def change_trust(options):
+    """Add the certificate to this user's trusted root certificates, or remove it."""
+    if options.trust:
+        make_tls_context(options)
+    der = read_certificate(options.certificate)
+    sha1 = hashlib.sha1(der).hexdigest().upper()
+    change_roots = change_windows_roots if os.name == "nt" else change_wine_roots
+    change_roots(options.trust, der, sha1)
+    trusted = "now trusted" if options.trust else "no longer trusted"
+    say(f"The certificate in {options.certificate} is {trusted} (SHA-1 {sha1})")
+
+
+def change_windows_roots(is_trusted, der, sha1):
+    if is_trusted:
+        with tempfile.TemporaryDirectory(prefix="product_service-") as folder:
+            certificate = pathlib.Path(folder, "certificate.cer")  # without the key
+            certificate.write_bytes(der)
+            run_program("certutil", "-user", "-addstore", "Root", certificate)
+    else:
+        run_program("certutil", "-user", "-delstore", "Root", sha1)
+
+
+def change_wine_roots(is_trusted, der, sha1):
+    program, key = os.environ.get("WINE") or "wine", rf"{WINE_ROOTS}\{sha1}"
+    if is_trusted:
+        blob = struct.pack("<3I", 32, 1, len(der)) + der  # a single property, CERT_CERT_PROP_ID
+        run_program(program, "reg", "add", key, "/v", "Blob", "/t", "REG_BINARY", "/d", blob.hex(), "/f")
+    else:
+        run_program(program, "reg", "delete", key, "/f")
+
+
+def run_program(*command):
+    """Run a program to its end; of its output, only the last line of one that fails is told."""
+    with tempfile.TemporaryFile() as output:  # Deliberate: the services that Wine starts would keep a pipe open.
+        try:
+            status = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output).returncode
+        except OSError as error:
+            fail(f"cannot start {command[0]}: {error.strerror}"
+                 + ("" if os.name == "nt" else "; install Wine, or name its program in the environment variable WINE"))
+        output.seek(0)
+        lines = output.read().decode("utf-8", "replace").split("\n")
+    if status:
+        reason = next((line.strip() for line in reversed(lines) if line.strip()), f"exit status {status}")
+        fail(f"{command[0]} could not change the trusted certificates: {printable(reason)}")
 
 
 def parse_options():
@@ -209,19 +339,33 @@ def parse_options():
         help="port (default: %(default)s; 0: any free one)")
     add("--catalogue", metavar="FILE", default=pathlib.Path(__file__).with_name("catalogue.json"),
         help="the offers (default: catalogue.json beside this script)")
+    add("--certificate", metavar="FILE",
+        help="keep the key and the certificate in FILE, which the first start makes, for 365 days "
+        "(default: a new certificate for each start, kept nowhere)")
     add("--check-answer", default="1", metavar="TEXT",
         help="what the probe answers (default: %(default)s, which is reachable; any other text is not)")
     add("--hang", action="append", default=[], metavar="PATH",
         help="never answer a request for PATH, such as /check.php; may be given more than once")
     add = parser.add_mutually_exclusive_group().add_argument
+    add("--trust", action="store_true",
+        help="add the certificate in FILE to this user's trusted root certificates, and end: those of Windows, which "
+        "asks you to confirm, or elsewhere those of Wine, whose program the environment variable WINE may name "
+        "(default: wine)")
+    add("--untrust", action="store_true", help="remove the certificate in FILE from them, and end")
+    add = parser.add_mutually_exclusive_group().add_argument
     add("--answer", choices=("offers", "refusal", "empty", "close"),
         help="answer every update query so: the catalogue's first offers, a refusal, an empty body, or not at all")
     add("--answer-file", metavar="FILE", help="answer every update query with the bytes that FILE then has")
-    return parser.parse_args()
+    options = parser.parse_args()
+    if (options.trust or options.untrust) and not options.certificate:
+        parser.error("--trust and --untrust need --certificate FILE")
+    return options
 
 
 def main():
     options = parse_options()
+    if options.trust or options.untrust:
+        return change_trust(options)
     for number in (signal.SIGINT, signal.SIGTERM, getattr(signal, "SIGBREAK", signal.SIGINT)):
         signal.signal(number, signal.default_int_handler)
     with contextlib.suppress(KeyboardInterrupt), ProductServer(options) as server:

@@ -5,4 +5,4 @@
 #define IDR_MENU 100
 #define IDM_CHECK 101
 #define IDM_UPGRADE 102
-#define IDC_OUTCOME 201
+#define IDC_STATUS 201

@@ -54,18 +54,3 @@ int UserLanguageId()
     GetUserDefaultLocaleName(locale, LOCALE_NAME_MAX_LENGTH);
     return LanguageIdFromLocale(locale);
 }
-
-std::wstring LanguageIds()
-{
-    std::wstring ids;
-    int last = 0;
-    for (const Language& language : Languages) {
-        if (language.id != last) {
-            ids += ids.empty() ? L"" : L", ";
-            ids += std::to_wstring(language.id) + L" ";
-            ids += language.locale;
-        }
-        last = language.id;
-    }
-    return ids;
-}

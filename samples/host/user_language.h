@@ -1,10 +1,5 @@
 #pragma once
 
-#include <string>
-
 /// The library's language id for the user's language in Windows, such as 140 for "de-AT"; 0, which shows
 /// English, for a language that the library has no id for.
 int UserLanguageId();
-
-/// The library's language ids with what Windows calls the languages, as in "120 en, 130 cs".
-std::wstring LanguageIds();

@@ -1,4 +1,4 @@
-; A whole installer for one user, for Inno Setup 6.3 or later (before, write x64 for x64compatible). Untried.
+; A whole installer for one user, for Inno Setup 6.3 or later (in older versions, write x64 for x64compatible). Untried.
 ;
 ; For all users: PrivilegesRequired=admin; HKLM64 instead of HKCU, which is the 64-bit view in either install mode; and
 ; on the line of the language files Permissions: users-modify, which grants it on each file.
@@ -16,14 +16,13 @@ ArchitecturesInstallIn64BitMode=x64compatible
 
 [Files]
 Source: "bin\SampleHost.exe"; DestDir: "{app}"
-Source: "bin\ProductServices.dll"; DestDir: "{app}"
 Source: "bin\ProductServicesGuard.dll"; DestDir: "{app}"
 Source: "lang\*"; DestDir: "{app}\lang"; Flags: recursesubdirs
 Source: "licenses\*"; DestDir: "{app}\licenses"
 Source: "LICENSE"; DestDir: "{app}\licenses"; DestName: "product-services.txt"
 
 [Icons]
-Name: "{autoprograms}\Example Draft"; Filename: "{app}\SampleHost.exe"; Parameters: "--version 2026.1"; WorkingDir: "{app}"
+Name: "{autoprograms}\Example Draft"; Filename: "{app}\SampleHost.exe"; WorkingDir: "{app}"
 
 ; The parents stand first because the uninstaller works from the last line to the first.
 [Registry]

@@ -19,12 +19,12 @@ UninstPage instfiles
 Section
   SetRegView 64         ; for HKLM, from a 32-bit installer
   SetOutPath "$INSTDIR" ; becomes the working directory of the shortcut
-  File "bin\SampleHost.exe" "bin\ProductServices.dll" "bin\ProductServicesGuard.dll"
+  File "bin\SampleHost.exe" "bin\ProductServicesGuard.dll"
   File /r "lang" "licenses"
   File "/oname=licenses\product-services.txt" "LICENSE"
   WriteRegStr HKCU "${PRODUCTS}\Example Draft\2026.1" "key" "DRAFT-2026-DEMO"
   WriteRegStr HKCU "${PRODUCTS}\Example Draft\2026.1" "version" "2026.1"
-  CreateShortcut "$SMPROGRAMS\Example Draft.lnk" "$INSTDIR\SampleHost.exe" "--version 2026.1"
+  CreateShortcut "$SMPROGRAMS\Example Draft.lnk" "$INSTDIR\SampleHost.exe"
   WriteUninstaller "$INSTDIR\Uninstall.exe"
   WriteRegStr HKCU "${UNINSTALL}" "DisplayName" "Example Draft"
   WriteRegStr HKCU "${UNINSTALL}" "UninstallString" '"$INSTDIR\Uninstall.exe"'
@@ -39,7 +39,6 @@ Section Uninstall
   DeleteRegKey /ifempty HKCU "Software\Example Maker"
   Delete "$SMPROGRAMS\Example Draft.lnk"
   Delete "$INSTDIR\SampleHost.exe"
-  Delete "$INSTDIR\ProductServices.dll"
   Delete "$INSTDIR\ProductServicesGuard.dll"
   RMDir /r "$INSTDIR\lang"
   RMDir /r "$INSTDIR\licenses"

@@ -1,23 +1,46 @@
-// A host in C++17: both calls, guarded. Any compiler for 64-bit Windows will do.
+// A host in C++20: both calls, guarded. Any compiler for 64-bit Windows will do, with
+// ProductServicesGuard.dll beside the program.
 #include <product_services/product_services.hpp>
 
 #include <cstdio>
+#include <fcntl.h>
+#include <io.h>
+#include <thread>
 
 namespace {
 
-void Print(const char* name, const product_services::CallResult& result)
+void Print(const wchar_t* name, const product_services::CallResult& result)
 {
-    if (result.report) { // with 200 a trusted address to download from
-        std::printf(
-            "%s: %u: %ls\n", name, static_cast<unsigned>(result.report->code), result.report->text.c_str());
-    } else if (result.untrustedAddress) {
-        std::printf("%s: not to be opened: %ls\n", name, result.untrustedAddress->c_str());
-    } else if (result.withheldMessage) {
-        std::printf("%s: not shown, since the check is quiet: %ls\n", name, result.withheldMessage->c_str());
-    } else if (result.error) {
-        std::printf("%s: error: %ls\n", name, result.error->c_str());
-    } else {
-        std::printf("%s: nothing was reported\n", name);
+    using product_services::Outcome;
+    const wchar_t* text = result.text.c_str();
+    switch (result.outcome) {
+    case Outcome::NewerRelease:
+        // The URL is https and on a trusted host, so it may be opened.
+        std::wprintf(L"%ls: a newer release is at %ls\n", name, text);
+        break;
+    case Outcome::UpToDate:
+        std::wprintf(L"%ls: up to date\n", name);
+        break;
+    case Outcome::BrowserOpened:
+        std::wprintf(L"%ls: the browser shows the purchase page\n", name);
+        break;
+    case Outcome::UserQuit:
+        std::wprintf(L"%ls: left by the user\n", name);
+        break;
+    case Outcome::UntrustedCertificate:
+    case Outcome::UntrustedAddress:
+        std::wprintf(L"%ls: not secure, ask your administrator: %ls\n", name, text);
+        break;
+    case Outcome::Unreachable:
+    case Outcome::TimedOut:
+        std::wprintf(L"%ls: no connection, try again later: %ls\n", name, text);
+        break;
+    case Outcome::Cancelled:
+        std::wprintf(L"%ls: cancelled\n", name);
+        break;
+    default:
+        std::wprintf(
+            L"%ls: failed with outcome %u: %ls\n", name, static_cast<unsigned>(result.outcome), text);
     }
 }
 
@@ -25,10 +48,29 @@ void Print(const char* name, const product_services::CallResult& result)
 
 int main()
 {
-    const product_services::Product product{
-        L"Example Draft", L"2026.1", L"draft20-7k2m9q-x4v8p1w", 120, L"localhost:18443"};
+    _setmode(_fileno(stdout), _O_U8TEXT); // for texts in any language
+    const product_services::CallParams params{
+        .productName = L"Example Draft",
+        .productVersion = L"2026.1",
+        .apiKey = L"draft20-7k2m9q-x4v8p1w",
+        .languageId = PRODUCT_SERVICES_LANGUAGE_EN,
+        .trustedHosts = L"localhost:18443",
+        .usesSystemProxy = true,
+        .timeLimit = std::chrono::seconds(15),
+    };
 
-    Print("CheckForUpdates", product_services::CheckForUpdates(product));
-    Print("Upgrade", product_services::Upgrade(product));
+    product_services::CallResult checked;
+    std::jthread worker([&](const std::stop_token& stop) {
+        auto quiet = params;
+        quiet.isQuiet = true;
+        quiet.stopToken = stop;
+        checked = product_services::CheckForUpdates(quiet);
+    });
+    // The host's window is open here. When it is closed, worker.request_stop() ends a check that is still
+    // running, as the end of worker's scope does.
+    worker.join();
+    Print(L"CheckForUpdates", checked);
+
+    Print(L"Upgrade", product_services::Upgrade(params)); // on the thread that shows the host's windows
     return 0;
 }

@@ -1,67 +1,107 @@
-// A host in C#: both calls, guarded. Build it as x64, with the two DLLs beside the program:
+// A host in C#: both calls, guarded. Build it as x64, with ProductServicesGuard.dll beside the program:
 //
 //     csc /platform:x64 host.cs
 //
 // A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they mean.
 using System;
 using System.Runtime.InteropServices;
+using System.Text;
+using System.Threading;
+
+[assembly: DefaultDllImportSearchPaths(DllImportSearchPath.AssemblyDirectory)]
 
 [StructLayout(LayoutKind.Sequential, CharSet = CharSet.Unicode)]
-struct GuardedCall
+struct GuardedCallParams
 {
     public uint size;
     public int languageId;
     public string productName;
     public string productVersion;
     public string apiKey;
-    public IntPtr text;
-    public uint textCapacity;
-    public uint resultCode;
-    public uint isTextCut;
-    public uint options;
     public string trustedHosts;
+    public uint options;
+    public uint timeLimitMs;
+    public IntPtr cancelFlag;
+    public IntPtr resultText;
+    public uint resultTextCapacity;
+    public uint resultCode;
+    public uint isTextTruncated;
+    public uint reserved;
 }
 
 static class Host
 {
-    const uint NothingReported = 0, Reported = 1, UntrustedAddress = 5, MessageWithheld = 6, PublisherTrusted = 100;
-    const uint TextCapacity = 65536;
+    const uint OutcomeNewerRelease = 1, OutcomeUpToDate = 2, OutcomeBrowserOpened = 3, OutcomeUserQuit = 4;
+    const uint OutcomeUnreachable = 9, OutcomeTimedOut = 10, OutcomeCancelled = 11;
+    const uint OutcomeUntrustedCertificate = 12, OutcomeUntrustedAddress = 13;
+    const uint OptionQuiet = 1, OptionSystemProxy = 8;
+    const uint PublisherTrusted = 100;
+    const int LanguageEn = 120;
+    const int TextCapacity = 4096;
 
-    [DllImport("ProductServicesGuard.dll")]
-    static extern uint GuardedCheckForUpdates(ref GuardedCall call);
-    [DllImport("ProductServicesGuard.dll")]
-    static extern uint GuardedUpgrade(ref GuardedCall call);
-    [DllImport("ProductServicesGuard.dll", CharSet = CharSet.Unicode)]
-    static extern uint UseWindowsProxy(string serviceAddress, IntPtr text, uint textCapacity);
-    [DllImport("ProductServicesGuard.dll", CharSet = CharSet.Unicode)]
+    delegate uint GuardedFunction(ref GuardedCallParams call);
+
+    [DllImport("ProductServicesGuard.dll", CallingConvention = CallingConvention.Cdecl)]
+    static extern uint GuardedCheckForUpdates(ref GuardedCallParams call);
+    [DllImport("ProductServicesGuard.dll", CallingConvention = CallingConvention.Cdecl)]
+    static extern uint GuardedUpgrade(ref GuardedCallParams call);
+    [DllImport("ProductServicesGuard.dll", CallingConvention = CallingConvention.Cdecl, CharSet = CharSet.Unicode)]
     static extern uint VerifyPublisher(string path, string publisher, IntPtr text, uint textCapacity);
 
-    static string Describe(uint outcome, GuardedCall call)
+    // Four bytes that stay where they are.
+    static readonly IntPtr isEnding = Marshal.AllocHGlobal(4);
+
+    static uint Call(GuardedFunction function, uint options, out string text)
     {
-        string text = Marshal.PtrToStringUni(call.text);
+        var call = new GuardedCallParams
+        {
+            size = (uint)Marshal.SizeOf(typeof(GuardedCallParams)), languageId = LanguageEn,
+            productName = "Example Draft", productVersion = "2026.1", apiKey = "draft20-7k2m9q-x4v8p1w",
+            trustedHosts = "localhost:18443", options = options | OptionSystemProxy, timeLimitMs = 15000,
+            cancelFlag = isEnding, resultText = Marshal.AllocHGlobal(2 * TextCapacity),
+            resultTextCapacity = (uint)TextCapacity
+        };
+        Marshal.WriteInt16(call.resultText, 0);
+        uint outcome = function(ref call);
+        text = Marshal.PtrToStringUni(call.resultText);
+        Marshal.FreeHGlobal(call.resultText);
+        return outcome;
+    }
+
+    static string Describe(uint outcome, string text)
+    {
         switch (outcome)
         {
-            case NothingReported: return "nothing was reported";
-            case Reported: return call.resultCode + ": " + text; // with 200 a trusted address to download from
-            case UntrustedAddress: return "not to be opened: " + text;
-            case MessageWithheld: return "not shown, since the check is quiet: " + text;
-            default: return "error: " + text;
+            // The URL is https and on a trusted host, so it may be opened.
+            case OutcomeNewerRelease: return "a newer release is at " + text;
+            case OutcomeUpToDate: return "up to date";
+            case OutcomeBrowserOpened: return "the browser shows the purchase page";
+            case OutcomeUserQuit: return "left by the user";
+            case OutcomeUntrustedCertificate:
+            case OutcomeUntrustedAddress: return "not secure, ask your administrator: " + text;
+            case OutcomeUnreachable:
+            case OutcomeTimedOut: return "no connection, try again later: " + text;
+            case OutcomeCancelled: return "cancelled";
+            default: return "failed with outcome " + outcome + ": " + text;
         }
     }
 
-    [STAThread] // and, in a host with windows, on the thread that shows them
+    [STAThread] // as the thread that shows the host's windows
     static void Main()
     {
-        var call = new GuardedCall
-        {
-            size = (uint)Marshal.SizeOf(typeof(GuardedCall)), languageId = 120,
-            productName = "Example Draft", productVersion = "2026.1", apiKey = "draft20-7k2m9q-x4v8p1w",
-            text = Marshal.AllocHGlobal(2 * (int)TextCapacity), textCapacity = TextCapacity,
-            trustedHosts = "localhost:18443"
-        };
-        Marshal.WriteInt16(call.text, 0); // an empty text, should the record be refused unread
-        Console.WriteLine("CheckForUpdates: " + Describe(GuardedCheckForUpdates(ref call), call));
-        Console.WriteLine("Upgrade: " + Describe(GuardedUpgrade(ref call), call));
-        Marshal.FreeHGlobal(call.text);
+        Console.OutputEncoding = new UTF8Encoding(false);
+        Marshal.WriteInt32(isEnding, 0);
+        uint outcome = 0;
+        string text = null;
+
+        var worker = new Thread(() => outcome = Call(GuardedCheckForUpdates, OptionQuiet, out text));
+        worker.Start();
+        // The host's window is open here. When it is closed, Marshal.WriteInt32(isEnding, 1) ends a check that is
+        // still running.
+        worker.Join();
+        Console.WriteLine("CheckForUpdates: " + Describe(outcome, text));
+
+        outcome = Call(GuardedUpgrade, 0, out text);
+        Console.WriteLine("Upgrade: " + Describe(outcome, text));
     }
 }

@@ -1,5 +1,6 @@
-// A host in Go: both calls, guarded. Build it with GOOS=windows GOARCH=amd64, with the two DLLs beside the program.
-// A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they mean.
+// A host in Go: both calls, guarded. Build it with GOOS=windows GOARCH=amd64, with ProductServicesGuard.dll beside the
+// program. A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they
+// mean.
 package main
 
 import (
@@ -12,59 +13,89 @@ import (
 )
 
 const (
-	nothingReported  = 0
-	reported         = 1
-	untrustedAddress = 5
-	messageWithheld  = 6
-	publisherTrusted = 100
+	outcomeNewerRelease         = 1
+	outcomeUpToDate             = 2
+	outcomeBrowserOpened        = 3
+	outcomeUserQuit             = 4
+	outcomeUnreachable          = 9
+	outcomeTimedOut             = 10
+	outcomeCancelled            = 11
+	outcomeUntrustedCertificate = 12
+	outcomeUntrustedAddress     = 13
+	optionQuiet                 = 1
+	optionSystemProxy           = 8
+	publisherTrusted            = 100
+	languageEn                  = 120
 )
 
-type guardedCall struct {
-	size           uint32
-	languageId     int32
-	productName    *uint16
-	productVersion *uint16
-	apiKey         *uint16
-	text           *uint16
-	textCapacity   uint32
-	resultCode     uint32
-	isTextCut      uint32
-	options        uint32
-	trustedHosts   *uint16
+type guardedCallParams struct {
+	size               uint32
+	languageId         int32
+	productName        *uint16
+	productVersion     *uint16
+	apiKey             *uint16
+	trustedHosts       *uint16
+	options            uint32
+	timeLimitMs        uint32
+	cancelFlag         *uint32
+	resultText         *uint16
+	resultTextCapacity uint32
+	resultCode         uint32
+	isTextTruncated    uint32
+	reserved           uint32
 }
 
 var program, _ = os.Executable()
 var guard = syscall.NewLazyDLL(filepath.Join(filepath.Dir(program), "ProductServicesGuard.dll"))
-var guardedCheckForUpdates = guard.NewProc("GuardedCheckForUpdates") // call *guardedCall
-var guardedUpgrade = guard.NewProc("GuardedUpgrade")                 // call *guardedCall
-var useWindowsProxy = guard.NewProc("UseWindowsProxy")               // serviceAddress, text *uint16; capacity uint32
+var guardedCheckForUpdates = guard.NewProc("GuardedCheckForUpdates") // params *guardedCallParams
+var guardedUpgrade = guard.NewProc("GuardedUpgrade")                 // params *guardedCallParams
 var verifyPublisher = guard.NewProc("VerifyPublisher")               // path, publisher, text *uint16; capacity uint32
 
-var text [65536]uint16
+var isEnding uint32
 
-func describe(function *syscall.LazyProc, call *guardedCall) string {
-	outcome, _, _ := function.Call(uintptr(unsafe.Pointer(call)))
-	said := syscall.UTF16ToString(text[:])
-	switch uint32(outcome) {
-	case nothingReported:
-		return "nothing was reported"
-	case reported: // with 200 a trusted address to download from
-		return fmt.Sprint(call.resultCode, ": ", said)
-	case untrustedAddress:
-		return "not to be opened: " + said
-	case messageWithheld:
-		return "not shown, since the check is quiet: " + said
+func call(function *syscall.LazyProc, options uint32) string {
+	utf16 := func(text string) *uint16 { pointer, _ := syscall.UTF16PtrFromString(text); return pointer }
+	text := make([]uint16, 4096)
+	params := guardedCallParams{languageId: languageEn, productName: utf16("Example Draft"),
+		productVersion: utf16("2026.1"), apiKey: utf16("draft20-7k2m9q-x4v8p1w"),
+		trustedHosts: utf16("localhost:18443"), options: options | optionSystemProxy, timeLimitMs: 15000,
+		cancelFlag: &isEnding, resultText: &text[0], resultTextCapacity: uint32(len(text))}
+	params.size = uint32(unsafe.Sizeof(params))
+	outcome, _, _ := function.Call(uintptr(unsafe.Pointer(&params)))
+	return describe(uint32(outcome), syscall.UTF16ToString(text))
+}
+
+func describe(outcome uint32, text string) string {
+	switch outcome {
+	case outcomeNewerRelease: // the URL is https and on a trusted host, so it may be opened
+		return "a newer release is at " + text
+	case outcomeUpToDate:
+		return "up to date"
+	case outcomeBrowserOpened:
+		return "the browser shows the purchase page"
+	case outcomeUserQuit:
+		return "left by the user"
+	case outcomeUntrustedCertificate, outcomeUntrustedAddress:
+		return "not secure, ask your administrator: " + text
+	case outcomeUnreachable, outcomeTimedOut:
+		return "no connection, try again later: " + text
+	case outcomeCancelled:
+		return "cancelled"
 	}
-	return "error: " + said
+	return fmt.Sprintf("failed with outcome %d: %s", outcome, text)
 }
 
 func main() {
 	runtime.LockOSThread() // a window belongs to the thread that made it
-	utf16 := func(text string) *uint16 { pointer, _ := syscall.UTF16PtrFromString(text); return pointer }
-	call := guardedCall{languageId: 120, productName: utf16("Example Draft"), productVersion: utf16("2026.1"),
-		apiKey: utf16("draft20-7k2m9q-x4v8p1w"), text: &text[0], textCapacity: uint32(len(text)),
-		trustedHosts: utf16("localhost:18443")}
-	call.size = uint32(unsafe.Sizeof(call))
-	fmt.Println("CheckForUpdates:", describe(guardedCheckForUpdates, &call))
-	fmt.Println("Upgrade:", describe(guardedUpgrade, &call))
+
+	checked := make(chan string)
+	go func() {
+		runtime.LockOSThread()
+		checked <- call(guardedCheckForUpdates, optionQuiet)
+	}()
+	// The host's window is open here. When it is closed, atomic.StoreUint32(&isEnding, 1) ends a check that is still
+	// running.
+	fmt.Println("CheckForUpdates:", <-checked)
+
+	fmt.Println("Upgrade:", call(guardedUpgrade, 0))
 }
