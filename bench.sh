@@ -19,9 +19,11 @@ fetch_nginx() {
 
 start_nginx() {
   cp benchmarks/nginx.conf "$nginx/"
+  # Wine compares the service's host with DNS names only, whatever the host is.
   openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=127.0.0.1 \
+    -addext subjectAltName=IP:127.0.0.1,DNS:127.0.0.1 -addext extendedKeyUsage=serverAuth \
     -keyout "$nginx/key.pem" -out "$nginx/certificate.pem" >"$nginx/openssl.log" 2>&1 \
-    || fail "The certificate could not be made; see $nginx/openssl.log."
+    || fail "The certificate could not be created; see $nginx/openssl.log."
   rm -f "$nginx/nginx.pid"
   launch "$nginx/usr/sbin/nginx" -p "$nginx/" -c "$nginx/nginx.conf" >"$nginx/nginx.log" 2>&1
   for _ in $(seq 100); do

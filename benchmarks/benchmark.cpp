@@ -10,6 +10,7 @@
 #include <commctrl.h>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <curl/curl.h>
 #include <functional>
 #include <map>
@@ -68,21 +69,23 @@ void Check()
     Call(check, PRODUCT_SERVICES_SUCCESS);
 }
 
-// The guard stands beside the DLL that it calls.
-void GuardedCheck()
+// The guard of the same product family as the DLL.
+void GuardedCheck(std::uint32_t options)
 {
-    static const auto check = Find<std::uint32_t(GuardedCall*)>(
-        LoadLibraryW(L"guarded\\ProductServicesGuard.dll"), "GuardedCheckForUpdates");
-    GuardedCall call{};
-    call.size = sizeof call;
-    call.productName = context.productName;
-    call.productVersion = context.productVersion;
-    call.apiKey = context.apiKey;
-    call.languageId = context.languageId;
-    call.text = resultText;
-    call.textCapacity = 1024;
-    call.trustedHosts = L"example.com;*.example.com;shop.example";
-    Require(check(&call) == PRODUCT_SERVICES_REPORTED && call.resultCode == PRODUCT_SERVICES_SUCCESS);
+    static const bool isHttps = std::strncmp(address, "https:", 6) == 0;
+    static const auto check = Find<ProductServicesOutcome(GuardedCallParams*)>(
+        LoadLibraryW(isHttps ? L"BenchGuardHttps.dll" : L"BenchGuardHttp.dll"), "GuardedCheckForUpdates");
+    GuardedCallParams params{};
+    params.size = sizeof params;
+    params.productName = context.productName;
+    params.productVersion = context.productVersion;
+    params.apiKey = context.apiKey;
+    params.languageId = context.languageId;
+    params.trustedHosts = L"example.com;*.example.com;shop.example";
+    params.options = options;
+    params.resultText = resultText;
+    params.resultTextCapacity = 1024;
+    Require(check(&params) == PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
 }
 
 std::size_t KeepReply(char* data, std::size_t size, std::size_t count, void*)
@@ -133,7 +136,8 @@ double PaintBareDialog()
 
 const std::map<std::string, std::function<double()>> Series{
     {"check", [] { return Duration(Check); }},
-    {"guarded check", [] { return Duration(GuardedCheck); }},
+    {"guarded check", [] { return Duration([] { GuardedCheck(PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE); }); }},
+    {"verifying check", [] { return Duration([] { GuardedCheck(0); }); }},
     {"bare post", [] { return Duration(BarePost); }},
     {"required calls", [] { return Duration(RequiredCalls); }},
     {"post and required calls", [] { return Duration(BarePost) + Duration(RequiredCalls); }},

@@ -26,7 +26,7 @@ LANGUAGE_FILE = pathlib.Path("lang/DE/Vemo_DE.lang")
 UNITS = {"us": 1, "ms": 1000, "MB": 2**20}
 SIZES = 1, 10, 100, 1000, 10000
 HTTP = dict(dll="BenchHttp.dll", rounds=400, address="http://127.0.0.1:18451/get_updates.php")
-GUARDED = dict(HTTP, dll="guarded/ProductServices.dll", rounds=200, processes=2)
+GUARDED = dict(HTTP, rounds=200, processes=2)
 HTTPS = dict(dll="BenchHttps.dll", rounds=200, address="https://127.0.0.1:18452/get_updates.php")
 
 # What; the series measured and the one beside it; the most that is good of their ratio; how they are run.
@@ -36,6 +36,7 @@ RATIOS = (
     ("update check over HTTPS", "check", "bare post", 1.03, HTTPS),
     ("update check over HTTPS", "check", "post and required calls", 1.03, HTTPS),
     ("guarded update check over HTTP", "guarded check", "check", 1.02, GUARDED),
+    ("guarded update check over HTTPS, certificate verified", "verifying check", "guarded check", 1.5, HTTPS),
     ("update check without the network", "check", "required calls", 1.1, dict(rounds=500)),
     ("the same with 10,000 offers", "check", "required calls", 1.1, dict(rounds=15, offers=10000)),
     ("reply to painted upgrade center", "upgrade center", "bare dialog", 1.0, dict(rounds=7, processes=6, offers=3)),

@@ -1,11 +1,15 @@
 """What the tests share: the folder of the build, programs under Wine, and the development service."""
 
+import contextlib
+import hashlib
 import json
 import os
 import pathlib
 import re
 import shutil
 import signal
+import ssl
+import struct
 import subprocess
 import sys
 
@@ -56,7 +60,8 @@ def anchors(page):
 def broken_links(page):
     """The links of a document that lead to no file, or to no heading of it."""
     broken = []
-    for name, anchor in re.findall(r'(?:\]\(|src=")(?!https:)([^)#"]*)#?([^)"]*)[)"]', page.read_text("utf-8")):
+    prose = re.sub(r"(?ms)^ *```.*?^ *```", "", page.read_text("utf-8"))
+    for name, anchor in re.findall(r'(?:\]\(|src=")(?!https:)([^)#"]*)#?([^)"]*)[)"]', prose):
         target = page.parent / name if name else page
         if not target.exists() or anchor and anchor not in anchors(target):
             broken.append(f"{name}#{anchor}")
@@ -93,14 +98,47 @@ def wine():
     return run_windows_program
 
 
-def write_host_project(folder, command):
-    """A host in C, with the command by which its project takes the library in."""
-    shutil.copy(REPOSITORY / "samples/minimal_hosts/host.c", folder)
+def root_value(der):
+    """Where the tests' Wine keeps a certificate among its user's trusted roots, as arguments of reg, and its bytes."""
+    roots = r"HKCU\Software\Microsoft\SystemCertificates\Root\Certificates"
+    place = rf"{roots}\{hashlib.sha1(der).hexdigest().upper()}"
+    return [place, "/v", "Blob"], struct.pack("<3I", 32, 1, len(der)) + der
+
+
+@contextlib.contextmanager
+def trust_root(wine, der):
+    """Has the tests' Wine trust a root certificate meanwhile."""
+    value, stored = root_value(der)
+    try:
+        status, output = wine("reg", "add", *value, "/t", "REG_BINARY", "/d", stored.hex(), "/f")
+        assert status == 0, output
+        yield
+    finally:
+        wine("reg", "delete", value[0], "/f")
+
+
+def certificate_in(file):
+    """The certificate, in DER, of a PEM file that may have a key, too."""
+    pattern = "-----BEGIN CERTIFICATE.*?END CERTIFICATE-----"
+    return ssl.PEM_cert_to_DER_cert(re.search(pattern, file.read_text(), re.DOTALL)[0])
+
+
+BARE_HOST = """#include <product_services/product_services.h>
+int main(void) { HostContext context = {0}; CheckForUpdates(&context); return 0; }
+"""
+
+
+def write_host_project(folder, command, library="Guard"):
+    """A host in C of one of the libraries, with the command by which its project takes the library in."""
+    if library == "Guard":
+        shutil.copy(REPOSITORY / "samples/minimal_hosts/host.c", folder)
+    else:
+        (folder / "host.c").write_text(BARE_HOST, "utf-8")
     (folder / "CMakeLists.txt").write_text(f"""cmake_minimum_required(VERSION 3.16)
 project(Host LANGUAGES C)
 {command}
 add_executable(host host.c)
-target_link_libraries(host PRIVATE ProductServices::Guard)
+target_link_libraries(host PRIVATE ProductServices::{library})
 product_services_deploy(host)
 """, "utf-8")
 
@@ -143,3 +181,18 @@ def service(service_command, tmp_path):
     for started in services:
         started.kill()
         started.communicate()
+
+
+@pytest.fixture
+def trusted_service(service, service_command, tmp_path):
+    """Starts the development service on the sample family's port, with a certificate that Wine trusts meanwhile."""
+    certificate = tmp_path / "service.pem"
+    environment = {**os.environ, "WINE": str(REPOSITORY / "scripts/run_wine.sh")}
+
+    def change_trust(option):
+        return run(*service_command, "--certificate", certificate, option, env=environment)
+
+    status, output = change_trust("--trust")
+    assert status == 0, output
+    yield lambda *options: service("--certificate", certificate, *options, port=18443)
+    change_trust("--untrust")

@@ -1,7 +1,7 @@
 # Tests in Python: the tools, the build's checks, and what was built. The label debian is for those that need Wine or
 # tools of Debian, or look into what this very build made; the others run on Windows too.
 
-# The sample family's library at an address of this build folder's own, with the sample host beside it.
+# The sample family's libraries at an address of this build folder's own, with programs beside them.
 set(sample_family_dir "${PROJECT_SOURCE_DIR}/product_family/sample")
 set(over_tls_dir "${PROJECT_BINARY_DIR}/over_tls")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${sample_family_dir}/product_family.json")
@@ -10,19 +10,15 @@ string(JSON json SET "${json}" service_base_address "\"https://${TESTS_ADDRESS}:
 file(WRITE "${over_tls_dir}/family/product_family.json" "${json}")
 make_family_headers("${over_tls_dir}/family/product_family.json" "${over_tls_dir}/family")
 add_product_services_library(ProductServicesOverTls ProductServices "${over_tls_dir}/family" "${sample_family_dir}")
-set_target_properties(ProductServicesOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
-# The sample host whose doctor asks that address.
-add_sample_host(HostOverTls "${over_tls_dir}/family")
-set_target_properties(HostOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
-add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
-    COMMAND ${CMAKE_COMMAND} -E copy_directory "${lang_dir}" "${over_tls_dir}/lang"
-    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:SampleHost> $<TARGET_FILE:ProductServicesGuard> "${over_tls_dir}"
-    DEPENDS SampleHost ProductServicesGuard "${languages_stamp}")
-add_custom_target(sample_host_over_tls ALL DEPENDS "${over_tls_dir}/SampleHost.exe")
+add_guard_library(ProductServicesGuardOverTls ProductServicesGuard "${over_tls_dir}/family" "${sample_family_dir}")
+set_target_properties(ProductServicesOverTls ProductServicesGuardOverTls PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>" ARCHIVE_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
+target_include_directories(ProductServicesGuardOverTls INTERFACE "${PROJECT_SOURCE_DIR}/include")
 
 if(MINGW)
     add_executable(guard_host guard/guard_host.c)
-    target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuard)
+    target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuardOverTls crypt32 cryptnet)
+    set_target_properties(guard_host PROPERTIES RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
     add_executable(publisher_host guard/publisher_host.cpp)
     target_link_libraries(publisher_host PRIVATE compiler_settings import_hook ProductServicesGuard crypt32 ntdll)
     target_include_directories(publisher_host PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
@@ -30,9 +26,10 @@ if(MINGW)
 endif()
 
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
+
 # Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
-set(on_debian test_doctor test_installer test_package test_consumer test_guard test_publisher test_crash test_library_file test_documents
-    test_other_languages)
+set(on_debian test_tool test_installer test_package test_consumer test_guard test_publisher test_crash test_library_file
+    test_documents test_other_languages)
 set(everywhere test_sample_host test_guard_programs test_product_family test_product_service test_languages)
 foreach(name IN LISTS everywhere on_debian)
     if(name IN_LIST on_debian AND NOT MINGW)
@@ -48,9 +45,9 @@ foreach(name IN LISTS everywhere on_debian)
     endif()
 endforeach()
 set_tests_properties(python.test_guard_programs PROPERTIES ${one_at_a_time})
-# The sample host's service has one port, and the sample product one record. These wait for each other, so they begin
-# before the rest.
-foreach(name test_sample_host test_doctor test_installer test_package test_guard)
+# The service of the sample family has one port, and the sample product one record. These wait for each other, so they
+# begin before the rest.
+foreach(name test_sample_host test_tool test_installer test_package test_guard)
     if(TEST python.${name})
         set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK sample_product COST 100)
     endif()

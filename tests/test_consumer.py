@@ -33,7 +33,7 @@ def test_it_gets_the_libraries_and_nothing_else(configure, tmp_path):
     assert len(inputs) > 50 and all(map(os.path.exists, inputs)), inputs
     assert "BUILD_TESTING" not in (tmp_path / "built/CMakeCache.txt").read_text("utf-8")
     # Building all would take a minute: one source and one resource script.
-    for name in ("guarded_calls.cpp.obj", "product_services_guard.rc.res"):
+    for name in ("calls/guarded_calls.cpp.obj", "product_services_guard.rc.res"):
         status, output = run(*ninja, f"product_services/guard/CMakeFiles/ProductServicesGuard.dir/{name}")
         assert status == 0, output
 

@@ -39,16 +39,18 @@ def test_named_files_are_there(page):
     roots = {path.name for base in BASES for path in base.iterdir() if path.is_dir()} - {"build"}
     paths = [path for path in re.findall(r"[\w.*/-]+", code_of(page)) if path.partition("/")[0] in roots]
     scripts = re.findall(r"(?<![\w./])\./([\w.]+)", code_of(page))
-    missing = [path for path in paths + scripts if not any(any(base.glob(path.rstrip("/"))) for base in BASES)]
+    # Programs are in the build and in the package.
+    sources = [path for path in paths + scripts if not path.endswith(".exe")]
+    missing = [path for path in sources if not any(any(base.glob(path.rstrip("/"))) for base in BASES)]
     assert missing == []
     names = re.findall(r"(?<![\w./<>*-])\w+\.(?:sh|py|h|hpp|cpp|cmake)\b", code_of(page))
     assert set(names) - {path.name for path in FILES} == set(), "without a folder"
 
 
 @each_page
-def test_examples_say_whose_addresses_they_trust(page):
-    products = re.findall(r"(?s)Product product\{.*?\}", page.read_text("utf-8"))
-    assert [product for product in products if "localhost:18443" not in product] == []
+def test_examples_say_whose_urls_they_trust(page):
+    calls = re.findall(r"(?s)CheckForUpdates\(\{.*?\}\)", page.read_text("utf-8"))
+    assert [call for call in calls if '.trustedHosts = L"localhost:18443"' not in call] == []
 
 
 @each_page
@@ -86,8 +88,3 @@ def test_the_architecture_shows_every_arrow_between_folders():
         included = re.findall(r'(?m)^#include [<"](\w+)/', path.read_text("utf-8"))
         found |= {f"{part} -> {to}" for to in included if to not in (part, "product_services")}
     assert found == shown
-
-
-def test_all_pages_together_have_at_most_9000_words():
-    words = {str(page.relative_to(REPOSITORY)): len(page.read_text("utf-8").split()) for page in PAGES + PACKAGED}
-    assert sum(words.values()) <= 9000, words

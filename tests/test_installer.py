@@ -1,34 +1,50 @@
-"""Builds the sample host's installers, installs them under Wine, uses what was installed and removes it."""
+"""Builds the sample host's installers, installs them under Wine, runs what was installed, and removes it."""
 
+import fnmatch
 import os
 import pathlib
 import re
 import shutil
+import xml.etree.ElementTree
 
 import pytest
 
 from conftest import MAKER_KEY, REPOSITORY, run
+from sample_window import open_sample_host
 
 DRIVE = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"), "drive_c")
 USERS_KEY, MACHINES_KEY = MAKER_KEY, MAKER_KEY.replace("HKCU", "HKLM")
 UNINSTALL_KEY = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall"
-BUILD = REPOSITORY / "samples/installer/build.sh"
+INSTALLERS = REPOSITORY / "samples/installer"
+
+
+@pytest.fixture(scope="module")
+def installers(build, tmp_path_factory):
+    """The installers of two releases, for one user and for all users, by release and scope."""
+    folder = tmp_path_factory.mktemp("installers")
+    built = shutil.copytree(build / "over_tls", folder / "größe & 'maß'")
+    made = {}
+    for release in ("2026.1", "2026.2"):
+        for scope in ("user", "machine"):
+            made[release, scope] = folder / f"{release} {scope}.msi"
+            options = ["--all-users"] if scope == "machine" else []
+            assert run(INSTALLERS / "build.sh", *options, made[release, scope], built, release) == (0, "")
+    return made
 
 
 @pytest.fixture
-def installers(build, tmp_path, wine):
-    """The installers of two releases for one user, and one for all users; removes what is installed."""
-    built = shutil.copytree(build / "over_tls", tmp_path / "größe & 'maß'")
-    old, new, for_all = (tmp_path / name for name in ("2026.1.msi", "2026.2.msi", "all users.msi"))
-    assert run(BUILD, old, built) == (0, "")
-    assert run(BUILD, new, built, "2026.2") == (0, "")
-    assert run(BUILD, "--all-users", for_all, built) == (0, "")
-    shutil.rmtree(built / "lang/ZH")
-    assert run(BUILD, old, built)[0] == 1, "and leaves the one that is there"
+def msiexec(installers, wine):
+    """Installs and removes packages; all of them, and all records, are removed in the end."""
     wine("reg", "delete", MAKER_KEY, "/f")
-    yield old, new, for_all
-    for path in (old, new, for_all):
+
+    def run_msiexec(option, release, scope):
+        status, output = wine("msiexec", option, installers[release, scope], "/qn")
+        assert status == 0, (option, release, scope, output)
+    yield run_msiexec
+    for path in installers.values():
         wine("msiexec", "/x", path, "/qn")
+    for key in (USERS_KEY, MACHINES_KEY):
+        wine("reg", "delete", key, "/f")
 
 
 def left_behind(wine):
@@ -41,25 +57,107 @@ def record(wine, key):
     return re.findall(r"REG_SZ +(.+)", wine("reg", "query", rf"{key}\Products", "/s")[1])
 
 
-def test_a_product_is_installed_used_upgraded_and_leaves_nothing_behind(installers, service, wine):
-    old, new, for_all = installers
+def test_a_product_is_installed_used_upgraded_and_removed(msiexec, trusted_service, wine):
     assert left_behind(wine) == []
-
-    assert wine("msiexec", "/i", old, "/qn")[0] == 0
-    assert wine("msiexec", "/i", for_all, "/qn")[0] == 0
+    msiexec("/i", "2026.1", "user")
+    msiexec("/i", "2026.1", "machine")
     folder, = DRIVE.glob("users/*/AppData/Local/Programs/Example Draft")
-    assert len(list(folder.glob("licenses/*.txt"))) == 5
-    assert len(list(DRIVE.glob("Program Files/Example Draft/licenses/*.txt"))) == 5
+    for installed in (folder, DRIVE / "Program Files/Example Draft"):
+        assert sorted(path.name for path in installed.glob("*.*")) == ["ProductServicesGuard.dll", "SampleHost.exe"]
+        assert len(list(installed.glob("lang/*/*.lang"))) == 10
+        assert len(list(installed.glob("licenses/*.txt"))) == 5
 
-    service(port=18443)
-    german = wine(folder / "SampleHost.exe", "upgrade", "--language", "140", "--unattended", cwd=folder)[1]
-    assert german.endswith("outcome: 540: Der Benutzer hat das Upgrade-Center verlassen.\n")
+    service = trusted_service()
+    with open_sample_host(folder / "SampleHost.exe"):
+        assert "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)" in service.stdout.readline()
 
-    assert wine("msiexec", "/i", new, "/qn")[0] == 0
+    msiexec("/i", "2026.2", "user")
     assert record(wine, USERS_KEY) == ["DRAFT-2026-DEMO", "2026.2"]
     assert record(wine, MACHINES_KEY) == ["DRAFT-2026-DEMO", "2026.1"]
+    msiexec("/i", "2026.2", "machine")
+    assert record(wine, MACHINES_KEY) == ["DRAFT-2026-DEMO", "2026.2"]
+    # Wine has one start menu for both.
     assert len(list(DRIVE.rglob("Start Menu/Programs/Example Maker/Example Draft.lnk"))) == 1
 
-    assert wine("msiexec", "/x", new, "/qn")[0] == 0
-    assert wine("msiexec", "/x", for_all, "/qn")[0] == 0
+    msiexec("/x", "2026.2", "user")
+    assert (record(wine, USERS_KEY), record(wine, MACHINES_KEY)) == ([], ["DRAFT-2026-DEMO", "2026.2"])
+    msiexec("/x", "2026.2", "machine")
     assert left_behind(wine) == []
+
+
+def test_an_installer_that_cannot_be_built_whole_leaves_the_old_one(installers, build, tmp_path):
+    incomplete = shutil.copytree(build / "over_tls", tmp_path / "incomplete")
+    shutil.rmtree(incomplete / "lang/ZH")
+    old = shutil.copy(installers["2026.1", "user"], tmp_path / "old.msi")
+    before = old.read_bytes()
+    assert run(INSTALLERS / "build.sh", old, incomplete)[0] == 1
+    assert old.read_bytes() == before
+
+
+# Wine's icacls does nothing.
+def test_the_installer_for_all_users_grants_rights_on_the_language_files_only(installers):
+    actions = run("msiinfo", "export", installers["2026.1", "machine"], "CustomAction")[1]
+    assert '"[LangFolder]." /grant *S-1-5-32-545:(OI)(IO)M' in actions
+    sequence = dict(re.findall(r"(?m)^(\w+)\t[^\t]*\t(\d+)", run(
+        "msiinfo", "export", installers["2026.1", "machine"], "InstallExecuteSequence")[1]))
+    order = "InstallFiles", "LetUsersWriteLanguageFiles", "InstallFinalize"
+    assert sorted(order, key=lambda name: int(sequence[name])) == list(order)
+
+
+def wix_list():
+    """The files, by their paths below the product's folder, and the values of the record that the WiX source has."""
+    variables = "Scope=perUser Release=2026.1 PackageVersion=1 BinDir=. LangDir=. LicenseDir=. License=."
+    options = [word for variable in variables.split() for word in ("-D", variable)]
+    root = xml.etree.ElementTree.fromstring(run("wixl", "-E", *options, INSTALLERS / "sample_host.wxs")[1])
+
+    def files(element, folder):
+        for child in element:
+            kind, name = child.tag.partition("}")[2], child.get("Name")
+            if kind == "File":
+                yield folder + (name or child.get("Source").rpartition("/")[2])
+            else:
+                yield from files(child, f"{folder}{name}\\" if kind == "Directory" else folder)
+
+    values = [element.attrib for element in root.iter() if r"\Products" in element.get("Key", "")]
+    return (list(files(root.find(".//{*}DirectoryRef"), "")),
+            [(value["Key"], value["Name"], value["Value"]) for value in values])
+
+
+def inno_list():
+    """What Inno Setup installs, which it removes again, and the values and the removed keys of the registry."""
+    script = (INSTALLERS / "sample_host.iss").read_text("utf-8")
+    rows = [dict(re.findall(r'(\w+): "?([^";]+)"?', line)) for line in script.splitlines() if ";" in line]
+    files = [f'{row["DestDir"]}\\{row.get("DestName") or row["Source"].rpartition(chr(92))[2]}'.removeprefix("{app}\\")
+             for row in rows if "DestDir" in row]
+    values = [(row["Subkey"], row["ValueName"], row["ValueData"]) for row in rows if "ValueData" in row]
+    keys = [row["Subkey"] for row in rows if row.get("Flags") == "uninsdeletekey"]
+    return files, files, values, keys
+
+
+def nsis_list():
+    """The same of NSIS."""
+    script = (INSTALLERS / "sample_host.nsi").read_text("utf-8")
+    for name, text in re.findall(r'(?m)^!define (\w+) "(.*)"$', script):
+        script = script.replace(f"${{{name}}}", text)
+    files, removed = [], []
+    for options, names in re.findall(r'(?m)^  File (/r )?(".*")$', script):
+        if "/oname=" in names:
+            files += re.findall('"/oname=(.*?)"', names)
+        else:
+            files += [name.rpartition("\\")[2] + ("\\*" if options else "") for name in re.findall('"(.*?)"', names)]
+    for command, path in re.findall(r'(?m)^  (Delete|RMDir /r) "\$INSTDIR\\(.*)"$', script):
+        removed.append(path if command == "Delete" else path + "\\*")
+    values = re.findall(r'(?m)^  WriteRegStr HKCU "(.*Products.*)" "(.*)" "(.*)"$', script)
+    return files, removed, values, re.findall(r'(?m)^  DeleteRegKey HKCU "(.*)"$', script)
+
+
+@pytest.mark.parametrize("read_script", [inno_list, nsis_list])
+def test_another_script_has_the_list_of_the_wix_source(read_script):
+    files, values = wix_list()
+    assert len(files) == 17 and len(values) == 2
+    installed, removed, script_values, removed_keys = read_script()
+    for patterns in (installed, removed):
+        assert [file for file in files if not any(fnmatch.fnmatchcase(file, pattern) for pattern in patterns)] == []
+    assert [pattern for pattern in installed if not fnmatch.filter(files, pattern)] == []
+    assert script_values == values
+    assert {key for key, _, _ in values} <= set(removed_keys)

@@ -13,16 +13,32 @@ VERSIONS = table("library/versions.json")
 WINDOWS = "advapi32 bcrypt comctl32 crypt32 gdi32 kernel32 msvcrt ole32 oleaut32 shell32 shlwapi user32 ws2_32".split()
 
 
-@pytest.fixture(scope="module")
-def library(build):
-    return pefile.PE(build / "bin/ProductServices.dll")
+EXPORTS = {
+    "ProductServices": [b"CheckForUpdates", b"Upgrade"],
+    "ProductServicesGuard": [b"GuardedCheckForUpdates", b"GuardedUpgrade", b"StartVerifiedFile", b"VerifyPublisher"],
+}
 
 
-def test_it_is_a_64_bit_library_for_hardened_processes_with_two_exports(library):
+@pytest.fixture(scope="module", params=EXPORTS)
+def library(request, build):
+    return pefile.PE(build / f"bin/{request.param}.dll")
+
+
+def test_it_is_a_64_bit_library_for_hardened_processes(library):
     assert library.FILE_HEADER.Machine == pefile.MACHINE_TYPE["IMAGE_FILE_MACHINE_AMD64"]
     for flag in ("HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"):
         assert getattr(library.OPTIONAL_HEADER, f"IMAGE_DLLCHARACTERISTICS_{flag}"), flag
-    assert [symbol.name for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols] == [b"CheckForUpdates", b"Upgrade"]
+
+
+@pytest.mark.parametrize("name, exports", EXPORTS.items())
+def test_its_exports_are_those_of_the_headers(build, name, exports):
+    library = pefile.PE(build / f"bin/{name}.dll")
+    assert [symbol.name for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols] == exports
+
+
+def test_the_guard_is_not_much_larger(build):
+    bare, guarded = ((build / f"bin/{name}.dll").stat().st_size for name in EXPORTS)
+    assert guarded - bare <= 150 * 1024
 
 
 def test_it_needs_nothing_but_windows(library):
@@ -60,8 +76,9 @@ def test_debuggers_on_windows_find_its_functions_by_its_pdb(build, name, functio
     assert re.search(rf"S_PUB32 .*{function}.*\n +flags = function", told)
 
 
-def test_its_only_dialog_is_the_one_that_hosts_know(build):
-    status, resources = run("x86_64-w64-mingw32-windres", "-J", "coff", "-O", "rc", build / "bin/ProductServices.dll")
+@pytest.mark.parametrize("name", EXPORTS)
+def test_its_only_dialog_is_the_one_that_hosts_know(build, name):
+    status, resources = run("x86_64-w64-mingw32-windres", "-J", "coff", "-O", "rc", build / f"bin/{name}.dll")
     assert status == 0
     numbers = table("library/dialog.json")["styles"]
     expected = re.sub(r"[A-Z]+_\w+( \| \w+)*", lambda styles: f"{sum(map(numbers.get, styles[0].split(' | '))):#x}",

@@ -7,6 +7,7 @@ import shlex
 import shutil
 import subprocess
 import sys
+import textwrap
 import time
 import xml.etree.ElementTree
 import zipfile
@@ -14,7 +15,8 @@ import zipfile
 import pefile
 import pytest
 
-from conftest import ADDRESS, OUTPUT, REPOSITORY, broken_links, each_case, end, run, table, write_host_project
+from conftest import (ADDRESS, OUTPUT, REPOSITORY, broken_links, certificate_in, each_case, end, run, table, trust_root,
+                      write_host_project)
 
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
@@ -22,7 +24,7 @@ void Check(HostContext* context) { try { CheckForUpdates(context); } catch (...)
 TEXTS = ".c .cpp .cs .go .iss .json .md .nsi .pas .po .pot .py .rs .wxs".split()
 SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
 # The library under test asks the tests' address, and looks for records in the sample's place.
-STRANGE = {**table("product_family/odd_texts.json"), "service_base_address": "https://strange.example:8443",
+STRANGE = {**table("product_family/special_characters.json"), "service_base_address": "https://strange.example:8443",
            "record_registry_path": "Software\\Example Maker\\Products"}
 
 
@@ -40,7 +42,7 @@ def fill(family, folder):
     """Makes the texts in a folder another family's, as cpack does; its JSON is put beside the folder."""
     family_json = folder.with_name("product_family.json")
     family_json.write_text(json.dumps(family), "utf-8")
-    return run(sys.executable, "-B", REPOSITORY / "cmake/family_texts.py", SAMPLE_JSON, family_json, folder)
+    return run(sys.executable, "-B", REPOSITORY / "cmake/brand_package.py", SAMPLE_JSON, family_json, folder)
 
 
 @pytest.fixture(scope="module")
@@ -67,13 +69,14 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
     targets = read(tmp_path / "build/native/ExampleMaker.ProductServices.targets")
     named = {os.path.normpath("build/native/" + name.replace("\\", "/").replace("**/*", "DE/Vemo_DE"))
              for name in re.findall(r'\$\(MSBuildThisFileDirectory\)([^;"<]+\.\w+)', targets)}
-    assert len(named) == 5
-    assert named | {"LICENSE", "readme.md", "icon.png", "[Content_Types].xml", "_rels/.rels"} < files
-    assert "product-services.spdx.json" in files
+    assert len(named) == 3, "one DLL, its import library, and the language files"
+    others = {"LICENSE", "licenses/curl.txt", "readme.md", "icon.png", "product-services.spdx.json",
+              "[Content_Types].xml", "_rels/.rels"}
+    assert named | others < files
     assert not [name for name in files if name.endswith((".pdb", ".debug"))]
     assert (tmp_path / "icon.png").read_bytes().startswith(b"\x89PNG")
     version, = re.findall(r"<version>(\d+)\.(\d+)", read(tmp_path / "ExampleMaker.ProductServices.nuspec"))
-    library = pefile.PE(tmp_path / "runtimes/win-x64/native/ProductServices.dll")
+    library = pefile.PE(tmp_path / "runtimes/win-x64/native/ProductServicesGuard.dll")
     assert library.VS_FIXEDFILEINFO[0].FileVersionMS == int(version[0]) << 16 | int(version[1])
 
 
@@ -151,7 +154,7 @@ def test_another_makers_odd_names_are_escaped_as_each_file_needs(strange_kit, fi
 
 
 def test_a_name_that_is_still_the_samples_is_refused(tmp_path):
-    refusal = "product_family.json: product must be your own, and is still the sample's.\n"
+    refusal = "product_family.json: product still has the sample's value; set your own.\n"
     assert fill({**STRANGE, "product": "Example Draft"}, tmp_path / "kit")[1].endswith(refusal)
 
 
@@ -172,29 +175,43 @@ def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_k
     assert run("cmake", "-G", "Ninja", toolchain, "-S", strange_kit / "samples/minimal_hosts", "-B", hosts)[0] == 0
     status, output = run("cmake", "--build", hosts)
     assert status == 0 and "warning" not in output, output
-    shutil.copy(build / "over_tls/ProductServices.dll", hosts)
-    guide = read(strange_kit / "docs/host-guide.md")
+    shutil.copy(build / "over_tls/ProductServicesGuard.dll", hosts)
+    guide = read(strange_kit / "docs/getting-started.md")
     record_key = re.search('(?m)^reg delete "(.*)" /f$', guide)[1]
     request.addfinalizer(lambda: wine("reg", "delete", record_key, "/f"))
     for record in re.findall('(?m)^reg add "(.*)" (/v) (.*) (/d) (.*) (/f)$', guide):
         assert wine("reg", "add", *record)[0] == 0
+    certificate = strange_kit / "service.pem"
     service = subprocess.Popen([sys.executable, "-B", strange_kit / "tools/product_service.py", "--address", ADDRESS,
-                                "--port", "18443", "--check-answer", "0"], **OUTPUT)
+                                "--port", "18443", "--check-answer", "0", "--certificate", certificate], **OUTPUT)
     assert "ready" in service.stdout.readline()
-    outputs = [wine(hosts / name)[1] for name in ("host_c.exe", "host_cpp.exe")]
+    with trust_root(wine, certificate_in(certificate)):
+        outputs = [wine(hosts / name)[1] for name in ("host_c.exe", "host_cpp.exe")]
     log = end(service)
     for output in outputs:
-        assert "CheckForUpdates: 200: https://strange.example:8443/buy/" in output
+        assert "CheckForUpdates: a newer release is at https://strange.example:8443/buy/" in output
     assert "key=DEMO-2026 version=2026.1" in log[0]
 
 
-def test_a_host_that_finds_the_package_has_both_libraries_beside_it(package, plain_toolchain, tmp_path):
-    write_host_project(tmp_path, "find_package(ProductServices CONFIG REQUIRED)")
+def test_a_host_that_finds_the_package_has_the_dll_that_it_links_beside_it(package, plain_toolchain, tmp_path):
     found = f"-DProductServices_DIR={package}/lib/cmake/ProductServices"
-    for command in (["-G", "Ninja", plain_toolchain, found, "-B", "built", "."], ["--build", "built"]):
-        status, output = run("cmake", *command, cwd=tmp_path)
+    for library, dll in (("Guard", "ProductServicesGuard.dll"), ("ProductServices", "ProductServices.dll")):
+        folder = tmp_path / library
+        folder.mkdir()
+        write_host_project(folder, "find_package(ProductServices CONFIG REQUIRED)", library)
+        for command in (["-G", "Ninja", plain_toolchain, found, "-B", "built", "."], ["--build", "built"]):
+            status, output = run("cmake", *command, cwd=folder)
+            assert status == 0, output
+        programs = {path.name for path in (folder / "built").iterdir() if path.suffix in (".exe", ".dll")}
+        assert programs == {"host.exe", dll}
+
+
+def test_the_packaged_sample_host_can_be_built_from_the_package(package, plain_toolchain, tmp_path):
+    kit = shutil.copytree(package, tmp_path / "my kit")
+    for command in (["-G", "Ninja", plain_toolchain, "-S", "samples/host", "-B", "built"], ["--build", "built"]):
+        status, output = run("cmake", *command, cwd=kit)
         assert status == 0, output
-    assert {"host.exe", "ProductServices.dll", "ProductServicesGuard.dll"} < set(os.listdir(tmp_path / "built"))
+    assert {"SampleHost.exe", "ProductServicesGuard.dll"} < set(os.listdir(kit / "built"))
 
 
 def test_pkgconf_finds_the_guard_wherever_the_package_is(package, tmp_path):
@@ -206,10 +223,16 @@ def test_pkgconf_finds_the_guard_wherever_the_package_is(package, tmp_path):
     assert run(*compiler, *shlex.split(options)) == (0, "")
 
 
-@pytest.mark.parametrize("page, includes", [
-    pytest.param("README.md", "", id="the readme's first call"),
-    pytest.param("docs/host-guide.md", "#include <windows.h>\n", id="the guide's download")])
-def test_the_code_of_the_documents_compiles(package, page, includes):
-    code = re.search(r"(?sm)^```cpp\n(.*?)```", read(REPOSITORY / page))[1]
-    compiler = ("x86_64-w64-mingw32-g++-posix", "-Wall", f"-I{package}/include", "-fsyntax-only", "-xc++", "-")
-    assert run(*compiler, input=includes + code) == (0, "")
+@pytest.mark.parametrize("page", ["README.md", "docs/host-guide.md", "cmake/nuget/readme.md"])
+def test_the_code_of_the_documents_compiles(package, page):
+    blocks = re.findall(r"(?ms)^( *)```cpp\n(.*?)^ *```", read(REPOSITORY / page))
+    examples = [textwrap.dedent(code) for _, code in blocks if "#include" in code]
+    assert examples
+    compiler = ("x86_64-w64-mingw32-g++-posix", "-std=c++20", "-Wall", "-Wextra", f"-I{package}/include",
+                "-fsyntax-only", "-xc++", "-")
+    for code in examples:
+        # What is shown as statements belongs into a function.
+        includes, statements = re.match(r"(?s)((?:#include.*?\n|\n)+)(.*)", code).groups()
+        if statements.startswith("const auto"):
+            code = f"{includes}void OpenDownloadPage(const std::wstring&);\nvoid Show() {{\n{statements}\n}}"
+        assert run(*compiler, input=code) == (0, "")

@@ -1,4 +1,4 @@
-"""Gives the build what other makers may bring: what cannot be used is refused, and odd texts arrive whole."""
+"""Gives the build what other makers may bring: what cannot be used is refused, and special characters survive."""
 
 import os
 import re
@@ -12,7 +12,7 @@ from conftest import REPOSITORY, change, each_case, needs_debian, run, table
 SAMPLE = REPOSITORY / "product_family/sample"
 # Another maker's product family, with characters that mean something to CMake, C, C++, resource scripts, XML, JSON,
 # Markdown or a shell, and with characters of one to four bytes.
-ODD_FAMILY = REPOSITORY / "tests/product_family/odd_texts.json"
+SPECIAL_FAMILY = REPOSITORY / "tests/product_family/special_characters.json"
 SAMPLE_JSON = (SAMPLE / "product_family.json").read_text("utf-8")
 PICTURES = ("library.ico", *(f"background_{number}.bmp" for number in (332, 333, 335, 343, 1077)))
 PLAIN_LOCALE = {**os.environ, "LC_ALL": "C"}
@@ -45,64 +45,69 @@ def check(family, tmp_path):
     return run_check
 
 
-@each_case("product_family/wrong_families.json", "replaced, by, says")
-def test_a_family_that_cannot_be_used_is_refused_with_one_sentence(check, family, replaced, by, says):
-    change(family, replaced, by)
-    assert f"product_family.json: {says}" in check()
+@each_case("product_family/invalid_families.json", "find, replace, message")
+def test_invalid_family_is_refused(check, family, find, replace, message):
+    change(family, find, replace)
+    assert f"product_family.json: {message}" in check()
 
 
-def test_a_family_in_another_encoding_is_refused(check, family):
+def test_family_in_another_encoding_is_refused(check, family):
     family.write_bytes(SAMPLE_JSON.replace("Draft", "Möbel").encode("latin-1"))
-    assert "product_family.json: product must be a text in UTF-8 without control characters." in check()
+    assert "product_family.json: line 4 is not valid UTF-8." in check()
 
 
-def test_a_family_that_is_missing_is_named(check, family):
+def test_missing_family_is_named(check, family):
     family.unlink()
-    assert "product_family.json: the file must be there, in the folder that PRODUCT_FAMILY_DIR" in check()
+    assert "product_family.json: file not found in PRODUCT_FAMILY_DIR." in check()
 
 
-def test_a_byte_order_mark_is_taken(check, family):
+def test_deeply_nested_family_is_refused(check, family):
+    family.write_text("[" * 100000, "utf-8")
+    assert "product_family.json: invalid JSON: nested too deeply." in check()
+
+
+def test_byte_order_mark_is_accepted(check, family):
     change(family, "^", "\ufeff")
     assert check() == ""
 
 
-def test_the_tests_own_family_may_go_without_tls(check, family):
+def test_family_of_the_tests_may_use_http(check, family):
     change(family, "https:", "http:")
     assert check(allowed="http") == ""
 
 
 @pytest.mark.parametrize("name", PICTURES)
-def test_a_picture_that_is_missing_is_named(check, tmp_path, name):
+def test_missing_picture_is_named(check, tmp_path, name):
     (tmp_path / name).unlink()
-    assert f"has no file {name}." in check()
+    assert f"{name}: file not found in PRODUCT_FAMILY_DIR." in check()
 
 
-@each_case("product_family/wrong_pictures.json", "picture, at, bytes, says")
-def test_a_picture_that_cannot_be_used_is_refused_with_its_reason(check, tmp_path, picture, at, bytes, says):
+@each_case("product_family/invalid_pictures.json", "picture, at, bytes, message")
+def test_invalid_picture_is_refused(check, tmp_path, picture, at, bytes, message):
     data = bytearray((SAMPLE / picture).read_bytes())
     new = bytearray.fromhex(bytes)
     data[at:at + len(new)] = new
     (tmp_path / picture).unlink()
     (tmp_path / picture).write_bytes(data)
-    assert f"{picture} {says}" in check()
+    assert f"{picture}: {message}" in check()
 
 
 @needs_debian
-def test_odd_texts_arrive_whole_in_the_library_its_version_and_hosts(check, family, tmp_path):
-    shutil.copy(ODD_FAMILY, family)
+def test_special_characters_survive_in_library_version_and_hosts(check, family, tmp_path):
+    shutil.copy(SPECIAL_FAMILY, family)
     assert check() == ""
     (tmp_path / "host.cpp").write_text("""#include "sample_product.h"
         extern const wchar_t* const Host[]{
             SAMPLE_PRODUCT_NAME, L"Example Maker", L"Software\\\\Example Maker\\\\Products"};""")
-    assert run(sys.executable, "-B", REPOSITORY / "cmake/family_texts.py", SAMPLE / "product_family.json",
+    assert run(sys.executable, "-B", REPOSITORY / "cmake/brand_package.py", SAMPLE / "product_family.json",
                "product_family.json", ".", cwd=tmp_path) == (0, "")
     folders = [f"-I{folder}" for folder in (
-        "headers", REPOSITORY / "src", REPOSITORY / "include", REPOSITORY / "product_family")]
+        ".", "headers", REPOSITORY / "src", REPOSITORY / "src/ui", REPOSITORY / "include", REPOSITORY / "product_family")]
     assert run("x86_64-w64-mingw32-windres", *folders, REPOSITORY / "guard/product_services_guard.rc", "version.o",
                cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
     assert run("x86_64-w64-mingw32-g++-posix", "-std=c++20", *folders, "-c", REPOSITORY / "src/platform/family.cpp",
                "host.cpp", cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
-    maker, package_id, product, address, path, keys = table("product_family/odd_texts.json").values()
+    maker, package_id, product, address, path, keys = table("product_family/special_characters.json").values()
     for name, texts in {"family.o": [address, path, *keys], "host.o": [product, maker, path],
                         "version.o": [maker, f"{maker} ProductServices", package_id]}.items():
         data = (tmp_path / name).read_bytes()
@@ -110,8 +115,8 @@ def test_odd_texts_arrive_whole_in_the_library_its_version_and_hosts(check, fami
 
 
 @needs_debian
-@each_case("product_family/inputs.json", "target, inputs")
-def test_what_the_maker_brings_is_followed_when_it_changes(build, target, inputs):
+@each_case("product_family/dependencies.json", "target, inputs")
+def test_build_follows_changes_of_the_family(build, target, inputs):
     listed = run("ninja", "-C", build, "-t", "inputs", target)[1]
     # Names with a blank in their path stand in quotation marks.
     assert [name for name in inputs if not re.search(rf"(?m)/{re.escape(name)}'?$", listed)] == []

@@ -4,8 +4,10 @@ import json
 import os
 import socket
 import ssl
+import stat
 
-from conftest import ADDRESS, CATALOGUE, TERMINATION, each_case, end, run, table
+from conftest import (ADDRESS, CATALOGUE, REPOSITORY, TERMINATION, WINDOWS, each_case, end, needs_debian, root_value,
+                      run, table)
 
 UPDATES = "POST /get_updates.php"
 CHECK = "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)"
@@ -87,5 +89,72 @@ def test_what_it_cannot_start_with_is_named(service, service_command):
                                 ("--answer-file", "none", "none")):
         status, sentence = run(*service_command, option, value)
         assert status == 1 and sentence.startswith(f"product_service: cannot open {what}: ")
-    status, sentence = run(*service_command, "--port", "0", env={**os.environ, "PATH": "/nowhere"})
+
+
+def test_a_certificate_that_cannot_be_made_leaves_nothing_behind(service_command, tmp_path):
+    before = os.listdir(tmp_path)
+    status, sentence = run(*service_command, "--port", "0", "--certificate", tmp_path / "kept.pem",
+                           env={**os.environ, "PATH": "/nowhere"})
     assert status == 1 and sentence.startswith("product_service: openssl could not make the certificate: ")
+    assert os.listdir(tmp_path) == before
+
+
+def test_a_kept_certificate_is_made_once_and_passes_a_strict_client(service, tmp_path):
+    kept, seen = tmp_path / "kept.pem", []
+    for start in ("first", "second"):
+        running = service("--certificate", kept)
+        client = ssl.create_default_context(cafile=kept)
+        client.verify_flags |= ssl.VERIFY_X509_STRICT
+        assert client.cert_store_stats() == {"x509": 1, "crl": 0, "x509_ca": 0}, start
+        for host in (ADDRESS, "localhost"):
+            with client.wrap_socket(socket.create_connection((ADDRESS, running.port), 20), server_hostname=host) as tls:
+                seen.append(tls.getpeercert())
+        end(running)
+    assert seen == seen[:1] * 4
+    assert ("DNS", ADDRESS) in seen[0]["subjectAltName"]  # for Wine
+    days = (ssl.cert_time_to_seconds(seen[0]["notAfter"]) - ssl.cert_time_to_seconds(seen[0]["notBefore"])) / 86400
+    assert days == 365
+    assert WINDOWS or stat.S_IMODE(kept.stat().st_mode) == 0o600
+    assert sorted(os.listdir(tmp_path)) == ["catalogue.json", "kept.pem"]
+
+
+def test_a_file_that_cannot_be_used_is_named_with_what_to_do(service_command, tmp_path):
+    good, expired, file = tmp_path / "good.pem", tmp_path / "expired.pem", tmp_path / "kept.pem"
+    for command in (["req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", good, "-out", good,
+                     "-subj", "/CN=localhost", "-addext", f"subjectAltName=IP:{ADDRESS},DNS:localhost"],
+                    ["x509", "-in", good, "-signkey", good, "-days", "-1", "-out", expired]):
+        assert run("openssl", *command)[0] == 0, command
+    key, begin, certificate = good.read_text().partition("-----BEGIN CERTIFICATE-----")
+    without = f"{file} does not hold a usable certificate with its key: "
+    refused = f"the certificate in {file} cannot be used "
+    for name, text, address, says in (
+            ("expired", key + expired.read_text(), ADDRESS, f"{refused}(certificate has expired): "),
+            ("for another address", key + begin + certificate, "127.0.0.1", f"{refused}(IP address mismatch, "),
+            ("without its key", begin + certificate, ADDRESS, without),
+            ("without a certificate", key, ADDRESS, without)):
+        file.write_text(text)
+        status, sentence = run(*service_command, "--port", "0", "--address", address, "--certificate", file)
+        assert status == 1 and sentence.startswith(f"product_service: {says}"), (name, sentence)
+        assert "delete" in sentence and sentence.endswith(" start again, which makes a new one\n"), (name, sentence)
+
+
+@needs_debian
+def test_wine_trusts_a_certificate_until_told_otherwise(service_command, wine, tmp_path):
+    kept = tmp_path / "kept.pem"
+
+    def change(option, program):
+        return run(*service_command, "--certificate", kept, option, env={**os.environ, "WINE": str(program)})
+
+    status, sentence = change("--trust", "/nowhere/wine")
+    assert status == 1 and sentence.startswith("product_service: cannot start /nowhere/wine: "), sentence
+    text, emulator = kept.read_text(), REPOSITORY / "scripts/run_wine.sh"
+    value, stored = root_value(ssl.PEM_cert_to_DER_cert(text[text.index("-----BEGIN CERTIFICATE-----"):]))
+    try:
+        assert change("--trust", emulator)[0] == 0
+        assert stored.hex() in wine("reg", "query", *value)[1].lower()
+        assert change("--untrust", emulator)[0] == 0
+        assert wine("reg", "query", *value)[0] == 1
+        assert change("--untrust", emulator)[0] == 1
+    finally:
+        wine("reg", "delete", value[0], "/f")
+    assert run(*service_command, "--trust")[0] == 2

@@ -1,57 +1,81 @@
-"""VerifyPublisher, with files signed under a root certificate that only the tests' Wine trusts, and only meanwhile."""
+"""Verifies and starts files that are signed under a root certificate that only the tests' Wine trusts, and only meanwhile."""
 
-import hashlib
 import itertools
 import shutil
 import ssl
 import struct
 
+import pefile
 import pytest
 
-from conftest import run, table
+from conftest import run, table, trust_root
 
 MAKER = "Example Maker"
-ROOTS = r"HKCU\Software\Microsoft\SystemCertificates\Root\Certificates"
 DEEP = f"{'a' * 150}/{'b' * 150}"
 CASES = table("guard/publishers.json")
 
 
+def padded(signed):
+    """The signed program with data in its signature, behind what is verified: both sizes of the signature tell of it."""
+    padding = b"padding!" * 8
+    directory = pefile.PE(data=signed).OPTIONAL_HEADER.DATA_DIRECTORY[4]
+    data = bytearray(signed + padding)
+    struct.pack_into("<I", data, directory.get_field_absolute_offset("Size"), directory.Size + len(padding))
+    length, = struct.unpack_from("<I", data, directory.VirtualAddress)
+    struct.pack_into("<I", data, directory.VirtualAddress, length + len(padding))
+    return data
+
+
 @pytest.fixture(scope="module")
-def outcomes(build, wine, tmp_path_factory):
-    """What the host says of each case, in one process: since Wine reads all roots anew in each."""
-    folder, host = tmp_path_factory.mktemp("publisher"), build / "bin/publisher_host.exe"
+def folder(tmp_path_factory):
+    return tmp_path_factory.mktemp("publisher")
+
+
+@pytest.fixture(scope="module")
+def outcomes(build, wine, folder):
+    """What the host says of each case, in one process, because Wine reads all roots again in each."""
+    host = build / "bin/publisher_host.exe"
 
     def call(command, *arguments):
-        assert run(*command.split(), *arguments, cwd=folder)[0] == 0, command
+        status, output = run(*command.split(), *arguments, cwd=folder)
+        assert status == 0, f"{command}: {output}"
 
     def sign(file, subject, days="9"):
-        call("openssl req -new -key key -out request -subj", f"/CN={subject}")
-        call("openssl x509 -req -in request -CA root -CAkey key -out certificate -days", days)
+        call("openssl req -new -key key -out request -subj", subject)
+        call("openssl x509 -req -in request -CA root -CAkey key -CAcreateserial -out certificate -days", days)
         call("osslsigncode sign -certs certificate -key key -in unsigned.exe -out", file)
 
     shutil.copy(host, folder / "unsigned.exe")
+    shutil.copy(build / "bin/ProductServicesGuard.dll", folder)  # which the started program needs, too
     call("openssl req -x509 -newkey rsa:2048 -nodes -keyout key -subj /CN=Root -out root")
-    sign("signed.exe", MAKER)
-    sign("limited.exe", f"{MAKER} Ltd")
-    sign("expired.exe", MAKER, days="-1")
+    sign("signed.exe", f"/CN={MAKER}")
+    sign("limited.exe", f"/CN={MAKER} Ltd")
+    sign("organization.exe", f"/O={MAKER}")
+    sign("expired.exe", f"/CN={MAKER}", days="0")
     call("openssl req -x509 -key key -out certificate -subj", f"/CN={MAKER}")
     call("osslsigncode sign -certs certificate -key key -in unsigned.exe -out self-signed.exe")
     signed = (folder / "signed.exe").read_bytes()
     (folder / "changed.exe").write_bytes(signed.replace(b"DOS mode", b"DOS mood"))
+    (folder / "appended.exe").write_bytes(signed + b"appended")
+    (folder / "padded.exe").write_bytes(padded(signed))
+    (folder / "signed.txt").write_bytes(signed)
+    (folder / "installer.exe").write_bytes(signed)  # of its own, because a program that runs is open
+    (folder / "link.exe").symlink_to("installer.exe")
     (folder / DEEP).mkdir(parents=True)
     shutil.copy(folder / "signed.exe", folder / DEEP)
     root = ssl.PEM_cert_to_DER_cert((folder / "root").read_text())
     calls = [(row["file"].replace("DEEP", DEEP), row["publisher"], row["option"]) for row in CASES.values()]
-    place, stored = rf"{ROOTS}\{hashlib.sha1(root).hexdigest().upper()}", struct.pack("<3I", 32, 1, len(root)) + root
-    wine("reg", "add", place, "/v", "Blob", "/t", "REG_BINARY", "/d", stored.hex(), "/f")
-    try:
+    with trust_root(wine, root):
         status, output = wine(host, *itertools.chain(*calls), cwd=folder)
-    finally:
-        wine("reg", "delete", place, "/f")
     assert status == 0, output
     return dict(zip(CASES, output.splitlines()))
 
 
 @pytest.mark.parametrize("case", CASES)
-def test_the_outcome_for(outcomes, case):
+def test_outcome(outcomes, case):
     assert outcomes[case] == CASES[case]["outcome"]
+
+
+def test_trusted_files_are_started_and_no_others(outcomes, folder):
+    assert run("bash", "-c", "until [ -e link.exe.started ]; do sleep 0.1; done", cwd=folder)[0] == 0
+    assert sorted(path.name for path in folder.glob("*.started")) == ["installer.exe.started", "link.exe.started"]

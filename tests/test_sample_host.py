@@ -1,15 +1,17 @@
-"""Runs the sample host under Wine against the development service: real HTTPS, real windows."""
+"""Opens the sample host's window under Wine and uses its menu, against the development service."""
 
-import os
-import re
-
+import pefile
 import pytest
 
-from conftest import MAKER_KEY, REPOSITORY, each_case, end, needs_debian, run
+from conftest import MAKER_KEY, end
+from sample_window import wait_for_window, open_sample_host, press
+
+CHECK = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> "
+OPEN_CHECK = "alt+h", "c"
 
 
 @pytest.fixture(scope="module", autouse=True)
-def records(wine):
+def record(wine):
     """What an installer of the sample product writes, while the tests run."""
     for name, value in (("key", "DRAFT-2026-DEMO"), ("version", "2026.1")):
         wine("reg", "add", rf"{MAKER_KEY}\Products\Example Draft\2026.1", "/v", name, "/d", value, "/f")
@@ -17,39 +19,36 @@ def records(wine):
     wine("reg", "delete", rf"{MAKER_KEY}\Products\Example Draft", "/f")
 
 
-@pytest.fixture
-def host(build, wine, tmp_path):
-    """Runs the sample host with a user who presses its buttons: the lines that it prints."""
-    def run_host(*arguments, **environment):
-        status, output = wine(build / "over_tls/SampleHost.exe", *arguments, "--unattended", cwd=tmp_path,
-                              env={**os.environ, **environment})
-        assert status == 0, output
-        return output.splitlines()
-    return run_host
+def test_a_call_refuses_a_second_one_and_keeps_the_window_open(build, trusted_service):
+    running = trusted_service("--answer", "empty")
+    with open_sample_host(build / "over_tls/SampleHost.exe") as (process, window):
+        assert running.stdout.readline() == f"{CHECK}empty body\n", "the quiet check at start"
+        press(window, *OPEN_CHECK)
+        box = wait_for_window("Example Draft")
+        press(window, *OPEN_CHECK)
+        press(window, "alt+F4")
+        press(box, "Return")
+
+        press(window, *OPEN_CHECK)
+        press(wait_for_window("Example Draft"), "Return")
+        press(window, "alt+F4")
+        assert process.wait(timeout=10) == 0
+    assert end(running) == [f"{CHECK}empty body"] * 2, "one for each choice while no call was in progress"
 
 
-@each_case("sample_host/calls.json", "answer, call, lines, requests")
-def test_the_outcome_and_the_requests_of_each_call(host, service, tmp_path, answer, call, lines, requests):
-    (tmp_path / "reply").write_text("<", "utf-8")
-    running = service(*answer, port=18443)
-    assert host(*call) == lines
-    assert end(running) == requests
+def test_closing_ends_a_check_that_the_service_does_not_answer(build, trusted_service):
+    running = trusted_service("--hang", "/get_updates.php")
+    with open_sample_host(build / "over_tls/SampleHost.exe") as (process, window):
+        assert running.stdout.readline() == "POST /get_updates.php -> hangs\n"
+        press(window, "alt+F4")
+        assert process.wait(timeout=10) == 0, "long before the time limit of the call"
 
 
-# Wine accepts every certificate; but it traces what the library asks for, 8 being SCH_CRED_MANUAL_CRED_VALIDATION.
-@needs_debian
-def test_windows_is_asked_not_to_verify_certificates(host, service):
-    service(port=18443)
-    trace = "\n".join(host("check", WINEDEBUG="-all,trace+secur32"))
-    assert int(re.search(r"\bdwFlags = (\w+)", trace)[1], 16) & 8
-
-
-@needs_debian
-def test_buying_hands_the_offers_address_to_the_browser(host, service, tmp_path):
-    service(port=18443)
-    opened = tmp_path / "opened"
-    path = f"{REPOSITORY}/scripts/lib/browser:{os.environ['PATH']}"
-    outcome = host("upgrade", "--buy", "2", OPENED_ADDRESSES=str(opened), PATH=path)[-1]
-    assert outcome == "outcome: 930: Browser opened, continue running!"
-    assert run("bash", "-c", f"until [ -s '{opened}' ]; do sleep 0.1; done")[0] == 0
-    assert opened.read_text() == "https://localhost:18443/buy/model-2026-1\n"
+def test_windows_does_not_stretch_the_window(build):
+    program = pefile.PE(build / "bin/SampleHost.exe")
+    manifests = [leaf.data.struct for kind in program.DIRECTORY_ENTRY_RESOURCE.entries
+                 if kind.id == pefile.RESOURCE_TYPE["RT_MANIFEST"]
+                 for name in kind.directory.entries for leaf in name.directory.entries]
+    assert len(manifests) == 1
+    manifest = program.get_data(manifests[0].OffsetToData, manifests[0].Size).decode()
+    assert "<dpiAwareness" in manifest and ">PerMonitorV2<" in manifest

@@ -45,7 +45,7 @@ TEST(ProductRecord, HasTheTextThatAValueBeginsWith)
         {"nothing", REG_SZ, L"", 0, L""},
         {"a terminated text", REG_SZ, {L"key\0", 4}, 8, L"key"},
         {"an unterminated text", REG_SZ, L"key", 6, L"key"},
-        {"an odd size", REG_SZ, L"keys", 7, L"keys"},
+        {"an odd size", REG_SZ, {L"key\0", 4}, 7, L"key"},
         {"a NUL inside", REG_SZ, {L"key\0rest", 8}, 16, L"key"},
         {"a text that fills the library's room", REG_SZ, room, 512, room},
         {"a long text with a NUL inside", REG_SZ, longText + L'\0' + L"rest", 40010, longText},

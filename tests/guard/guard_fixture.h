@@ -1,49 +1,67 @@
-// ProductServicesGuard.dll in a folder of the test's own, with a library beside it that the test chooses.
+// ProductServicesGuard.dll of the tests' family through its exports, with a product record, a service, and a
+// second thread as the user.
 #pragma once
 
 #include "support/loopback_server.h"
 
+#include "support/import_hook.h"
 #include "support/product_records.h"
 #include "support/test_folder.h"
 
 #include <product_services/guarded_calls.h>
 
 #include <algorithm>
-#include <array>
-#include <filesystem>
-#include <fstream>
-#include <import_hook.h>
+#include <functional>
 #include <iterator>
+#include <list>
+#include <thread>
+#include <window_automation.h>
 
-inline const std::wstring NoUpgrades = L"reported 920: No upgrades found!";
-
-/// The guard of a folder, which is loaded while this lives.
-class Guard
+/// What a guarded call left behind: its outcome, the text, and the result code, which most calls do not have.
+struct Ended
 {
-public:
-    explicit Guard(const std::filesystem::path& folder)
-        : m_module(LoadLibraryExW(
-              (folder / "ProductServicesGuard.dll").c_str(), nullptr,
-              LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32))
-    {
-    }
-    ~Guard() { FreeLibrary(m_module); }
+    ProductServicesOutcome outcome;
+    std::wstring text;
+    std::uint32_t resultCode = PRODUCT_SERVICES_NO_RESULT;
+    bool isTruncated = false;
 
-    Guard(const Guard&) = delete;
-    Guard& operator=(const Guard&) = delete;
-
-    std::uint32_t Check(GuardedCall* call) const { return Find("GuardedCheckForUpdates")(call); }
-    std::uint32_t Upgrade(GuardedCall* call) const { return Find("GuardedUpgrade")(call); }
-
-private:
-    decltype(&GuardedUpgrade) Find(const char* name) const
-    {
-        void* const found = reinterpret_cast<void*>(GetProcAddress(m_module, name));
-        return reinterpret_cast<decltype(&GuardedUpgrade)>(found);
-    }
-
-    HMODULE m_module;
+    bool operator==(const Ended&) const = default;
 };
+
+inline const char* Name(ProductServicesOutcome outcome)
+{
+    constexpr const char* Names[]{
+        "FAILED",
+        "NEWER_RELEASE",
+        "UP_TO_DATE",
+        "BROWSER_OPENED",
+        "USER_QUIT",
+        "NO_PRODUCT_RECORD",
+        "NOTHING_SENT",
+        "REFUSED",
+        "OTHER_STATUS",
+        "UNREACHABLE",
+        "TIMED_OUT",
+        "CANCELLED",
+        "UNTRUSTED_CERTIFICATE",
+        "UNTRUSTED_ADDRESS",
+        "INVALID_REPLY",
+        "BUSY",
+        "INVALID_PARAMETER"};
+    return outcome < std::size(Names) ? Names[outcome] : "an unknown outcome";
+}
+
+inline void PrintTo(const Ended& ended, std::ostream* stream)
+{
+    *stream << Name(ended.outcome) << ", code " << static_cast<int>(ended.resultCode) << ", \""
+            << testing::PrintToString(ended.text) << '"' << (ended.isTruncated ? ", truncated" : "");
+}
+
+inline const Ended UserQuit{PRODUCT_SERVICES_OUTCOME_USER_QUIT, L"User chose to quit!", 540};
+inline const Ended NoUpgrades{PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, L"No upgrades found!", 920};
+inline const Ended TimedOut{PRODUCT_SERVICES_OUTCOME_TIMED_OUT, L"The time limit was exceeded."};
+inline const Ended Cancelled{PRODUCT_SERVICES_OUTCOME_CANCELLED, L"The call was cancelled."};
+inline const Ended Busy{PRODUCT_SERVICES_OUTCOME_BUSY, L"Another call is already in progress."};
 
 class GuardTest : public testing::Test
 {
@@ -52,96 +70,114 @@ protected:
     {
         records.Write(L"Product\\1.0", L"key", L"product-key");
         records.Write(L"Product\\1.0", L"version", L"20.1");
-        record.size = sizeof record;
-        record.languageId = PRODUCT_SERVICES_LANGUAGE_EN;
-        record.productName = L"Product";
-        record.productVersion = L"1.0";
-        record.apiKey = L"api-key";
-        record.text = text.data();
-        record.textCapacity = static_cast<std::uint32_t>(text.size());
-        InstallGuard(app);
-        InstallLibrary(app);
+        params.size = sizeof params;
+        params.languageId = PRODUCT_SERVICES_LANGUAGE_EN;
+        params.productName = L"Product";
+        params.productVersion = L"1.0";
+        params.apiKey = L"api-key";
+        params.options = PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE; // the tests' service speaks HTTP
+        Load();
     }
 
-    // Libraries stay loaded without their guards, and a file in use cannot go with its folder.
-    ~GuardTest() override
+    ~GuardTest() override { Unload(); }
+
+    /// Loads the DLL anew, which knows of no call yet.
+    void Reload()
     {
-        for (const auto& file : std::filesystem::recursive_directory_iterator(app)) {
-            while (const HMODULE library = GetModuleHandleW(file.path().c_str())) {
-                FreeLibrary(library);
-            }
-        }
+        Unload();
+        ASSERT_EQ(GetModuleHandleW(L"ProductServicesGuardForTests.dll"), nullptr);
+        Load();
     }
 
-    /// What was built, in the folder of the test program.
-    static std::filesystem::path Built(const char* file)
-    {
-        std::array<wchar_t, MAX_PATH> program{};
-        GetModuleFileNameW(nullptr, program.data(), MAX_PATH);
-        return std::filesystem::path(program.data()).replace_filename(file);
-    }
-
-    static void InstallGuard(const std::filesystem::path& at)
-    {
-        std::filesystem::create_directories(at);
-        std::filesystem::copy_file(Built("ProductServicesGuard.dll"), at / "ProductServicesGuard.dll");
-    }
-
-    static void InstallLibrary(
-        const std::filesystem::path& at, const char* file = "ProductServicesForTests.dll")
-    {
-        std::filesystem::remove(at / "ProductServices.dll");
-        std::filesystem::copy_file(Built(file), at / "ProductServices.dll");
-    }
-
-    static std::filesystem::path LanguageFile(const std::wstring& code)
-    {
-        return L"lang\\" + code + L"\\Vemo_" + code + L".lang";
-    }
-
-    /// A language file in which `message` stands for "No upgrades found!" and all else is empty.
-    static void WriteLanguage(const std::wstring& code, const std::wstring& message)
-    {
-        std::filesystem::create_directories(LanguageFile(code).parent_path());
-        WriteFile(LanguageFile(code), std::wstring(70, L'\n') + message + std::wstring(18, L'\n'));
-    }
-
-    /// The library of the folder calls `replacement` instead, while the hook lives.
+    /// Until the DLL is unloaded, it calls `replacement` instead.
     template <typename Function>
-    void ReplaceImport(product_services_guard::ImportHook& hook, const char* name, Function* replacement)
+    void ReplaceImport(const char* name, Function* replacement)
     {
-        const HMODULE library = LoadLibraryW((app / "ProductServices.dll").c_str());
-        EXPECT_TRUE(hook.Install(library, name, reinterpret_cast<void*>(replacement)));
+        EXPECT_TRUE(hooks.emplace_back().Install(guard, name, reinterpret_cast<void*>(replacement))) << name;
     }
 
-    /// How the call ends, such as "reported 920: No upgrades found!".
-    std::wstring Check(const Guard& guard) { return Call(guard, &Guard::Check); }
-    std::wstring Upgrade(const Guard& guard) { return Call(guard, &Guard::Upgrade); }
+    decltype(&GuardedUpgrade) Export(const char* name) const
+    {
+        return reinterpret_cast<decltype(&GuardedUpgrade)>(
+            reinterpret_cast<void*>(GetProcAddress(guard, name)));
+    }
+
+    Ended Check() { return Call("GuardedCheckForUpdates", params); }
+    Ended Upgrade() { return Call("GuardedUpgrade", params); }
+
+    /// Makes a call with its own parameters, whatever the previous one left in them.
+    Ended Call(const char* name, GuardedCallParams call) const
+    {
+        std::wstring text(1000, L'#');
+        call.resultText = text.data();
+        call.resultTextCapacity = static_cast<std::uint32_t>(text.size());
+        call.resultCode = 77;
+        call.isTextTruncated = 77;
+        const ProductServicesOutcome outcome = Export(name)(&call);
+        EXPECT_LE(call.isTextTruncated, 1u);
+        return {outcome, text.substr(0, text.find(L'\0')), call.resultCode, call.isTextTruncated == 1};
+    }
+
+    /// The upgrade center, with another thread that works it as its user.
+    Ended UpgradeWith(const std::function<void(HWND center)>& user)
+    {
+        std::thread thread(
+            [&user, caller = GetCurrentThreadId()] { user(window_automation::WaitForDialog(caller)); });
+        const Ended ended = Upgrade();
+        thread.join();
+        return ended;
+    }
 
     TestFolder folder;
-    std::filesystem::path app = std::filesystem::current_path() / "app";
     ProductRecords records;
     LoopbackServer service;
-    std::wstring text = std::wstring(1000, L'#');
-    GuardedCall record{};
+    HMODULE guard = nullptr;
+    GuardedCallParams params{};
+
+    /// What the loaded DLL did instead of showing a box, opening a URL and setting the cursor.
+    static inline std::vector<std::wstring> boxes;
+    static inline std::vector<std::wstring> opened;
+    static inline int cursorChanges;
+    static inline std::function<void()> atBox;
 
 private:
-    std::wstring Call(const Guard& guard, std::uint32_t (Guard::*function)(GuardedCall*) const)
+    void Load()
     {
-        constexpr const wchar_t* Outcomes[]{L"nothing reported", L"reported",   L"call failed",
-                                            L"not called",       L"bad record", L"untrusted address",
-                                            L"message withheld"};
-        // What a call before has left.
-        std::fill(text.begin(), text.end(), L'#');
-        record.resultCode = 77;
-        record.isTextCut = 77;
-        std::wstring seen = Outcomes[(guard.*function)(&record)];
-        if (record.resultCode != 0xFFFFFFFF) {
-            seen += L" " + std::to_wstring(record.resultCode);
-        }
-        if (record.isTextCut != 0) {
-            seen += record.isTextCut == 1 ? L", cut" : L", isTextCut is neither 0 nor 1";
-        }
-        return seen + L": " + text.substr(0, text.find(L'\0'));
+        boxes.clear();
+        opened.clear();
+        cursorChanges = 0;
+        atBox = [] {};
+        guard = LoadLibraryW(L"ProductServicesGuardForTests.dll");
+        ReplaceImport("MessageBoxW", RecordBox);
+        ReplaceImport("ShellExecuteW", RecordOpened);
+        ReplaceImport("SetCursor", RecordCursor);
     }
+
+    void Unload()
+    {
+        hooks.clear();
+        FreeLibrary(guard);
+    }
+
+    static int WINAPI RecordBox(HWND, const wchar_t* text, const wchar_t*, UINT)
+    {
+        boxes.emplace_back(text);
+        atBox();
+        return IDOK;
+    }
+
+    static HINSTANCE WINAPI
+    RecordOpened(HWND, const wchar_t*, const wchar_t* url, const wchar_t*, const wchar_t*, int)
+    {
+        opened.emplace_back(url);
+        return reinterpret_cast<HINSTANCE>(INT_PTR{33});
+    }
+
+    static HCURSOR WINAPI RecordCursor(HCURSOR cursor)
+    {
+        ++cursorChanges;
+        return cursor;
+    }
+
+    std::list<product_services_guard::ImportHook> hooks;
 };

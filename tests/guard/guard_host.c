@@ -1,48 +1,79 @@
-/* A host in C. Each argument is what it does, or the address whose proxy it asks for; it prints a line for
- * each. */
+/* A host in C that makes guarded calls: guard_host WORD... Each word sets something for the calls behind it, or is a
+ * call. For each call it prints a line: its outcome, its result code, how many seconds it took, rounded down, and its
+ * text. */
 #include "product_services/guarded_calls.h"
 
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <wchar.h>
 #include <windows.h>
 
+#include <wincrypt.h>
+
 #define CAPACITY 1000
 static wchar_t text[CAPACITY];
 
-static GuardedCall call = {
-    .size = sizeof(GuardedCall),
+static GuardedCallParams params = {
+    .size = sizeof(GuardedCallParams),
     .languageId = PRODUCT_SERVICES_LANGUAGE_EN,
     .productName = L"Guarded",
     .productVersion = L"1",
     .apiKey = L"api-key",
-    .text = text,
-    .textCapacity = CAPACITY};
+    .resultText = text,
+    .resultTextCapacity = CAPACITY};
 
-/* What the call returned, and the code where the library was asked. */
-static void Do(const char* name)
+static void Print(const char* name, ProductServicesOutcome outcome, ULONGLONG start)
 {
-    if (strcmp(name, "upgrade") == 0) {
-        const uint32_t outcome = GuardedUpgrade(&call);
-        printf("upgrade %u %d", outcome, (int)call.resultCode);
-    } else if (strcmp(name, "crash") == 0) {
-        *(volatile int*)NULL = 0;
-    } else if (strcmp(name, "no_proxy") == 0) {
-        GetEnvironmentVariableW(L"no_proxy", text, CAPACITY);
-        printf("no_proxy");
-    } else {
-        wchar_t address[100];
-        swprintf(address, 100, L"%hs", name);
-        printf("proxy %u", UseWindowsProxy(address, text, CAPACITY));
+    const unsigned seconds = (unsigned)((GetTickCount64() - start) / 1000);
+    printf("%s %u %d %u: %ls\n", name, (unsigned)outcome, (int)params.resultCode, seconds, text);
+    fflush(stdout);
+}
+
+/* Has Windows fetch a list of revoked certificates, which it then keeps in its cache. */
+static void FetchCrl(const char* url)
+{
+    void* crl = NULL;
+    const BOOL isFetched = CryptRetrieveObjectByUrlA(url, CONTEXT_OID_CRL, 0, 0, &crl, NULL, NULL, NULL, NULL);
+    puts(isFetched ? "fetched" : "not fetched");
+    fflush(stdout);
+    if (isFetched) {
+        CertFreeCRLContext(crl);
     }
 }
 
-int main(int count, char** arguments)
+static void Do(const char* word)
+{
+    const ULONGLONG start = GetTickCount64();
+    if (strcmp(word, "check") == 0) {
+        params.options |= PRODUCT_SERVICES_OPTION_QUIET;
+        Print(word, GuardedCheckForUpdates(&params), start);
+    } else if (strcmp(word, "upgrade") == 0) {
+        params.options &= ~(uint32_t)PRODUCT_SERVICES_OPTION_QUIET;
+        Print(word, GuardedUpgrade(&params), start);
+    } else if (strcmp(word, "any-certificate") == 0) {
+        params.options |= PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE;
+    } else if (strcmp(word, "system-proxy") == 0) {
+        params.options |= PRODUCT_SERVICES_OPTION_SYSTEM_PROXY;
+    } else if (strncmp(word, "limit=", 6) == 0) {
+        params.timeLimitMs = (uint32_t)atoi(word + 6);
+    } else if (strcmp(word, "environment") == 0) {
+        const DWORD length = GetEnvironmentVariableW(L"https_proxy", text, CAPACITY);
+        printf("https_proxy: %ls\n", length ? text : L"not set");
+        fflush(stdout);
+    } else if (strncmp(word, "fetch=", 6) == 0) {
+        FetchCrl(word + 6);
+    } else if (strcmp(word, "crash") == 0) {
+        *(volatile int*)NULL = 0;
+    } else {
+        printf("unknown: %s\n", word);
+    }
+}
+
+int main(int count, char** words)
 {
     for (int i = 1; i < count; ++i) {
-        text[0] = L'\0';
-        Do(arguments[i]);
-        printf(": %ls\n", text);
+        Do(words[i]);
     }
     return 0;
 }

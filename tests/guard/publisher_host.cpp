@@ -1,12 +1,14 @@
-// Verifies files: publisher_host (PATH PUBLISHER OPTION)..., where an empty text is null. With the option
-// read or write this program has the file open meanwhile; a number is what is found wrong with the signer's
-// certificates besides (CERT_TRUST_STATUS, in hexadecimal).
-#include "product_services/product_services.hpp"
+// Verifies files: publisher_host (PATH PUBLISHERS OPTION)... and prints a line for each: the result and its text. An empty
+// argument is null; "|" separates publishers. Options: read or write, this program has the file open meanwhile; start,
+// the file is started with the arguments "started FILE"; a number, what is found wrong with the signer's certificates
+// besides (CERT_TRUST_STATUS, in hexadecimal). Called with "started FILE", it creates that file.
+#include "product_services/publisher.h"
 
-#include <import_hook.h>
-
+#include <algorithm>
 #include <cstdio>
-#include <string_view>
+#include <import_hook.h>
+#include <string>
+#include <windows.h>
 
 #include <wincrypt.h>
 
@@ -18,7 +20,7 @@ static HANDLE WINAPI OpenAgain(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES
     return INVALID_HANDLE_VALUE;
 }
 
-static BOOL WINAPI FindErrors(
+static BOOL WINAPI AddErrors(
     HCERTCHAINENGINE engine, PCCERT_CONTEXT signer, FILETIME* time, HCERTSTORE store, CERT_CHAIN_PARA* use,
     DWORD flags, void* reserved, PCCERT_CHAIN_CONTEXT* chain)
 {
@@ -27,28 +29,54 @@ static BOOL WINAPI FindErrors(
     return isBuilt;
 }
 
-static void VerifyOne(const wchar_t* path, const wchar_t* publisher, std::wstring_view option)
+static HANDLE Open(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition)
 {
-    const DWORD access = option == L"read" ? GENERIC_READ : option == L"write" ? GENERIC_WRITE : 0;
-    const HANDLE file =
-        access ? CreateFileW(path, access, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr) : nullptr;
-    certificateErrors = std::wcstoul(option.data(), nullptr, 16);
-    wchar_t text[200] = L"";
-    const auto found = VerifyPublisher(*path ? path : nullptr, *publisher ? publisher : nullptr, text, 200);
+    return CreateFileW(path, access, sharing, nullptr, disposition, 0, nullptr);
+}
+
+static bool IsLeftOpen(const wchar_t* path)
+{
+    const HANDLE file = Open(path, GENERIC_READ, 0, OPEN_EXISTING);
+    const bool isLeftOpen = file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
     CloseHandle(file);
-    const HANDLE alone = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    const bool isLeftOpen = alone == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
-    CloseHandle(alone);
-    std::printf("%s%u %ls\n", isLeftOpen ? "left open: " : "", found, text);
+    return isLeftOpen;
+}
+
+static const wchar_t* OrNull(const std::wstring& text)
+{
+    return text.empty() ? nullptr : text.c_str();
+}
+
+static void VerifyOne(const std::wstring& path, std::wstring publishers, const std::wstring& option)
+{
+    std::replace(publishers.begin(), publishers.end(), L'|', L'\n');
+    const DWORD access = option == L"read" ? GENERIC_READ : option == L"write" ? GENERIC_WRITE : 0;
+    const HANDLE file = access ? Open(path.c_str(), access, FILE_SHARE_READ, OPEN_EXISTING) : nullptr;
+    certificateErrors = std::wcstoul(option.c_str(), nullptr, 16);
+    wchar_t text[300] = L"";
+    std::uint32_t result = 0;
+    if (option == L"start") {
+        const std::wstring arguments = L"started \"" + path + L".started\"";
+        result = StartVerifiedFile(OrNull(path), OrNull(publishers), arguments.c_str(), text, 300);
+    } else {
+        result = VerifyPublisher(OrNull(path), OrNull(publishers), text, 300);
+    }
+    CloseHandle(file);
+    const bool isLeftOpen = option != L"start" && IsLeftOpen(path.c_str());
+    std::printf("%s%u %ls\n", isLeftOpen ? "left open: " : "", result, text);
 }
 
 int wmain(int count, wchar_t** arguments)
 {
+    if (count == 3 && std::wstring(arguments[1]) == L"started") {
+        CloseHandle(Open(arguments[2], GENERIC_WRITE, 0, CREATE_ALWAYS));
+        return 0;
+    }
     const HMODULE windows = LoadLibraryW(L"wintrust.dll");
     product_services_guard::ImportHook opening;
     product_services_guard::ImportHook building;
     opening.Install(windows, "CreateFileW", reinterpret_cast<void*>(OpenAgain));
-    building.Install(windows, "CertGetCertificateChain", reinterpret_cast<void*>(FindErrors));
+    building.Install(windows, "CertGetCertificateChain", reinterpret_cast<void*>(AddErrors));
     for (int i = 1; i + 2 < count; i += 3) {
         VerifyOne(arguments[i], arguments[i + 1], arguments[i + 2]);
     }

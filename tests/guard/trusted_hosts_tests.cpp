@@ -1,7 +1,6 @@
-#include "plain_address.h"
 #include "support/data_file.h"
-#include "trusted_hosts.h"
-#include "windows_address.h"
+#include "url/trusted_hosts.h"
+#include "url/trusted_url.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -11,40 +10,40 @@ using namespace product_services_guard;
 namespace {
 
 constexpr wchar_t List[] = L"example.com; *.shop.example ;Port.example:8443;xn--bcher-kva.example";
+const std::wstring LongestUrl = L"https://example.com/" + std::wstring(2063, L'a');
 
 } // namespace
 
-TEST(TrustedHosts, TakeThePlainAddressesOfTheList)
+TEST(TrustedHosts, AcceptListedUrls)
 {
-    const auto addresses = ReadDataFile("guard/addresses.json").at("trusted");
-    for (const auto& [name, address] : addresses.items()) {
+    const auto urls = ReadDataFile("guard/urls.json").at("trusted");
+    for (const auto& [name, url] : urls.items()) {
         SCOPED_TRACE(name);
-        EXPECT_TRUE(IsTrustedAddress(Wide(address), List));
-        EXPECT_TRUE(IsReadAlikeByWindows(Wide(address).c_str()));
+        EXPECT_TRUE(MatchesTrustedHosts(Wide(url), List));
+        EXPECT_TRUE(IsTrustedUrl(Wide(url), List)) << "as Windows parses it";
     }
-    EXPECT_TRUE(IsTrustedAddress(L"https://example.com/" + std::wstring(2063, L'a'), List))
-        << "as long as can be";
+    EXPECT_TRUE(MatchesTrustedHosts(LongestUrl, List));
 }
 
-TEST(TrustedHosts, RefuseWhatIsNotOnTheListOrCouldBeReadInTwoWays)
+TEST(TrustedHosts, RejectOtherAndAmbiguousUrls)
 {
-    const auto addresses = ReadDataFile("guard/addresses.json").at("not trusted");
-    for (const auto& [name, address] : addresses.items()) {
+    const auto urls = ReadDataFile("guard/urls.json").at("not trusted");
+    for (const auto& [name, url] : urls.items()) {
         SCOPED_TRACE(name);
-        EXPECT_FALSE(IsTrustedAddress(Wide(address), List));
+        EXPECT_FALSE(MatchesTrustedHosts(Wide(url), List));
     }
-    EXPECT_FALSE(IsTrustedAddress(L"https://example.com/" + std::wstring(2064, L'a'), List)) << "too long";
+    EXPECT_FALSE(MatchesTrustedHosts(LongestUrl + L'a', List)) << "too long";
+    EXPECT_FALSE(MatchesTrustedHosts(std::wstring(L"https://example.com/\0", 21), List)) << "a NUL";
 }
 
-TEST(TrustedHosts, NameTheEntryThatIsNoHost)
+TEST(TrustedHosts, NameTheirInvalidEntry)
 {
-    const auto lists = ReadDataFile("guard/addresses.json").at("entries that name no host");
+    const auto lists = ReadDataFile("guard/urls.json").at("invalid entries");
     for (const auto& [name, list] : lists.items()) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(FindMalformedEntry(Wide(list).c_str()), Wide(list));
+        EXPECT_EQ(FindInvalidEntry(Wide(list).c_str()), Wide(list));
     }
-    EXPECT_EQ(FindMalformedEntry(L"example.com;https://example.com;*"), L"https://example.com")
-        << "the first";
-    EXPECT_EQ(FindMalformedEntry(List), std::nullopt);
-    EXPECT_EQ(FindMalformedEntry(L"localhost:18443;"), std::nullopt);
+    EXPECT_EQ(FindInvalidEntry(L"example.com;https://example.com;*"), L"https://example.com") << "the first";
+    EXPECT_EQ(FindInvalidEntry(List), std::nullopt);
+    EXPECT_EQ(FindInvalidEntry(L"localhost:18443;"), std::nullopt);
 }

@@ -2,15 +2,20 @@
 #include <product_services/product_services.hpp>
 
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
-// What the wrapper asks for.
-std::wstring asked;
+// What the wrapper passed on.
+GuardedCallParams received{};
+std::wstring receivedTexts;
+std::string calledFunction;
+
 // What it is answered.
-std::uint32_t outcome = PRODUCT_SERVICES_NOTHING_REPORTED;
-std::uint32_t code = 0;
+ProductServicesOutcome outcome = PRODUCT_SERVICES_OUTCOME_UP_TO_DATE;
+std::uint32_t resultCode = PRODUCT_SERVICES_NO_RESULT;
 std::wstring text;
+std::function<void()> duringCall;
 
 std::uint32_t CopyText(wchar_t* buffer, std::uint32_t capacity)
 {
@@ -19,137 +24,147 @@ std::uint32_t CopyText(wchar_t* buffer, std::uint32_t capacity)
     return length < text.size() ? 1 : 0;
 }
 
-std::uint32_t Answer(const wchar_t* name, GuardedCall* call)
+ProductServicesOutcome Answer(const char* function, GuardedCallParams& params)
 {
-    asked = std::wstring(name) + L", " + call->productName + L", " + call->productVersion + L", " +
-            call->apiKey + L", " + std::to_wstring(call->languageId) + L", " +
-            std::to_wstring(call->options) + L", " + (call->trustedHosts ? call->trustedHosts : L"any host");
-    EXPECT_EQ(call->size, sizeof(GuardedCall));
-    call->resultCode = code;
-    call->isTextCut = CopyText(call->text, call->textCapacity);
+    calledFunction = function;
+    received = params;
+    receivedTexts = std::wstring(params.productName) + L", " + params.productVersion + L", " + params.apiKey +
+                    L", " + (params.trustedHosts ? params.trustedHosts : L"any host");
+    if (duringCall) {
+        duringCall();
+    }
+    params.resultCode = resultCode;
+    params.isTextTruncated = CopyText(params.resultText, params.resultTextCapacity);
     return outcome;
 }
 
 } // namespace
 
-std::uint32_t GuardedCheckForUpdates(GuardedCall* call)
+ProductServicesOutcome PRODUCT_SERVICES_CALL GuardedCheckForUpdates(GuardedCallParams* params)
 {
-    return Answer(L"check", call);
+    return Answer("check", *params);
 }
 
-std::uint32_t GuardedUpgrade(GuardedCall* call)
+ProductServicesOutcome PRODUCT_SERVICES_CALL GuardedUpgrade(GuardedCallParams* params)
 {
-    return Answer(L"upgrade", call);
+    return Answer("upgrade", *params);
 }
 
-std::uint32_t UseWindowsProxy(const wchar_t* serviceAddress, wchar_t* buffer, std::uint32_t capacity)
+ProductServicesPublisherResult PRODUCT_SERVICES_CALL
+VerifyPublisher(const wchar_t* path, const wchar_t* publisher, wchar_t* buffer, std::uint32_t capacity)
 {
-    asked = std::to_wstring(capacity) + L" for " + (serviceAddress ? serviceAddress : L"no script");
+    receivedTexts = std::wstring(path) + L", " + publisher;
     CopyText(buffer, capacity);
-    return outcome;
+    return PRODUCT_SERVICES_PUBLISHER_TRUSTED;
 }
 
-std::uint32_t VerifyPublisher(
-    const wchar_t* path, const wchar_t* publisher, wchar_t* buffer, std::uint32_t capacity)
+ProductServicesPublisherResult PRODUCT_SERVICES_CALL StartVerifiedFile(
+    const wchar_t* path, const wchar_t* publishers, const wchar_t* arguments, wchar_t* buffer,
+    std::uint32_t capacity)
 {
-    asked = std::to_wstring(capacity) + L" for " + path + L", " + publisher;
+    receivedTexts = std::wstring(path) + L", " + publishers + L", " + arguments;
     CopyText(buffer, capacity);
-    return outcome;
+    return PRODUCT_SERVICES_PUBLISHER_NOT_STARTED;
 }
 
 namespace product_services {
 
-static const Product Draft{L"Draft", L"2026.1", L"api-key", 140, L"example.com", PRODUCT_SERVICES_QUIET};
+using std::chrono::milliseconds;
+using std::chrono::seconds;
 
-TEST(Wrapper, PassesAllMembersOfTheProductOn)
+TEST(Wrapper, PassesOnThatNothingIsSet)
 {
-    CheckForUpdates(Draft);
-    EXPECT_EQ(asked, L"check, Draft, 2026.1, api-key, 140, 1, example.com");
-    Upgrade(Draft);
-    EXPECT_EQ(asked, L"upgrade, Draft, 2026.1, api-key, 140, 1, example.com");
-    Upgrade({});
-    EXPECT_EQ(asked, L"upgrade, , , , 0, 0, any host");
+    EXPECT_EQ(Upgrade({}).outcome, Outcome::UpToDate);
+    EXPECT_EQ(calledFunction, "upgrade");
+    EXPECT_EQ(receivedTexts, L", , , any host");
+    EXPECT_EQ(received.size, sizeof(GuardedCallParams));
+    EXPECT_EQ(received.languageId, 0);
+    EXPECT_EQ(received.options, 0u);
+    EXPECT_EQ(received.timeLimitMs, 0u);
 }
 
-// Which member holds the text of a call.
-static std::wstring Filled(const CallResult& result)
+TEST(Wrapper, PassesOnTextsAndLanguage)
 {
-    std::wstring filled;
-    if (result.report) {
-        filled += L"report " + std::to_wstring(result.report->code) + L": " + result.report->text;
-    }
-    if (result.error) {
-        filled += L"error: " + *result.error;
-    }
-    if (result.untrustedAddress) {
-        filled += L"untrusted address: " + *result.untrustedAddress;
-    }
-    if (result.withheldMessage) {
-        filled += L"withheld message: " + *result.withheldMessage;
-    }
-    return filled;
+    const CallParams params{
+        .productName = L"Draft",
+        .productVersion = L"2026.1",
+        .apiKey = L"api-key",
+        .languageId = 140,
+        .trustedHosts = L"example.com"};
+    EXPECT_EQ(CheckForUpdates(params).outcome, Outcome::UpToDate);
+    EXPECT_EQ(calledFunction, "check");
+    EXPECT_EQ(receivedTexts, L"Draft, 2026.1, api-key, example.com");
+    EXPECT_EQ(received.languageId, 140);
 }
 
-// As values: the wrapper throws nothing of its own.
-TEST(Wrapper, GivesTheTextAsWhatTheOutcomeMakesIt)
+TEST(Wrapper, PassesOnOptionsAndTimeLimit)
 {
     const struct
     {
-        ProductServicesOutcome outcome;
-        const wchar_t* filled;
+        const char* name;
+        CallParams params;
+        std::uint32_t options;
+        std::uint32_t timeLimitMs;
     } cases[]{
-        {PRODUCT_SERVICES_NOTHING_REPORTED, L""},
-        {PRODUCT_SERVICES_REPORTED, L"report 540: a text"},
-        {PRODUCT_SERVICES_CALL_FAILED, L"error: a text"},
-        {PRODUCT_SERVICES_NOT_CALLED, L"error: a text"},
-        {PRODUCT_SERVICES_BAD_RECORD, L"error: a text"},
-        {PRODUCT_SERVICES_UNTRUSTED_ADDRESS, L"untrusted address: a text"},
-        {PRODUCT_SERVICES_MESSAGE_WITHHELD, L"withheld message: a text"},
+        {"quiet", {.isQuiet = true}, PRODUCT_SERVICES_OPTION_QUIET, 0},
+        {"system proxy", {.usesSystemProxy = true}, PRODUCT_SERVICES_OPTION_SYSTEM_PROXY, 0},
+        {"any certificate", {.acceptsAnyCertificate = true}, PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE, 0},
+        {"DPI awareness", {.usesHostDpiAwareness = true}, PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS, 0},
+        {"a limit", {.timeLimit = seconds(15)}, 0, 15'000},
+        {"no limit", {.timeLimit = NoTimeLimit}, 0, PRODUCT_SERVICES_NO_TIME_LIMIT},
+        {"a limit of nothing", {.timeLimit = milliseconds(0)}, 0, 1},
+        {"a limit that is too large", {.timeLimit = milliseconds(0x100000000)}, 0, 0xFFFFFFFE},
     };
-    code = 540;
-    text = L"a text";
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.outcome);
-        outcome = row.outcome;
-        const CallResult result = CheckForUpdates(Draft);
-        EXPECT_EQ(result.outcome, row.outcome);
-        EXPECT_EQ(Filled(result), row.filled);
-        EXPECT_FALSE(result.isTextCut);
+    for (const auto& [name, params, options, timeLimitMs] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(CheckForUpdates(params).outcome, Outcome::UpToDate);
+        EXPECT_EQ(received.options, options);
+        EXPECT_EQ(received.timeLimitMs, timeLimitMs);
     }
 }
 
-TEST(Wrapper, HasRoomFor65535Characters)
+TEST(Wrapper, SetsTheCancelFlagWhenAStopIsRequested)
 {
-    outcome = PRODUCT_SERVICES_REPORTED;
+    std::stop_source source;
+    duringCall = [&source] {
+        EXPECT_EQ(*received.cancelFlag, 0u);
+        source.request_stop();
+        EXPECT_EQ(*received.cancelFlag, 1u);
+    };
+    EXPECT_EQ(CheckForUpdates({.stopToken = source.get_token()}).outcome, Outcome::UpToDate);
+    duringCall = nullptr;
+}
+
+TEST(Wrapper, ReturnsWhatTheCallDid)
+{
+    outcome = PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE;
+    resultCode = 200;
     text.assign(65'535, L'x');
-    const CallResult whole = CheckForUpdates(Draft);
-    EXPECT_TRUE(whole.report && whole.report->text == text);
-    EXPECT_FALSE(whole.isTextCut);
+    CallResult result = CheckForUpdates({});
+    EXPECT_EQ(result.outcome, Outcome::NewerRelease);
+    EXPECT_EQ(result.resultCode, 200u);
+    EXPECT_TRUE(result.text == text);
+    EXPECT_FALSE(result.isTextTruncated);
+
     text += L'y';
-    const CallResult cut = CheckForUpdates(Draft);
-    EXPECT_TRUE(cut.report && cut.report->text == std::wstring(65'535, L'x'));
-    EXPECT_TRUE(cut.isTextCut);
+    resultCode = PRODUCT_SERVICES_NO_RESULT;
+    result = CheckForUpdates({});
+    EXPECT_EQ(result.resultCode, std::nullopt);
+    EXPECT_TRUE(result.text == std::wstring(65'535, L'x'));
+    EXPECT_TRUE(result.isTextTruncated);
 }
 
-TEST(Wrapper, GivesTheProxyThatWasFoundForTheAddress)
+TEST(Wrapper, ReturnsWhatWasFoundOfAPublisher)
 {
-    outcome = PRODUCT_SERVICES_PROXY_TAKEN;
-    text = L"http://proxy.example:80";
-    const ProxyResult result = product_services::UseWindowsProxy(L"https://service.example");
-    EXPECT_EQ(asked, L"1024 for https://service.example");
-    EXPECT_EQ(result.found, PRODUCT_SERVICES_PROXY_TAKEN);
-    EXPECT_EQ(result.text, L"http://proxy.example:80");
-    product_services::UseWindowsProxy();
-    EXPECT_EQ(asked, L"1024 for no script");
-}
-
-TEST(Wrapper, GivesWhatIsSaidOfAPublisher)
-{
-    outcome = PRODUCT_SERVICES_PUBLISHER_TRUSTED;
     text = L"a sentence";
-    const PublisherResult result = product_services::VerifyPublisher(L"setup.exe", L"Example Maker");
-    EXPECT_EQ(asked, L"1024 for setup.exe, Example Maker");
-    EXPECT_EQ(result.found, PRODUCT_SERVICES_PUBLISHER_TRUSTED);
+    PublisherResult result = product_services::VerifyPublisher(L"setup.exe", L"Example Maker");
+    EXPECT_EQ(receivedTexts, L"setup.exe, Example Maker");
+    EXPECT_EQ(result.status, PRODUCT_SERVICES_PUBLISHER_TRUSTED);
+    EXPECT_EQ(result.text, L"a sentence");
+
+    result = product_services::StartVerifiedFile(L"setup.exe", L"Example Maker", L"/quiet");
+    EXPECT_EQ(receivedTexts, L"setup.exe, Example Maker, /quiet");
+    EXPECT_EQ(result.status, PRODUCT_SERVICES_PUBLISHER_NOT_STARTED);
     EXPECT_EQ(result.text, L"a sentence");
 }
 

@@ -58,8 +58,8 @@ TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
 {
     const auto buys = [this](int row) {
         return ShowUpgrades([row](HWND center) {
-            automation::SelectRow(List(center), row);
-            automation::Press(center, IDOK);
+            window_automation::SelectRow(List(center), row);
+            window_automation::ClickButton(center, IDOK);
         });
     };
     service.Answer(R"([{"name":"First","version":"2","url":""},)"
@@ -67,7 +67,7 @@ TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
     EXPECT_EQ(buys(1), Bought);
     EXPECT_EQ(buys(0), Bought);
     const User buysWithEnter = [](HWND center) {
-        automation::SelectRow(List(center), 0);
+        window_automation::SelectRow(List(center), 0);
         PostMessageW(List(center), WM_KEYDOWN, VK_RETURN, 0);
     };
     service.Answer(Offer);

@@ -1,6 +1,8 @@
 #include "support/library_fixture.h"
 #include "support/replies.h"
 
+#include <bcrypt.h>
+
 namespace {
 
 BOOL WINAPI GiveComputerName(wchar_t* name, DWORD* size)
@@ -8,6 +10,23 @@ BOOL WINAPI GiveComputerName(wchar_t* name, DWORD* size)
     wcscpy_s(name, *size, L"DRAWING-PC");
     *size = 10;
     return TRUE;
+}
+
+// In lower-case hexadecimal digits, of the text in UTF-16.
+std::string Sha256(std::wstring text)
+{
+    BCRYPT_ALG_HANDLE algorithm = nullptr;
+    BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0);
+    unsigned char digest[32] = {};
+    const auto size = static_cast<ULONG>(text.size() * sizeof(wchar_t));
+    BCryptHash(
+        algorithm, nullptr, 0, reinterpret_cast<unsigned char*>(text.data()), size, digest, sizeof digest);
+    BCryptCloseAlgorithmProvider(algorithm, 0);
+    char digits[65];
+    for (int i = 0; i < 32; ++i) {
+        std::snprintf(digits + 2 * i, 3, "%02x", digest[i]);
+    }
+    return digits;
 }
 
 const Outcome Latest = L"nothing, box Product: You are running the latest version";
@@ -90,11 +109,14 @@ TEST_F(UpdateCheck, SendsItsValuesAsTheyAre)
     EXPECT_TRUE(IsAsked("^$"));
 }
 
-TEST_F(UpdateCheck, SendsAHashOfTheMachinesIdOrElseOfItsName)
+// The package id is the family's, so that two makers cannot join their data.
+TEST_F(UpdateCheck, SendsAHashOfThePackageIdAndTheMachinesIdOrElseItsName)
 {
-    // SHA-256 of "ProductServices machine identifier", a line feed, and the id or the name, in UTF-16.
-    const std::string ofTheId = "45c42dc13b5eaa0660c4e6582b9f9d958981a621e0d3b02dbcc1af9bfe59596f";
-    const std::string ofTheName = "fe9baf79c4ab944c6092b1abec782d121c1b65d2e837c12de2966e8848379f77";
+    const std::wstring prefix =
+        std::wstring(L"ProductServices machine identifier\n") + product_family::PackageId + L"\n";
+    const std::string ofTheId = Sha256(prefix + L"01234567-89ab-cdef-0123-456789abcdef");
+    const std::string ofTheName = Sha256(prefix + L"DRAWING-PC");
+    ASSERT_EQ(ofTheId.size(), 64u);
     const std::tuple<const char*, const wchar_t*, DWORD, std::string> machines[]{
         {"an id", L"01234567-89ab-cdef-0123-456789abcdef", REG_SZ, ofTheId},
         {"an empty id", L"", REG_SZ, ofTheName},

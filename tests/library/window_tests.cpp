@@ -3,9 +3,9 @@
 
 #include <commctrl.h>
 
-using automation::ControlText;
-using automation::FocusBeside;
-using automation::HasColour;
+using window_automation::ControlText;
+using window_automation::FocusedWindowOfThread;
+using window_automation::WaitForPixelColor;
 
 namespace {
 
@@ -27,6 +27,22 @@ HBITMAP WINAPI NotePicture(HINSTANCE module, const wchar_t* name)
     return LoadBitmapW(module, name);
 }
 
+void ExpectCentered(HWND window)
+{
+    RECT area{};
+    RECT position{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+    GetWindowRect(window, &position);
+    EXPECT_NEAR(position.left + position.right, area.left + area.right, 2);
+    EXPECT_NEAR(position.top + position.bottom, area.top + area.bottom, 2);
+}
+
+// As if Windows had put the dialog, which is at 0, 0 in its template, below a taskbar.
+BOOL WINAPI GetRectBelowTaskbar(HWND window, RECT* rect)
+{
+    return GetWindowRect(window, rect) && OffsetRect(rect, 0, 60);
+}
+
 using UpgradeWindow = LibraryTest;
 
 } // namespace
@@ -37,15 +53,15 @@ TEST_F(UpgradeWindow, HasTheTextsOfTheTable)
     records.Write(L"Cut & Paste\\1.0", L"key", L"product-key");
     host.productName = L"Cut & Paste";
     const Outcome outcome = Look([&](HWND center) {
-        EXPECT_EQ(automation::WindowText(center), L"Cut & Paste - text 22");
+        EXPECT_EQ(window_automation::WindowText(center), L"Cut & Paste - text 22");
         EXPECT_EQ(ControlText(center, IDC_UPGRADE_HEADING), L"Cut & Paste - text 22");
         EXPECT_TRUE(Style(GetDlgItem(center, IDC_UPGRADE_HEADING)) & SS_NOPREFIX)
             << "or \" P\" is underlined";
         EXPECT_EQ(ControlText(center, IDC_UPGRADE_OFFERS), L"Cut & Paste - text 22") << "for screen readers";
         EXPECT_EQ(ControlText(center, IDOK), L"text 38");
         EXPECT_EQ(ControlText(center, IDCANCEL), L"text 12");
-        EXPECT_EQ(automation::ColumnText(List(center), 0), L"text 23");
-        EXPECT_EQ(automation::ColumnText(List(center), 1), L"text 24");
+        EXPECT_EQ(window_automation::ColumnHeading(List(center), 0), L"text 23");
+        EXPECT_EQ(window_automation::ColumnHeading(List(center), 1), L"text 24");
     });
     EXPECT_EQ(outcome, L"540 text 67");
 }
@@ -61,32 +77,26 @@ TEST_F(UpgradeWindow, ListsNamesAndVersionsInTheirOrderWithNoneSelected)
         const HWND list = List(center);
         const std::vector<std::vector<std::wstring>> rows{
             {std::wstring(300, L'x'), L"2"}, {L"\x7248", L""}, {L"Third", L"3.1"}};
-        EXPECT_EQ(automation::ListRows(list, 2), rows);
+        EXPECT_EQ(window_automation::ListRows(list, 2), rows);
         EXPECT_EQ(ListView_GetColumnWidth(list, 0), 250);
         EXPECT_EQ(ListView_GetColumnWidth(list, 1), 100);
-        EXPECT_EQ(automation::ColumnAlignment(list, 0), LVCFMT_LEFT);
-        EXPECT_EQ(automation::ColumnAlignment(list, 1), LVCFMT_CENTER);
+        EXPECT_EQ(window_automation::ColumnAlignment(list, 0), LVCFMT_LEFT);
+        EXPECT_EQ(window_automation::ColumnAlignment(list, 1), LVCFMT_CENTER);
         EXPECT_EQ(ListView_GetSelectedCount(list), 0u);
-        automation::SelectRow(list, 0);
-        automation::SelectRow(list, 2);
+        window_automation::SelectRow(list, 0);
+        window_automation::SelectRow(list, 2);
         EXPECT_EQ(ListView_GetSelectedCount(list), 1u) << "one at a time";
         RECT row{};
         ListView_GetItemRect(list, 1, &row, LVIR_LABEL);
         const POINT inText{row.left, (row.top + row.bottom) / 2};
-        EXPECT_TRUE(HasColour(list, inText, GetSysColor(COLOR_WINDOWTEXT), 50)) << "a row is painted";
+        EXPECT_TRUE(WaitForPixelColor(list, inText, GetSysColor(COLOR_WINDOWTEXT), 50)) << "a row is painted";
     });
 }
 
 TEST_F(UpgradeWindow, StandsInTheMiddleOfTheScreenWithAnIconAndATaskbarButton)
 {
     Look([&](HWND center) {
-        RECT screen{};
-        RECT window{};
-        SystemParametersInfoW(SPI_GETWORKAREA, 0, &screen, 0);
-        GetWindowRect(center, &window);
-        EXPECT_NEAR(window.left + window.right, screen.left + screen.right, 2);
-        EXPECT_NEAR(window.top + window.bottom, screen.top + screen.bottom, 2);
-
+        ExpectCentered(center);
         const LPARAM icon = SendMessageW(center, WM_GETICON, ICON_BIG, 0);
         EXPECT_EQ(reinterpret_cast<HICON>(icon), LoadIconW(library, MAKEINTRESOURCEW(IDI_LIBRARY)));
         EXPECT_EQ(SendMessageW(center, WM_GETICON, ICON_SMALL, 0), 0);
@@ -99,15 +109,22 @@ TEST_F(UpgradeWindow, StandsInTheMiddleOfTheScreenWithAnIconAndATaskbarButton)
     });
 }
 
+TEST_F(UpgradeWindow, StandsInTheMiddleBelowATaskbar)
+{
+    ReplaceImport("GetWindowRect", GetRectBelowTaskbar);
+    Look([](HWND center) { ExpectCentered(center); });
+}
+
 TEST_F(UpgradeWindow, IsWorkedWithTheKeyboard)
 {
     Look([&](HWND center) {
         const HWND buy = GetDlgItem(center, IDOK);
-        EXPECT_TRUE(automation::WaitFor([&] { return FocusBeside(center) == buy; }, 3000));
+        EXPECT_TRUE(window_automation::WaitFor([&] { return FocusedWindowOfThread(center) == buy; }, 3000));
         EXPECT_EQ(LOWORD(SendMessageW(center, DM_GETDEFID, 0, 0)), IDOK);
         for (const HWND next : {GetDlgItem(center, IDCANCEL), List(center), buy}) {
-            PostMessageW(FocusBeside(center), WM_KEYDOWN, VK_TAB, 0);
-            EXPECT_TRUE(automation::WaitFor([&] { return FocusBeside(center) == next; }, 3000));
+            PostMessageW(FocusedWindowOfThread(center), WM_KEYDOWN, VK_TAB, 0);
+            EXPECT_TRUE(
+                window_automation::WaitFor([&] { return FocusedWindowOfThread(center) == next; }, 3000));
         }
     });
 }
@@ -119,10 +136,10 @@ TEST_F(UpgradeWindow, PaintsThePictureOfTheProductLine)
         SCOPED_TRACE(name);
         const std::wstring apiKey = Wide(line["api key"]);
         host.apiKey = apiKey.c_str();
-        const auto& colours = table["colours"][line["picture"]];
+        const auto& colours = table["colours"][line["picture"].get<std::string>()];
         Look([&](HWND center) {
-            EXPECT_TRUE(HasColour(center, {30, 400}, Colour(colours["left"])));
-            EXPECT_TRUE(HasColour(center, {600, 28}, Colour(colours["behind the heading"])))
+            EXPECT_TRUE(WaitForPixelColor(center, {30, 400}, Colour(colours["left"])));
+            EXPECT_TRUE(WaitForPixelColor(center, {600, 28}, Colour(colours["behind the heading"])))
                 << "right of its text";
         });
     }

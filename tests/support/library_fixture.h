@@ -8,8 +8,8 @@
 #include "support/test_folder.h"
 #include "ui/resource.h"
 
-#include <automation.h>
 #include <import_hook.h>
+#include <window_automation.h>
 
 #include <atomic>
 #include <functional>
@@ -70,7 +70,8 @@ protected:
     /// Shows the upgrade center on this thread while another gives the dialog that comes up to `user`.
     Outcome ShowUpgrades(const User& user = {})
     {
-        automation::VisibleDialogs(GetCurrentThreadId()); // makes ready what both threads would make at once
+        // Makes ready what both threads would make at once.
+        window_automation::VisibleDialogs(GetCurrentThreadId());
         std::atomic<bool> isDone = false;
         std::thread watcher([&, thread = GetCurrentThreadId()] { Watch(thread, user, isDone); });
         Outcome outcome = Call("Upgrade");
@@ -84,7 +85,7 @@ protected:
     {
         return ShowUpgrades([&](HWND center) {
             look(center);
-            automation::Press(center, IDCANCEL);
+            window_automation::ClickButton(center, IDCANCEL);
         });
     }
 
@@ -211,12 +212,12 @@ private:
     {
         int dialogs = 0;
         for (; !isDone; Sleep(1)) {
-            for (HWND dialog : automation::VisibleDialogs(thread)) {
+            for (HWND dialog : window_automation::VisibleDialogs(thread)) {
                 const bool isExpected = ++dialogs == 1 && user;
                 if (isExpected) {
                     user(dialog);
                 }
-                if (!automation::WaitFor([&] { return !IsWindow(dialog); }, isExpected ? 5000 : 0)) {
+                if (!window_automation::WaitFor([&] { return !IsWindow(dialog); }, isExpected ? 5000 : 0)) {
                     ADD_FAILURE() << "a dialog that is not expected or stays open";
                     PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
                     PostThreadMessageW(thread, WM_QUIT, 0, 0);

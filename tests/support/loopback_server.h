@@ -6,6 +6,7 @@
 #include <ws2tcpip.h>
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
 #include <regex>
@@ -45,6 +46,7 @@ public:
     /// Refuses connections from now on.
     void Stop()
     {
+        m_hangs = false;
         closesocket(std::exchange(m_listener, INVALID_SOCKET));
         if (m_thread.joinable()) {
             m_thread.join();
@@ -53,8 +55,23 @@ public:
 
     // No lock: what a call of the library asks for is served before it returns, and nothing in between.
     void AnswerProbe(const std::string& body) { m_probe = HttpReply(body); }
-    void Answer(const std::string& body) { m_updates = HttpReply(body); }
-    void Send(const std::string& reply) { m_updates = reply; }
+    void Answer(const std::string& body) { Send(HttpReply(body)); }
+    void Send(const std::string& reply)
+    {
+        m_hangs = false;
+        m_updates = reply;
+    }
+
+    /// Sends the beginning of a reply to a query, and nothing more until the client leaves or something else
+    /// is set.
+    void Hang(const std::string& beginning = {})
+    {
+        m_updates = beginning;
+        m_hangs = true;
+    }
+
+    /// Whether a client waits for the rest of such a reply.
+    bool IsHanging() const { return m_isHanging; }
 
     /// What happens when the probe has arrived, before it is answered.
     void AtProbe(std::function<void()> action) { m_atProbe = std::move(action); }
@@ -81,11 +98,27 @@ private:
         }
         const std::string& reply = isProbe ? m_probe : m_updates;
         send(client, reply.data(), static_cast<int>(reply.size()), 0);
+        if (!isProbe && m_hangs) {
+            WaitForEnd(client);
+        }
         closesocket(client);
+    }
+
+    void WaitForEnd(SOCKET client)
+    {
+        constexpr DWORD PollMs = 20;
+        setsockopt(client, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&PollMs), sizeof PollMs);
+        m_isHanging = true;
+        char byte = 0;
+        while (m_hangs && recv(client, &byte, 1, 0) < 0 && WSAGetLastError() == WSAETIMEDOUT) {
+        }
+        m_isHanging = false;
     }
 
     std::string m_probe = HttpReply("1");
     std::string m_updates = HttpReply(Offer);
+    std::atomic<bool> m_hangs = false;
+    std::atomic<bool> m_isHanging = false;
     std::function<void()> m_atProbe = [] {};
     std::string m_requests;
     SOCKET m_listener;

@@ -1,0 +1,82 @@
+// What guarded calls do to the process of their host.
+#include "guard_fixture.h"
+
+#include "support/resource_counts.h"
+
+namespace {
+
+using HostProcess = GuardTest;
+
+constexpr char GoodOffer[] = R"([{"name":"X","version":"2","url":"https://shop.example/x"}])";
+
+DPI_AWARENESS ThreadAwareness()
+{
+    return GetAwarenessFromDpiAwarenessContext(GetThreadDpiAwarenessContext());
+}
+
+} // namespace
+
+TEST_F(HostProcess, HasTheUpgradeCenterScaledByWindowsUnlessItsOwnDpiAwarenessIsWanted)
+{
+    const DPI_AWARENESS_CONTEXT previous =
+        SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE);
+    service.Answer(GoodOffer);
+    const struct
+    {
+        const char* name;
+        std::uint32_t options;
+        DPI_AWARENESS awareness;
+    } cases[]{
+        {"by default", 0, DPI_AWARENESS_UNAWARE},
+        {"with the host's awareness", PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS,
+         DPI_AWARENESS_PER_MONITOR_AWARE},
+    };
+    for (const auto& [name, options, awareness] : cases) {
+        SCOPED_TRACE(name);
+        params.options = PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE | options;
+        DPI_AWARENESS seen = DPI_AWARENESS_INVALID;
+        const auto looks = [&seen](HWND center) {
+            seen = GetAwarenessFromDpiAwarenessContext(GetWindowDpiAwarenessContext(center));
+            window_automation::ClickButton(center, IDCANCEL);
+        };
+        EXPECT_EQ(UpgradeWith(looks), UserQuit);
+        EXPECT_EQ(seen, awareness);
+        EXPECT_EQ(ThreadAwareness(), DPI_AWARENESS_PER_MONITOR_AWARE) << "the host's comes back";
+    }
+    atBox = [] {
+        EXPECT_EQ(ThreadAwareness(), DPI_AWARENESS_PER_MONITOR_AWARE) << "a message box stays sharp";
+    };
+    params.options = PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE;
+    service.Answer("");
+    EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_UP_TO_DATE);
+    EXPECT_EQ(boxes.size(), 1u);
+    SetThreadDpiAwarenessContext(previous);
+}
+
+TEST_F(HostProcess, MayHaveBothLibraries)
+{
+    const HMODULE bare = LoadLibraryW(L"ProductServicesForTests.dll");
+    void* const address = reinterpret_cast<void*>(GetProcAddress(bare, "CheckForUpdates"));
+    const auto check = reinterpret_cast<decltype(&CheckForUpdates)>(address);
+    wchar_t text[100] = L"";
+    HostContext host{L"Product", L"1.0", L"api-key", 120, nullptr, 0, text, nullptr, nullptr, 0};
+    for (int round = 0; round < 2; ++round) {
+        service.Answer(GoodOffer);
+        EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
+        service.Answer(R"([{"name":"X","version":"2","url":"calc.exe"}])");
+        check(&host);
+        EXPECT_STREQ(text, L"calc.exe") << "the bare call is not guarded";
+        EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS);
+    }
+    FreeLibrary(bare);
+}
+
+TEST_F(HostProcess, KeepsNothingOfADllThatWasFreedAfterAnException)
+{
+    service.Answer("<html>");
+    ExpectLevel(100, [&] {
+        Reload();
+        ASSERT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_INVALID_REPLY);
+        service.TakeRequests();
+    });
+}
