@@ -6,20 +6,35 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/lib/session.sh
 
 readonly bin=build/mingw/bin pictures=$PWD/build/language-pictures
+targets=(ProductServicesGuard ProductServicesTool language_files)
 # The ids of the public header; US is what every other id selects.
 declare -A ids=([US]=0)
 while read -r code id; do
   ids[$code]=$id
 done < <(sed -nE 's/^ *PRODUCT_SERVICES_LANGUAGE_(\w+) = ([0-9]+).*/\1 \2/p' include/product_services/product_services.h)
 
-run_host() { (cd "$bin" && wine_run ./SampleHost.exe "$@" --unattended --look 2500) >build/language-pictures.log 2>&1; }
+# The tool's checks show no message box.
+build_check() {
+  x86_64-w64-mingw32-gcc-posix -Iinclude -o "$bin/check_for_updates.exe" scripts/lib/check_for_updates.c \
+    "$bin/ProductServicesGuard.dll"
+}
 
-# take_picture NAME CODE ARGUMENT...: of the window that the sample host shows in that language.
+run_program() { (cd "$bin" && wine_run "$@") >build/language-pictures.log 2>&1; }
+
+# take_picture NAME CODE KEY PROGRAM ARGUMENT...: of the program's window, which the key closes.
 take_picture() {
-  launch run_host "${@:3}" --language "${ids[$2]}"
-  local host=$launched
+  launch run_program "${@:4}"
+  local program=$launched
   keep_picture '^Example Draft' "$pictures/$1-$2.png"
-  await "$host" || fail "The sample host failed; see build/language-pictures.log."
+  xdotool key "$3"
+  await "$program" || fail "A program failed; see build/language-pictures.log."
+}
+
+take_message_picture() { take_picture "$1" "$2" Return ./check_for_updates.exe "${ids[$2]}"; }
+
+take_center_picture() {
+  take_picture upgrade-center "$1" Escape ./ProductServicesTool.exe upgrade --product "Example Draft" --version 2026.1 \
+    --api-key draft20-7k2m9q-x4v8p1w --language "${ids[$1]}"
 }
 
 codes=("$@")
@@ -29,15 +44,18 @@ for code in "${codes[@]}"; do
 done
 
 begin_session
+require_free_port
 build_project build/mingw
+attend build_check
 start_windows
 attend register_products
 mkdir -p "$pictures"
 say "Taking pictures of ${codes[*]} (five seconds each)"
-for code in "${codes[@]}"; do take_picture no-internet "$code" check; done
+for code in "${codes[@]}"; do take_message_picture no-internet "$code"; done
 start_service build/service.log
 for code in "${codes[@]}"; do
-  take_picture latest-version "$code" check --version 2026.2
-  take_picture upgrade-center "$code" upgrade
+  take_message_picture latest-version "$code"
+  take_center_picture "$code"
 done
+rm "$bin/check_for_updates.exe"
 say "The pictures are in build/language-pictures."

@@ -44,6 +44,9 @@ run_setup() {
   setup_pid=
 }
 
+# What build_project builds: everything, unless a script names targets.
+targets=()
+
 # build_project TREE [OPTION...]: installs what is missing, configures and builds; the options go to cmake.
 build_project() {
   run_setup
@@ -51,7 +54,8 @@ build_project() {
   say "Building (a few minutes the first time)"
   launch show_progress "$1/build.log" 2>/dev/null
   local progress=$launched
-  { attend cmake --preset "${preset:-mingw}" -B "$@" && attend cmake --build "$1"; } >"$1/build.log" 2>&1 \
+  { attend cmake --preset "${preset:-mingw}" -B "$@" && attend cmake --build "$1" ${targets:+--target "${targets[@]}"}; } \
+    >"$1/build.log" 2>&1 \
     || { tail -n 40 "$1/build.log" >&2; fail "The build failed; see $1/build.log."; }
   end_groups "$progress"
   await "$progress" || true
@@ -134,9 +138,12 @@ require_free_port() {
     || fail "Port $service_port is in use; the product service of this project needs it."
 }
 
-# start_service LOG: the development product service.
+# start_service LOG: the development product service, whose certificate Wine trusts.
 start_service() {
-  launch python3 tools/product_service.py --port "$service_port" >"$1" 2>&1
+  local options=(--port "$service_port" --certificate build/service.pem)
+  WINE=/usr/lib/wine/wine64 attend python3 tools/product_service.py "${options[@]}" --trust >"$1" 2>&1 \
+    || fail "The service's certificate cannot be used: $(tail -n 1 "$1")"
+  launch python3 tools/product_service.py "${options[@]}" >"$1" 2>&1
   wait_for_line "^Product service ready" "$1"
 }
 
@@ -151,9 +158,35 @@ register_products() {
   done
 }
 
+# wait_until SENTENCE CONDITION...: fails with the sentence if the condition is not met within ten seconds.
+wait_until() {
+  for _ in $(seq 100); do
+    "${@:2}" && return 0
+    sleep 0.1
+  done
+  fail "$1"
+}
+
+# wait_for_window PATTERN: waits until a window with such a title gets the keys and is painted; sets window.
+wait_for_window() {
+  attend timeout 30 xdotool search --sync --onlyvisible --name "$1" >build/window.txt || fail "No window came up."
+  window=$(head -n 1 build/window.txt)
+  wait_until "A window did not get the focus." has_focus
+  rm -f build/window.png
+  wait_until "A window is not painted." is_painted
+}
+
+has_focus() { [ "$(xdotool getwindowfocus)" = "$window" ]; }
+
+# Two pictures in a row are the same; the last one is build/window.png.
+is_painted() {
+  mv -f build/window.png build/previous.png 2>/dev/null || true
+  attend sleep 0.3
+  attend import -window "$window" build/window.png && cmp -s build/window.png build/previous.png
+}
+
 # keep_picture PATTERN FILE: a picture of the window with such a title, once it has come up and is painted.
 keep_picture() {
-  attend timeout 30 xdotool search --sync --onlyvisible --name "$1" >build/window.txt || fail "No window came up."
-  attend sleep 1
-  attend import -window "$(head -n 1 build/window.txt)" "$2"
+  wait_for_window "$1"
+  cp build/window.png "$2"
 }
