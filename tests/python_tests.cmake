@@ -15,6 +15,15 @@ set_target_properties(ProductServicesOverTls ProductServicesGuardOverTls PROPERT
     RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>" ARCHIVE_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
 target_include_directories(ProductServicesGuardOverTls INTERFACE "${PROJECT_SOURCE_DIR}/include")
 
+# The tool of that address, the sample host, and the language files.
+add_product_services_tool(ToolOverTls "${over_tls_dir}/family" "${sample_family_dir}")
+set_target_properties(ToolOverTls PROPERTIES RUNTIME_OUTPUT_DIRECTORY "$<1:${over_tls_dir}>")
+add_custom_command(OUTPUT "${over_tls_dir}/SampleHost.exe"
+    COMMAND ${CMAKE_COMMAND} -E copy_directory "${lang_dir}" "${over_tls_dir}/lang"
+    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:SampleHost> "${over_tls_dir}"
+    DEPENDS SampleHost "${languages_stamp}" VERBATIM)
+add_custom_target(sample_host_over_tls ALL DEPENDS "${over_tls_dir}/SampleHost.exe")
+
 if(MINGW)
     add_executable(guard_host guard/guard_host.c)
     target_link_libraries(guard_host PRIVATE compiler_settings ProductServicesGuardOverTls crypt32 cryptnet)
@@ -28,9 +37,9 @@ endif()
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 
 # Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
-set(on_debian test_tool test_installer test_package test_consumer test_guard test_publisher test_crash test_library_file
-    test_documents test_other_languages)
-set(everywhere test_sample_host test_guard_programs test_product_family test_product_service test_languages)
+set(on_debian test_tool test_installer test_package test_certificates test_system_proxy test_sample_host test_consumer
+    test_publisher test_crash test_library_file test_documents test_other_languages)
+set(everywhere test_guard_programs test_product_family test_product_service test_languages)
 foreach(name IN LISTS everywhere on_debian)
     if(name IN_LIST on_debian AND NOT MINGW)
         continue()
@@ -44,10 +53,15 @@ foreach(name IN LISTS everywhere on_debian)
         set_tests_properties(python.${name} PROPERTIES LABELS debian)
     endif()
 endforeach()
-set_tests_properties(python.test_guard_programs PROPERTIES ${one_at_a_time})
-# The service of the sample family has one port, and the sample product one record. These wait for each other, so they
-# begin before the rest.
-foreach(name test_sample_host test_tool test_installer test_package test_guard)
+# The service of the sample family has one port, the sample product one record, and the display one window that gets the
+# keys. These wait for each other, so they begin before the rest.
+set_tests_properties(python.test_guard_programs PROPERTIES RESOURCE_LOCK "tests_product_family;display")
+foreach(name test_tool test_installer test_sample_host)
+    if(TEST python.${name})
+        set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK "sample_product;display" COST 100)
+    endif()
+endforeach()
+foreach(name test_package test_certificates test_system_proxy)
     if(TEST python.${name})
         set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK sample_product COST 100)
     endif()
