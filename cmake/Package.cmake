@@ -36,8 +36,9 @@ install(FILES ${tool_files} DESTINATION tools)
 install(PROGRAMS "$<TARGET_FILE:ProductServicesTool>" DESTINATION tools)
 
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/README.md" DESTINATION .)
-foreach(document host-guide installers language-files service troubleshooting versions)
-    install(FILES "${PROJECT_SOURCE_DIR}/docs/${document}.md" DESTINATION docs)
+foreach(document compatibility.md getting-started.md host-guide.md installers.md language-files.md reference.md
+        service.md translating.md troubleshooting.md upgrade-center-texts.png)
+    install(FILES "${PROJECT_SOURCE_DIR}/docs/${document}" DESTINATION docs)
 endforeach()
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/deps/licenses" DESTINATION .)
 # All texts of the package are there. objcopy writes the time that the environment has, too.

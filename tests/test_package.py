@@ -115,16 +115,38 @@ def test_visual_studios_import_library_names_the_exports(package, name):
         (f"{name}.dll", symbol.name.decode()) for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols]
 
 
+def compile_as_visual_studio(package, folder, source, *options, taken_out=""):
+    """The object file of a host that Visual Studio's settings in options compile, with something taken out of the
+    headers."""
+    headers = shutil.copytree(package / "include", folder / "include")
+    for header in headers.rglob("*.h"):
+        header.write_text(read(header).replace(taken_out, ""), "utf-8")
+    for name in ("assert.h", "sal.h"):  # clang brings no such headers
+        (headers / name).touch()
+    compiler = "clang++ --target=x86_64-pc-windows-msvc -std=c++20 -ffreestanding -fexceptions -fcxx-exceptions -O2"
+    assert run(*compiler.split(), *options, "-I", headers, *"-xc++ -c - -o host.obj".split(),
+               cwd=folder, input=source) == (0, "")
+    return folder / "host.obj"
+
+
 @pytest.mark.parametrize("taken_out, is_kept", [
     pytest.param("", True, id="as it is"), pytest.param("noexcept(false)", False, id="without noexcept(false)")])
 def test_a_handler_survives_the_usual_settings_of_visual_studio(package, tmp_path, taken_out, is_kept):
-    header = shutil.copytree(package / "include", tmp_path / "include") / "product_services/product_services.h"
-    header.write_text(read(header).replace(taken_out, ""), "utf-8")
-    (tmp_path / "include/assert.h").touch()  # clang brings no such header
-    compiler = "clang++ --target=x86_64-pc-windows-msvc -std=c++20 -ffreestanding -fexceptions -fcxx-exceptions"
-    options = "-Xclang -fexternc-nounwind -O2 -I include -xc++ -c - -o host.obj"
-    assert run(*compiler.split(), *options.split(), cwd=tmp_path, input=CATCHING_HOST) == (0, "")
-    assert (b"the handler" in (tmp_path / "host.obj").read_bytes()) == is_kept
+    host = compile_as_visual_studio(
+        package, tmp_path, CATCHING_HOST, "-Xclang", "-fexternc-nounwind", taken_out=taken_out)
+    assert (b"the handler" in host.read_bytes()) == is_kept
+
+
+@pytest.mark.parametrize("header, call", [
+    pytest.param("product_services.h", "Upgrade(nullptr)", id="a direct call"),
+    pytest.param("guarded_calls.h", "GuardedUpgrade(nullptr)", id="a guarded call"),
+    pytest.param("publisher.h", 'VerifyPublisher(L"", L"", nullptr, 0)', id="a publisher")])
+def test_another_default_calling_convention_changes_no_name(package, tmp_path, header, call):
+    host = compile_as_visual_studio(
+        package, tmp_path, f"#include <product_services/{header}>\nvoid Call() {{ {call}; }}\n",
+        "-Xclang", "-fdefault-calling-conv=vectorcall")
+    names = run("x86_64-w64-mingw32-nm", "--undefined-only", host)[1].split()
+    assert call.partition("(")[0] in {name.removeprefix("__imp_") for name in names}, names
 
 
 def test_another_makers_package_does_not_name_the_sample(strange_kit):
