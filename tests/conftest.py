@@ -25,6 +25,8 @@ INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)
 TERMINATION = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGTERM)
 needs_debian = pytest.mark.skipif(WINDOWS, reason="needs Wine, or tools of Debian")
 MAKER_KEY = r"HKCU\Software\Example Maker"
+# The installed product of the sample family.
+KEY, API_KEY = "DRAFT-2026-DEMO", "draft20-7k2m9q-x4v8p1w"
 
 
 def pytest_sessionfinish(session, exitstatus):

@@ -23,25 +23,35 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds PollInterval{20};
 
 // How long a thread that waits for a socket lives at most.
-constexpr long MaxWaitSeconds = 30;
+constexpr std::chrono::seconds MaxWait{30};
 
 // Windows may fetch an issuer's certificate.
 constexpr long VerificationTimeoutMs = 5000;
 
-enum class SocketEvent
+// Asked until it is connected: what select says of a socket before libcurl connects it means nothing.
+bool IsConnected(curl_socket_t socket)
 {
-    Writable, ///< It is connected.
-    Readable  ///< The other side has sent something.
-};
+    sockaddr_storage peer;
+    int size = sizeof peer;
+    return getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &size) == 0;
+}
 
-bool WaitForSocket(curl_socket_t socket, SocketEvent event)
+bool WaitForConnection(curl_socket_t socket)
+{
+    const auto deadline = steady_clock::now() + MaxWait;
+    while (!IsConnected(socket) && steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return IsConnected(socket);
+}
+
+bool WaitForData(curl_socket_t socket)
 {
     fd_set sockets;
     FD_ZERO(&sockets);
     FD_SET(socket, &sockets);
-    timeval timeout{MaxWaitSeconds, 0};
-    const bool isWrite = event == SocketEvent::Writable;
-    return select(0, isWrite ? nullptr : &sockets, isWrite ? &sockets : nullptr, nullptr, &timeout) == 1;
+    timeval timeout{static_cast<long>(MaxWait.count()), 0};
+    return select(0, &sockets, nullptr, nullptr, &timeout) == 1;
 }
 
 // Shared with threads that may outlive the watch. The report is the transfer's thread's own until that ends.
@@ -211,10 +221,10 @@ void WatchingEnvironment::OnSocket(curl_socket_t socket) noexcept
 {
     m_socketStep = TransferStep::Connection;
     std::thread([self = shared_from_this(), socket] {
-        if (WaitForSocket(socket, SocketEvent::Writable)) {
+        if (WaitForConnection(socket)) {
             self->m_socketStep = TransferStep::TlsAnswer;
             // The data stays for libcurl to read.
-            if (WaitForSocket(socket, SocketEvent::Readable)) {
+            if (WaitForData(socket)) {
                 self->m_socketStep = TransferStep::TlsHandshake;
             }
         }
