@@ -82,7 +82,8 @@ def check_keys(keys):
     for number, key in enumerate(keys, 1):
         check_string(f"known_api_keys: key {number}", key)
         if max(key) > "\uffff":
-            raise FamilyError(f"known_api_keys: key {number} contains a character outside the Basic Multilingual Plane.")
+            raise FamilyError(
+                f"known_api_keys: key {number} contains a character outside the Basic Multilingual Plane.")
         first = keys.index(key) + 1
         if first != number:
             raise FamilyError(f"known_api_keys: keys {first} and {number} are the same.")
@@ -102,8 +103,8 @@ def check_service_base_address(address, allow_http):
     path = r"(?:/(?:[A-Za-z0-9._~!$&'()*+,;=:@/-]|%[0-9A-Fa-f]{2})*)?"
     parts = re.fullmatch(rf"{host}(?::([1-9][0-9]*))?{path}", rest)
     if not parts:
-        raise FamilyError(f"{name} must consist of a host, a port and a path, without blanks, quotes, umlauts, user names, "
-                          "? or #, and with % only before two hexadecimal digits.")
+        raise FamilyError(f"{name} must consist of a host, a port and a path, without blanks, quotes, umlauts, user "
+                          "names, ? or #, and with % only before two hexadecimal digits.")
     if parts[1] and int(parts[1]) > 65535:
         raise FamilyError(f"{name} has an invalid port (1 to 65535).")
 
@@ -141,8 +142,8 @@ def read_family(path, allow_http=False):
 
 
 def escape_for_rc(text):
-    """The inside of L"..." in a resource script. All but the plainest characters are UTF-16 in hexadecimal digits, which
-    no code page and no locale changes."""
+    """The inside of L"..." in a resource script. All but the plainest characters are UTF-16 in hexadecimal digits,
+    which no code page and no locale changes."""
     units = struct.unpack(f"<{len(text.encode('utf-16-le')) // 2}H", text.encode("utf-16-le"))
     return "".join(chr(unit) if re.fullmatch("[A-Za-z0-9 .,:/_-]", chr(unit)) else f"\\x{unit:04x}" for unit in units)
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fuzzes what reads replies, language files and addresses, natively with clang's sanitizers: scripts/fuzz.sh [SECONDS]
+# Fuzzes what reads replies, language files and URLs, natively with clang's sanitizers: scripts/fuzz.sh [SECONDS]
 # for each of the two targets, 10 without. What they learn stays in build/fuzz/TARGET; an input that breaks something is
 # written there.
 set -euo pipefail
@@ -22,4 +22,4 @@ fuzz() {
 
 ./setup.sh clang libclang-rt-14-dev
 fuzz "${1:-10}" reply_fuzz src/service/service_reply.cpp src/text/utf16.cpp
-fuzz "${1:-10}" address_fuzz guard/plain_address.cpp guard/trusted_hosts.cpp
+fuzz "${1:-10}" url_fuzz guard/url/strict_url.cpp guard/url/trusted_hosts.cpp

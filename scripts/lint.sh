@@ -26,7 +26,7 @@ run_clang_tidy() {
   mapfile -t -O "${#command[@]}" command < <(cxx_headers)
   printf '%s\0' "${units[@]}" | xargs -0 -P 2 -n 2 "${command[@]}" -p "$tree" || status=1
   "${command[@]}" samples/minimal_hosts/host.c -- -Iinclude || status=1
-  "${command[@]}" samples/minimal_hosts/host.cpp -- -std=c++17 -Iinclude || status=1
+  "${command[@]}" samples/minimal_hosts/host.cpp -- -std=c++20 -Iinclude || status=1
   "${command[@]}" scripts/fuzz/*.cpp -- -std=c++20 -Isrc -Iguard -isystem build/deps/json || status=1
   return "$status"
 }
@@ -38,7 +38,9 @@ FILE_PATTERNS = *.h *.hpp
 EXCLUDE_SYMBOLS = product_services::detail
 MACRO_EXPANSION = YES
 EXPAND_ONLY_PREDEF = YES
-PREDEFINED = "static_assert(a,b)=" PRODUCT_SERVICES_THROWS=
+PREDEFINED = _Inout_= "static_assert(a,b)=" PRODUCT_SERVICES_THROWS= PRODUCT_SERVICES_CALL= PRODUCT_SERVICES_ENUM_TYPE= \
+  PRODUCT_SERVICES_INOUT= PRODUCT_SERVICES_INOUT_OPT= PRODUCT_SERVICES_IN_TEXT= PRODUCT_SERVICES_IN_TEXT_OPT= \
+  "PRODUCT_SERVICES_OUT_TEXT(n)="
 GENERATE_HTML = NO
 GENERATE_LATEX = NO
 GENERATE_XML = YES

@@ -101,8 +101,8 @@ def test_special_characters_survive_in_library_version_and_hosts(check, family, 
             SAMPLE_PRODUCT_NAME, L"Example Maker", L"Software\\\\Example Maker\\\\Products"};""")
     assert run(sys.executable, "-B", REPOSITORY / "cmake/brand_package.py", SAMPLE / "product_family.json",
                "product_family.json", ".", cwd=tmp_path) == (0, "")
-    folders = [f"-I{folder}" for folder in (
-        ".", "headers", REPOSITORY / "src", REPOSITORY / "src/ui", REPOSITORY / "include", REPOSITORY / "product_family")]
+    sources = [REPOSITORY / folder for folder in ("src", "src/ui", "include", "product_family")]
+    folders = [f"-I{folder}" for folder in (".", "headers", *sources)]
     assert run("x86_64-w64-mingw32-windres", *folders, REPOSITORY / "guard/product_services_guard.rc", "version.o",
                cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
     assert run("x86_64-w64-mingw32-g++-posix", "-std=c++20", *folders, "-c", REPOSITORY / "src/platform/family.cpp",

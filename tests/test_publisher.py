@@ -1,4 +1,4 @@
-"""Verifies and starts files that are signed under a root certificate that only the tests' Wine trusts, and only meanwhile."""
+"""Verifies and starts files that are signed under a root certificate that only the tests' Wine trusts, meanwhile."""
 
 import itertools
 import shutil
@@ -16,7 +16,7 @@ CASES = table("guard/publishers.json")
 
 
 def padded(signed):
-    """The signed program with data in its signature, behind what is verified: both sizes of the signature tell of it."""
+    """The signed program with data in its signature, behind what is verified; both sizes include it."""
     padding = b"padding!" * 8
     directory = pefile.PE(data=signed).OPTIONAL_HEADER.DATA_DIRECTORY[4]
     data = bytearray(signed + padding)

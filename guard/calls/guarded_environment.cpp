@@ -11,8 +11,6 @@
 
 namespace product_services_guard {
 
-using product_services::HostEnvironment;
-
 GuardedEnvironment::GuardedEnvironment(const GuardedCallParams& params)
     : m_params(params), m_limits(params.timeLimitMs, params.cancelFlag)
 {

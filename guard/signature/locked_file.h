@@ -19,8 +19,8 @@ struct LockedFile
     FileHandle handle;
     /// The full path that was opened.
     std::wstring path;
-    /// Where the file really is: there is no junction or symbolic link in it that could be changed to lead elsewhere.
-    /// Empty if Windows cannot tell.
+    /// Where the file really is: there is no junction or symbolic link in it that could be changed to lead
+    /// elsewhere. Empty if Windows cannot tell.
     std::wstring finalPath;
     std::wstring error;
 };

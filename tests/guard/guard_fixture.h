@@ -123,7 +123,7 @@ protected:
     {
         std::thread thread(
             [&user, caller = GetCurrentThreadId()] { user(window_automation::WaitForDialog(caller)); });
-        const Ended ended = Upgrade();
+        Ended ended = Upgrade();
         thread.join();
         return ended;
     }

@@ -1,6 +1,6 @@
-/* A host in C that makes guarded calls: guard_host WORD... Each word sets something for the calls behind it, or is a
- * call. For each call it prints a line: its outcome, its result code, how many seconds it took, rounded down, and its
- * text. */
+/* A host in C that makes guarded calls: guard_host WORD... Each word sets something for the calls behind it,
+ * or is a call. For each call it prints a line: its outcome, its result code, how many seconds it took,
+ * rounded down, and its text. */
 #include "product_services/guarded_calls.h"
 
 #include <stdio.h>
@@ -34,7 +34,8 @@ static void Print(const char* name, ProductServicesOutcome outcome, ULONGLONG st
 static void FetchCrl(const char* url)
 {
     void* crl = NULL;
-    const BOOL isFetched = CryptRetrieveObjectByUrlA(url, CONTEXT_OID_CRL, 0, 0, &crl, NULL, NULL, NULL, NULL);
+    const BOOL isFetched =
+        CryptRetrieveObjectByUrlA(url, CONTEXT_OID_CRL, 0, 0, &crl, NULL, NULL, NULL, NULL);
     puts(isFetched ? "fetched" : "not fetched");
     fflush(stdout);
     if (isFetched) {

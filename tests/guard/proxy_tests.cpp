@@ -169,7 +169,7 @@ TEST(ProxyProbe, GivesUpOnASilentProxyAfterTwoSeconds)
         waiting.push_back(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
         u_long isNonBlocking = 1;
         ioctlsocket(waiting.back(), static_cast<long>(FIONBIO), &isNonBlocking);
-        connect(waiting.back(), reinterpret_cast<const sockaddr*>(&address), size);
+        static_cast<void>(connect(waiting.back(), reinterpret_cast<const sockaddr*>(&address), size));
     }
     const std::wstring proxy = Wide(TESTS_ADDRESS) + L":" + std::to_wstring(ntohs(address.sin_port));
     const std::uint64_t start = GetTickCount64();

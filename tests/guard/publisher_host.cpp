@@ -1,7 +1,8 @@
-// Verifies files: publisher_host (PATH PUBLISHERS OPTION)... and prints a line for each: the result and its text. An empty
-// argument is null; "|" separates publishers. Options: read or write, this program has the file open meanwhile; start,
-// the file is started with the arguments "started FILE"; a number, what is found wrong with the signer's certificates
-// besides (CERT_TRUST_STATUS, in hexadecimal). Called with "started FILE", it creates that file.
+// Verifies files: publisher_host (PATH PUBLISHERS OPTION)... and prints a line for each: the result and its
+// text. An empty argument is null; "|" separates publishers. Options: read or write, this program has the
+// file open meanwhile; start, the file is started with the arguments "started FILE"; a number, what is found
+// wrong with the signer's certificates besides (CERT_TRUST_STATUS, in hexadecimal). Called with "started
+// FILE", it creates that file.
 #include "product_services/publisher.h"
 
 #include <algorithm>

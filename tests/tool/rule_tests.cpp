@@ -146,12 +146,10 @@ TEST(Doctor, ChecksTheFilesOfAProgram)
          L"error    library: X.dll belongs to the package \"Theirs\" instead of Ours"},
         {"older", CheckLibrary(IMAGE_FILE_MACHINE_AMD64, {2, 3, 3}, L"Ours"),
          L"warning  library: X.dll is version 2.3.3, older than this program, whose version the other "
-         L"findings are "
-         L"about"},
+         L"findings are about"},
         {"newer", CheckLibrary(IMAGE_FILE_MACHINE_AMD64, {2, 10, 0}, L"Ours"),
          L"warning  library: X.dll is version 2.10.0, newer than this program, whose version the other "
-         L"findings are "
-         L"about"},
+         L"findings are about"},
         {"ours", CheckLibrary(IMAGE_FILE_MACHINE_AMD64, OwnVersion, L"Ours"),
          L"ok       library: X.dll is version 2.3.4 of Ours"},
         {"signed", CheckPublisher(PRODUCT_SERVICES_PUBLISHER_TRUSTED),
@@ -184,13 +182,11 @@ TEST(Doctor, ChecksTheProduct)
          L"newer"},
         {"a version with variables", CheckRecordVersion({REG_EXPAND_SZ, L""}),
          L"error    stored version: has the type 2 and must be REG_SZ: the service is asked for an empty "
-         L"version and "
-         L"has nothing newer"},
+         L"version and has nothing newer"},
         {"an ordinary screen", CheckDisplayScaling(100), L"ok       display scaling: 100 %"},
         {"a fine screen", CheckDisplayScaling(150),
          L"warning  display scaling: 150 %: the upgrade center is enlarged by Windows in a guarded call; in "
-         L"a direct "
-         L"call and with the host's own DPI awareness its picture stays small"},
+         L"a direct call and with the host's own DPI awareness its picture stays small"},
     });
 }
 
@@ -247,26 +243,22 @@ TEST(Doctor, ChecksProxies)
         {"the bypass list",
          CheckSystemProxy(SystemProxy{.source = ProxySource::FixedProxy, .isBypassed = true}, true),
          L"ok       system proxy: Windows' proxy setting names the service in its bypass list, so that the "
-         L"service is "
-         L"asked directly"},
+         L"service is asked directly"},
         {"SOCKS", CheckSystemProxy(SystemProxy{.source = ProxySource::FixedProxy}, true),
          L"warning  system proxy: Windows' proxy setting names no HTTP proxy, so that the service is asked "
          L"directly"},
         {"a script that says DIRECT", CheckSystemProxy(FromScript({}), true),
          L"ok       system proxy: Windows' configuration script names no HTTP proxy, so that the service is "
-         L"asked "
-         L"directly"},
+         L"asked directly"},
         {"the second of a script", CheckSystemProxy(FromScript({{L"a:1", false}, {L"b:2", true}}), true),
          L"ok       system proxy: Windows' configuration script names b:2; tried a:1 (no connection), b:2 "
          L"(connected)"},
         {"none of a script", CheckSystemProxy(FromScript({{L"a:1", false}}), true),
          L"warning  system proxy: Windows' configuration script names no proxy that accepts a connection; "
-         L"tried a:1 "
-         L"(no connection), so that the service is asked directly"},
+         L"tried a:1 (no connection), so that the service is asked directly"},
         {"a script that is not there", CheckSystemProxy(SystemProxy{.isScriptUnanswered = true}, true),
          L"warning  system proxy: Windows has no HTTP proxy, so that the service is asked directly; a "
-         L"configuration "
-         L"script is set, but it could not be fetched or run"},
+         L"configuration script is set, but it could not be fetched or run"},
         {"a slow Windows", CheckSystemProxy(std::nullopt, true),
          L"warning  system proxy: Windows did not answer in time"},
     });
@@ -340,12 +332,10 @@ TEST(Doctor, ChecksReplies)
          L"error    update query: the service refuses with status 3"},
         {"an offer without a URL", CheckUpdates(Reply(R"([{"name":"A","version":"2"}])")),
          L"error    update query: the reply could not be parsed: \"[json.exception.type_error.302] type must "
-         L"be string, "
-         L"but is null\""},
+         L"be string, but is null\""},
         {"a later offer that is none", CheckUpdates(Reply("[" + Good + ",1]")),
          L"error    update query: the reply could not be parsed: \"[json.exception.type_error.305] cannot "
-         L"use operator[] "
-         L"with a string argument with number\""},
+         L"use operator[] with a string argument with number\""},
         {"a newer release",
          CheckQuietCall({PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE, 200, L"https://a.example/"}),
          L"ok       quiet check: NEWER_RELEASE: https://a.example/"},

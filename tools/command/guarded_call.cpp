@@ -9,7 +9,7 @@ namespace product_services_tool {
 namespace {
 
 // Longer than any text that a service sends for users to read.
-constexpr std::size_t TextCapacity = 64 * 1024;
+constexpr std::size_t TextCapacity = 65536;
 
 // What a call takes besides its transfers, such as 750 ms without a record.
 constexpr std::chrono::seconds Grace{2};
@@ -37,7 +37,8 @@ CallResult Call(GuardedFunction function, const Options& options, std::uint32_t 
     params.resultText = text.data();
     params.resultTextCapacity = static_cast<std::uint32_t>(text.size());
     const ProductServicesOutcome outcome = function(&params);
-    return {outcome, params.resultCode, text.c_str()};
+    text.resize(text.find(L'\0'));
+    return {outcome, params.resultCode, text};
 }
 
 int Print(const CallResult& result, const Options& options)

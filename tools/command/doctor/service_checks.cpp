@@ -129,8 +129,10 @@ Finding CheckOffers(ServiceReply& reply, const std::optional<std::wstring>& trus
     for (std::size_t index = 0; index < reply.size(); ++index) {
         const std::wstring error = FindUrlError(product_services::ReadOffer(reply, index).url, trustedHosts);
         if (!error.empty()) {
-            finding.message += L"offer " + std::to_wstring(index + 1);
-            finding.message += L" of " + count + error;
+            finding.message = L"offer ";
+            finding.message += std::to_wstring(index + 1) + L" of ";
+            finding.message += count;
+            finding.message += error;
             return finding;
         }
     }
