@@ -181,9 +181,10 @@ void WatchingEnvironment::Run(const std::function<void()>& transfer)
     product_services::CurrentEnvironment = &product_services::DefaultEnvironment;
 }
 
+// A transfer that is given up closes its socket, which then seems to have data.
 void WatchingEnvironment::Advance(TransferStep step)
 {
-    if (step > m_report.step) {
+    if (step > m_report.step && !m_report.isTimedOut) {
         m_report.step = step;
         m_stepStart = steady_clock::now();
     }
