@@ -1,6 +1,6 @@
 /* A host in C that makes guarded calls: guard_host WORD... Each word sets something for the calls behind it,
- * or is a call. For each call it prints a line: its outcome, its result code, how many seconds it took,
- * rounded down, and its text. */
+ * or is a call. For each call it prints a line: its outcome, its result code and its text. If a time limit is
+ * set, another line says how long the call took, in seconds, rounded down. */
 #include "product_services/guarded_calls.h"
 
 #include <stdio.h>
@@ -26,7 +26,10 @@ static GuardedCallParams params = {
 static void Print(const char* name, ProductServicesOutcome outcome, ULONGLONG start)
 {
     const unsigned seconds = (unsigned)((GetTickCount64() - start) / 1000);
-    printf("%s %u %d %u: %ls\n", name, (unsigned)outcome, (int)params.resultCode, seconds, text);
+    printf("%s %u %d: %ls\n", name, (unsigned)outcome, (int)params.resultCode, text);
+    if (params.timeLimitMs != 0) {
+        printf("after %u s\n", seconds);
+    }
     fflush(stdout);
 }
 
