@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what the build and the tests need on Debian 12 and builds libcurl for
+# Installs what the build and the tests need on Debian 12 or 13 and builds libcurl for
 # Windows into build/deps. It does only what is missing, so it may run any number
 # of times; run.sh and test.sh call it. What follows are further packages to install.
 set -euo pipefail
@@ -11,7 +11,7 @@ trap 'end_groups "${groups[@]}"' EXIT
 readonly triplet=x86_64-w64-mingw32
 readonly deps="$PWD/build/deps"
 readonly packages=(
-  g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev
+  g++-mingw-w64-x86-64-posix cmake ninja-build dpkg-dev git
   nlohmann-json3-dev libcli11-dev googletest
   wine wine64 xvfb fonts-wine xdotool imagemagick
   clang llvm openssl osslsigncode pkgconf python3 python3-pefile python3-pytest wixl msitools
@@ -51,26 +51,34 @@ write_source_entries() {
   return 0
 }
 
-# apt keeps its own settings: the entries and the lists they lead to live in $1.
+# apt keeps its own settings: the entries and the lists they lead to live in $1. A mirror can list a revision whose
+# files it does not have, so an older one will do.
 fetch_curl_source() {
-  local work=$1
+  local work=$1 version
   mkdir -p "$work/parts" "$work/lists/partial"
   write_source_entries "$work/sources.list" "$work/parts"
   local options=(-o "Dir::Etc::sourcelist=$work/sources.list" -o "Dir::Etc::sourceparts=$work/parts"
                  -o "Dir::State::lists=$work/lists" -o APT::Sandbox::User=root)
-  apt-get "${options[@]}" update && (cd "$work" && apt-get "${options[@]}" source curl)
+  apt-get "${options[@]}" update || return 1
+  for version in $(apt-cache "${options[@]}" showsrc --only-source curl | sed -n 's/^Version: //p' | sort -ruV); do
+    (cd "$work" && apt-get "${options[@]}" source "curl=$version") && return 0
+    rm -rf "$work"/curl[-_]*
+  done
+  return 1
 }
 
-# Schannel for TLS, HTTP alone, no thread for resolving names, and no path of this machine in the library.
+# Schannel for TLS, only HTTP, no thread for resolving names, no manuals, and no path of this machine in the library.
+# CMake ignores the options that a version of libcurl does not know.
 readonly curl_options=(
   -DCMAKE_SYSTEM_NAME=Windows "-DCMAKE_C_COMPILER=$triplet-gcc-posix" "-DCMAKE_RC_COMPILER=$triplet-windres"
   -DCMAKE_BUILD_TYPE=MinSizeRel
   "-DCMAKE_FIND_ROOT_PATH=/usr/$triplet" -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY
   -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY
-  -DCURL_USE_SCHANNEL=ON -DHTTP_ONLY=ON -DENABLE_THREADED_RESOLVER=OFF
+  -DCURL_USE_SCHANNEL=ON -DHTTP_ONLY=ON -DCURL_DISABLE_WEBSOCKETS=ON -DENABLE_THREADED_RESOLVER=OFF
   -DCURL_CA_BUNDLE=none -DCURL_CA_PATH=none
   -DBUILD_SHARED_LIBS=OFF -DBUILD_CURL_EXE=OFF -DCURL_ZLIB=OFF
-  -DUSE_LIBIDN2=OFF -DCURL_USE_LIBSSH2=OFF -DBUILD_TESTING=OFF
+  -DUSE_LIBIDN2=OFF -DCURL_USE_LIBPSL=OFF -DCURL_USE_LIBSSH2=OFF -DBUILD_TESTING=OFF
+  -DBUILD_LIBCURL_DOCS=OFF -DBUILD_MISC_DOCS=OFF -DENABLE_CURL_MANUAL=OFF
 )
 readonly curl_flags="-ffunction-sections -fdata-sections -fstack-protector-strong"
 
@@ -88,7 +96,7 @@ build_curl() {
   local work; work=$(mktemp -d "$deps/curl.XXXXXX")
   say "Fetching libcurl's source"
   attend fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
-    || { rm -rf "$work"; fail "libcurl's source could not be fetched (no network, or no package sources?); see $deps/curl.log."; }
+    || { rm -rf "$work"; fail "libcurl's source could not be fetched (no network, no package sources, or a mirror that lacks it?); see $deps/curl.log."; }
   say "Building libcurl for Windows (about a minute)"
   { attend cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja "${curl_options[@]}" \
       -DCMAKE_C_FLAGS="$curl_flags \"-ffile-prefix-map=$work=.\"" -DCMAKE_INSTALL_PREFIX="$work/install" \
