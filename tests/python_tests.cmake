@@ -48,7 +48,7 @@ foreach(name IN LISTS everywhere on_debian)
         COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider --basetemp "${PROJECT_BINARY_DIR}/pytest/${name}"
             "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
     set_tests_properties(python.${name} PROPERTIES TIMEOUT 60
-        ENVIRONMENT "PRODUCT_SERVICES_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};TESTS_ADDRESS=${TESTS_ADDRESS};PYTHONUTF8=1")
+        ENVIRONMENT "PRODUCT_SERVICES_BIN=$<TARGET_FILE_DIR:ProductServices>;TESTS_ADDRESS=${TESTS_ADDRESS};PYTHONUTF8=1")
     if(name IN_LIST on_debian)
         set_tests_properties(python.${name} PROPERTIES LABELS debian)
     endif()

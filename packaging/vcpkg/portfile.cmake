@@ -1,6 +1,9 @@
-# An overlay port that builds the checkout it is in: vcpkg install product-services --overlay-ports=<checkout>/packaging/vcpkg
-# Visual Studio needs MFC, and Python polib. A family of your own: VCPKG_CMAKE_CONFIGURE_OPTIONS in the triplet, with
-# -DPRODUCT_FAMILY_DIR=<folder>. This is written after vcpkg's documentation and has not run.
+# An overlay port that builds the checkout that it is in. This is written after vcpkg's documentation and has not run.
+# Visual Studio needs MFC, and Python polib:
+#
+#   vcpkg install product-services --overlay-ports=CHECKOUT/packaging/vcpkg --overlay-triplets=CHECKOUT/packaging/triplets
+#
+# The overlay triplet names the product family, and has vcpkg's binary cache notice when the sources change.
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY ONLY_DYNAMIC_CRT)
 get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../.." ABSOLUTE)
 
@@ -10,7 +13,8 @@ vcpkg_copy_pdbs()
 vcpkg_cmake_config_fixup(PACKAGE_NAME ProductServices CONFIG_PATH lib/cmake/ProductServices)
 vcpkg_fixup_pkgconfig()
 
-file(REMOVE_RECURSE "${CURRENT_PACKAGES_DIR}/debug/include" "${CURRENT_PACKAGES_DIR}/debug/lang")
+file(REMOVE_RECURSE "${CURRENT_PACKAGES_DIR}/debug/include" "${CURRENT_PACKAGES_DIR}/debug/lang"
+    "${CURRENT_PACKAGES_DIR}/debug/share")
 file(MAKE_DIRECTORY "${CURRENT_PACKAGES_DIR}/share/${PORT}")
 file(RENAME "${CURRENT_PACKAGES_DIR}/lang" "${CURRENT_PACKAGES_DIR}/share/${PORT}/lang")
 foreach(name CHANGELOG.md LICENSE SECURITY.md)
