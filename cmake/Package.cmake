@@ -52,7 +52,7 @@ install(CODE "set(package \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/brand_package.py]==]
         [==[${SAMPLE_FAMILY_JSON}]==] [==[${FAMILY_JSON}]==] \"\${package}\" COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/make_sbom.py]==]
-        \"\${package}/product-services.spdx.json\" --family [==[${FAMILY_JSON}]==] --version ${PROJECT_VERSION}
+        \"\${package}\" --family [==[${FAMILY_JSON}]==] --version ${PROJECT_VERSION}
         --commit \"\${SOURCE_COMMIT}\" --deps [==[${PROJECT_SOURCE_DIR}/build/deps]==] COMMAND_ERROR_IS_FATAL ANY)")
 # This one names the family already.
 install(FILES "${FAMILY_HEADERS_DIR}/sample_product.h" DESTINATION samples/host)

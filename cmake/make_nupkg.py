@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes the NuGet package for hosts built with Visual Studio, from the unpacked package for host developers.
 
-    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico
+    make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico [--commit COMMIT]
 
 The JSON is the product_family.json of the sample, and of the family that the package is for.
 """
@@ -45,16 +45,22 @@ def from_template(name, values):
     return re.sub("@([A-Z]+)@", lambda key: xml.sax.saxutils.escape(values[key[1]]), text).encode()
 
 
+def nuspec(values):
+    """What the family does not tell is left out."""
+    text = from_template("package.nuspec", values).decode()
+    return re.sub(r' \w+=""|    <(\w+)></\1>\n', "", text).encode()
+
+
 def contents(package, values, pairs, icon):
     """Names in the archive with their bytes."""
     identifier = values["ID"]
     files = {
-        f"{identifier}.nuspec": from_template("package.nuspec", values),
+        f"{identifier}.nuspec": nuspec(values),
         f"build/native/{identifier}.targets": from_template("package.targets", values),
         "readme.md": brand_package.brand_markdown((TEMPLATES / "readme.md").read_text("utf-8"), pairs).encode(),
         "icon.png": png_of_icon(icon),
     }
-    for pattern, folder in (("LICENSE", ""), ("*.spdx.json", ""), ("licenses/*", "licenses/"),
+    for pattern, folder in (("LICENSE", ""), ("product-services.*.json", ""), ("licenses/*", "licenses/"),
                             ("bin/ProductServicesGuard.dll", "runtimes/win-x64/native/"),
                             ("lib/ProductServicesGuard.lib", "build/native/lib/"),
                             ("tools/*.exe", "tools/"),
@@ -85,9 +91,12 @@ def main():
     parser.add_argument("output", type=pathlib.Path)
     for name in ("--sample", "--family", "--icon"):
         parser.add_argument(name, type=pathlib.Path, required=True)
+    parser.add_argument("--commit", default="")
     options = parser.parse_args()
     sample, family = map(brand_package.read_family, (options.sample, options.family))
-    values = {"ID": family["package_id"], "VERSION": read_version(options.package), "AUTHORS": family["maker"]}
+    values = {"ID": family["package_id"], "VERSION": read_version(options.package), "AUTHORS": family["maker"],
+              "WEBSITE": family.get("website", ""), "REPOSITORY": family.get("repository", ""),
+              "COMMIT": options.commit}
     files = contents(options.package, values, brand_package.replacements(sample, family), options.icon)
     archive = options.output / f"{values['ID']}.{values['VERSION']}.nupkg"
     parts = [("_rels/.rels", RELATIONSHIPS.format(f"{values['ID']}.nuspec")),

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Writes what a package is made of, as SPDX 2.3: this project at its commit, and what is linked into the DLLs.
+"""Writes what a package is made of, as SPDX 2.3 and as CycloneDX 1.6, into the folder of the unpacked package: this
+project at its commit, and what is linked in.
 
-    SOURCE_DATE_EPOCH=SECONDS make_sbom.py OUTPUT --family JSON --version VERSION --commit COMMIT --deps build/deps
+    SOURCE_DATE_EPOCH=SECONDS make_sbom.py FOLDER --family JSON --version VERSION --commit COMMIT --deps build/deps
 
 libcurl is told from what setup.sh recorded when it fetched the source, the rest from dpkg and apt."""
 
@@ -10,18 +11,22 @@ import datetime
 import json
 import os
 import pathlib
+import platform
 import re
 import subprocess
 import sys
 import urllib.parse
 import uuid
 
+import cyclonedx
+
 MINGW_LICENSE = "LicenseRef-mingw-w64"
-# Debian's packages, with the licence of what ends up in the DLLs.
+# The distribution's packages, with the licence of what ends up in the DLLs and the tool.
 PACKAGES = {
     "nlohmann-json3-dev": "MIT",
     "gcc-mingw-w64-x86-64-posix-runtime": "GPL-3.0-or-later WITH GCC-exception-3.1",
     "mingw-w64-x86-64-dev": MINGW_LICENSE,
+    "libcli11-dev": "BSD-3-Clause",
 }
 
 
@@ -38,21 +43,33 @@ def package_of(name, version, license_name, checksum="", **more):
     return package
 
 
-def debian_name(kind, name, version):
-    """A purl, by which scanners find what is known about a package."""
-    locator = f"pkg:deb/debian/{name}@{urllib.parse.quote(version)}?arch={kind}"
-    return [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl", "referenceLocator": locator}]
+def distribution():
+    """Debian or Ubuntu, whose packages its derivatives use, too."""
+    system = platform.freedesktop_os_release()
+    for name in (system["ID"], *system.get("ID_LIKE", "").split()):
+        if name in ("debian", "ubuntu"):
+            return name.capitalize()
+    sys.exit(f"make_sbom.py: {system['NAME']} is neither Debian nor Ubuntu, nor made of their packages.")
 
 
-def curl(record):
-    """The record has the version, then the files of the source, as sha256sum writes them."""
-    version, *lines = record.read_text("utf-8").splitlines()
-    files = [line.split() for line in lines]
+def distributed(kind, name, version):
+    """Who supplies a package, and a purl, by which scanners find what is known about it."""
+    locator = f"pkg:deb/{distribution().lower()}/{name}@{urllib.parse.quote(version)}?arch={kind}"
+    return {"supplier": f"Organization: {distribution()}", "externalRefs": [
+        {"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl", "referenceLocator": locator}]}
+
+
+def read_curl_record(path):
+    """The version, and the files of the source with their SHA-256 values, as sha256sum writes them."""
+    version, *lines = path.read_text("utf-8").splitlines()
+    return version, [line.split() for line in lines]
+
+
+def curl(version, files):
     checksum = next(value for value, name in files if name.endswith(".dsc"))
     told = ", ".join(f"{name} (SHA256 {value})" for value, name in files)
-    return package_of("curl", version, "curl", checksum, supplier="Organization: Debian",
-                      sourceInfo=f"built by setup.sh from Debian's source, with the patches in its debian.tar: {told}",
-                      externalRefs=debian_name("source", "curl", version))
+    source = f"built by setup.sh from {distribution()}'s source, with the patches in its debian.tar: {told}"
+    return package_of("curl", version, "curl", checksum, sourceInfo=source, **distributed("source", "curl", version))
 
 
 def debian_package(name, license_name):
@@ -62,17 +79,16 @@ def debian_package(name, license_name):
     source = ask("dpkg-query", "-W", "-f=${source:Package} ${source:Version}", name)
     # apt may have forgotten a version that is still installed.
     checksum = re.search(r"(?m)^SHA256: (\w+)", ask("apt-cache", "show", f"{name}={version}"))
-    return package_of(name, version, license_name, checksum[1] if checksum else "", supplier="Organization: Debian",
-                      sourceInfo=f"Debian's package, from its source {source}",
-                      externalRefs=debian_name("all", name, version))
+    return package_of(name, version, license_name, checksum[1] if checksum else "",
+                      sourceInfo=f"{distribution()}'s package, from its source {source}",
+                      **distributed("all", name, version))
 
 
-def document_of(options):
-    family = json.loads(options.family.read_text("utf-8-sig"))
+def document_of(options, family, curl_record):
     maker = f"Organization: {family['maker']}"
     own = package_of("ProductServices", options.version, "MIT", supplier=maker,
                      sourceInfo=f"commit {options.commit or 'unknown'}")
-    used = [curl(options.deps / "x86_64-w64-mingw32/source.txt"),
+    used = [curl(*curl_record),
             *(debian_package(name, license_name) for name, license_name in PACKAGES.items())]
     created = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
     relations = [("SPDXRef-DOCUMENT", "DESCRIBES", own), *((own["SPDXID"], "STATIC_LINK", package) for package in used)]
@@ -95,14 +111,19 @@ def document_of(options):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("output", type=pathlib.Path)
+    parser.add_argument("folder", type=pathlib.Path)
     parser.add_argument("--version", required=True)
     parser.add_argument("--commit", required=True)
     for name in ("--family", "--deps"):
         parser.add_argument(name, type=pathlib.Path, required=True)
     options = parser.parse_args()
-    text = json.dumps(document_of(options), ensure_ascii=False, indent=2)
-    options.output.write_text(text + "\n", "utf-8")
+    family = json.loads(options.family.read_text("utf-8-sig"))
+    curl_record = read_curl_record(options.deps / "x86_64-w64-mingw32/source.txt")
+    spdx = document_of(options, family, curl_record)
+    cdx = cyclonedx.document_of(spdx, options.folder, family, options.commit, curl_record[1])
+    for kind, document in (("spdx", spdx), ("cdx", cdx)):
+        text = json.dumps(document, ensure_ascii=False, indent=2)
+        (options.folder / f"product-services.{kind}.json").write_text(text + "\n", "utf-8")
 
 
 if __name__ == "__main__":

@@ -17,6 +17,7 @@ import urllib.parse
 
 STRINGS = "maker", "package_id", "product", "service_base_address", "record_registry_path"
 MEMBERS = *STRINGS, "known_api_keys"
+OPTIONAL_URLS = "website", "repository"
 KEY_COUNT = 6
 EXAMPLE = "example: https://updates.example.com"
 TEMPLATES = pathlib.Path(__file__).parent / "family"
@@ -112,7 +113,7 @@ def check_service_base_address(address, allow_http):
 def check(family, allow_http):
     expected = ", ".join(MEMBERS)
     for name in family:
-        if name not in MEMBERS:
+        if name not in (*MEMBERS, *OPTIONAL_URLS):
             raise FamilyError(f'unknown member "{name}"; expected {expected}.')
     for name in MEMBERS:
         if name not in family:
@@ -120,6 +121,10 @@ def check(family, allow_http):
     for name in STRINGS:
         check_string(name, family[name])
     check_keys(family["known_api_keys"])
+    for name in set(OPTIONAL_URLS) & set(family):
+        check_string(name, family[name])
+        if not re.fullmatch(r"https://\w[\w.~:/?#@!$&()*+,;=%\[\]-]*", family[name], re.ASCII):
+            raise FamilyError(f"{name} must be an https URL without blanks, quotes and umlauts.")
     if not re.fullmatch(r"[A-Za-z0-9]+([.-][A-Za-z0-9]+)*", family["package_id"]):
         raise FamilyError("package_id must consist of letters and digits with single dots or dashes between them.")
     check_service_base_address(family["service_base_address"], allow_http)

@@ -1,5 +1,6 @@
 """Makes the package for host developers, unpacks it, and builds and runs hosts against it alone."""
 
+import hashlib
 import json
 import os
 import re
@@ -70,7 +71,7 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
     named = {os.path.normpath("build/native/" + name.replace("\\", "/").replace("**/*", "DE/Vemo_DE"))
              for name in re.findall(r'\$\(MSBuildThisFileDirectory\)([^;"<]+\.\w+)', targets)}
     assert len(named) == 3, "one DLL, its import library, and the language files"
-    others = {"LICENSE", "licenses/curl.txt", "readme.md", "icon.png", "product-services.spdx.json",
+    others = {"LICENSE", "licenses/curl.txt", "readme.md", "icon.png", "product-services.cdx.json",
               "[Content_Types].xml", "_rels/.rels"}
     assert named | others < files
     assert not [name for name in files if name.endswith((".pdb", ".debug"))]
@@ -97,14 +98,24 @@ def test_an_archive_tells_nothing_of_when_and_where_it_was_made(package, kind):
 
 def test_its_list_of_parts_is_what_debian_says(package):
     parts = {part["name"]: part for part in json.loads(read(package / "product-services.spdx.json"))["packages"]}
-    for name in ("nlohmann-json3-dev", "gcc-mingw-w64-x86-64-posix-runtime", "mingw-w64-x86-64-dev"):
+    for name in ("nlohmann-json3-dev", "gcc-mingw-w64-x86-64-posix-runtime", "mingw-w64-x86-64-dev", "libcli11-dev"):
         assert parts[name]["versionInfo"] == run("dpkg-query", "-W", "-f=${Version}", name)[1]
     curl = read(REPOSITORY / "build/deps/x86_64-w64-mingw32/include/curl/curlver.h")
     upstream = re.search(r'#define LIBCURL_VERSION "(.*)"', curl)[1]
-    assert re.fullmatch(rf"{re.escape(upstream)}-\d+(\+deb\d+u\d+)?", parts["curl"]["versionInfo"])
+    assert re.fullmatch(rf"{re.escape(upstream)}-[\w.+~]+", parts["curl"]["versionInfo"])
     assert len(parts["curl"]["checksums"][0]["checksumValue"]) == 64
     commit = run("git", "-C", REPOSITORY, "log", "-1", "--format=commit %H")[1].strip()
     assert parts["ProductServices"]["sourceInfo"] == commit
+
+
+def test_its_second_list_tells_auditors_the_files_and_what_is_in_each(package):
+    document = json.loads(read(package / "product-services.cdx.json"))
+    parts = {part["bom-ref"]: part for part in document["components"]}
+    programs = {path.name: hashlib.sha512(path.read_bytes()).hexdigest()
+                for path in package.rglob("*") if path.suffix in (".dll", ".exe")}
+    assert {name: part["hashes"][0]["content"] for name, part in parts.items() if "hashes" in part} == programs
+    uses = {entry["ref"]: entry["dependsOn"] for entry in document["dependencies"]}
+    assert uses.keys() == {"ProductServices", *parts} == {"ProductServices", *sum(uses.values(), [])}
 
 
 @pytest.mark.parametrize("name", ["ProductServices", "ProductServicesGuard"])
@@ -187,7 +198,9 @@ def test_another_makers_nuget_package_names_the_maker(strange_kit, tmp_path):
     with zipfile.ZipFile(next(tmp_path.glob("Mue-Kit.3.1.*.nupkg"))) as archive:
         assert r'L"M\u00f6bel \"3\"; [c]' in archive.read("readme.md").decode()
         metadata = xml.etree.ElementTree.fromstring(archive.read("Mue-Kit.3.nuspec"))[0]
-    assert (metadata[0].text, metadata[2].text) == ("Mue-Kit.3", STRANGE["maker"])
+    values = {element.tag.partition("}")[2]: element.text or element.attrib for element in metadata}
+    assert values.items() > {"id": "Mue-Kit.3", "authors": STRANGE["maker"], "projectUrl": STRANGE["website"],
+                             "repository": {"type": "git", "url": STRANGE["repository"]}}.items()
 
 
 def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_kit, build, wine, request):
