@@ -37,7 +37,7 @@ function(finish_family_library target name resource_script header_dir picture_di
     if(MINGW)
         target_sources(${target} PRIVATE
             "${PROJECT_SOURCE_DIR}/compat/mfc/dll_main.cpp"
-            "${PROJECT_SOURCE_DIR}/compat/mingw/runtime.cpp")
+            "${PROJECT_SOURCE_DIR}/compat/mingw/libstdcxx_overrides.cpp")
         separate_debug_symbols(${target})
     else()
         # MFC activates a DLL's own manifest for its windows.

@@ -2,7 +2,7 @@
 
 namespace {
 
-// The one application object that MFC asks of a DLL. It does nothing: the first call sets everything up.
+// MFC requires one application object in a DLL. It does nothing, because the first call sets everything up.
 CWinApp application;
 
 } // namespace

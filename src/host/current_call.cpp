@@ -9,7 +9,7 @@ HostContext* CurrentHostContext = nullptr;
 TextTable* CurrentTextTable = nullptr;
 constinit CallEnvironment* CurrentEnvironment = &DefaultEnvironment;
 
-std::wstring HostText(const wchar_t* text)
+std::wstring TextOrEmpty(const wchar_t* text)
 {
     return text ? text : std::wstring();
 }

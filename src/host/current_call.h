@@ -10,18 +10,18 @@ namespace product_services {
 class CallEnvironment;
 class TextTable;
 
-/// The host's structure and the texts of the call in progress, which everything that runs during a call
-/// reads. Set by every call and never cleared: between calls they are those of the last one.
+/// The host's structure and the texts of the call in progress. Every call sets them and none clears them, so
+/// between calls they are those of the last call.
 extern HostContext* CurrentHostContext;
 extern TextTable* CurrentTextTable;
 
-/// The environment of the call in progress; between calls that of the exports. Never null.
+/// The environment of the call in progress; between calls, `DefaultEnvironment`. Never null.
 extern CallEnvironment* CurrentEnvironment;
 
-/// A text of the host's structure; empty for a null one.
-std::wstring HostText(const wchar_t* text);
+/// Returns a text of the host's structure, or an empty text for a null pointer.
+std::wstring TextOrEmpty(const wchar_t* text);
 
-/// The text of `id` in `CurrentTextTable`.
+/// Returns the text of `id` in `CurrentTextTable`.
 std::wstring CurrentText(std::int32_t id);
 
 } // namespace product_services

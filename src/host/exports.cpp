@@ -5,7 +5,8 @@
 
 using namespace product_services;
 
-// The two exports. Exceptions leave them on purpose; the frame puts the module state back on their way out.
+// The two exports. Exceptions deliberately propagate to the host; HostCallScope still restores the module
+// state.
 
 void CheckForUpdates(HostContext* context)
 {

@@ -24,7 +24,7 @@ HostCallScope::HostCallScope(HostContext* context, CallEnvironment& environment)
     CurrentEnvironment = &environment;
     const std::wstring languageCode = LanguageCodeFromId(context->languageId);
     CurrentTextTable = &GetTextTable(languageCode);
-    m_record = &SelectProductRecord(HostText(context->productName), HostText(context->productVersion));
+    m_record = &SelectProductRecord(TextOrEmpty(context->productName), TextOrEmpty(context->productVersion));
 }
 
 HostCallScope::~HostCallScope()
@@ -43,7 +43,7 @@ bool HostCallScope::RequireRecord()
 
 ProductRecord& SelectProductRecord(const std::wstring& productName, const std::wstring& productVersion)
 {
-    // Deliberate: the first caller's product stays for the life of the process, one without a record too.
+    // Deliberate: the first caller's product stays for the life of the process, even if it has no record.
     if (!processRecord) {
         processRecord.emplace(FindProductRecord(productName, productVersion));
     }
@@ -56,7 +56,7 @@ bool LoadProductRecord(ProductRecord& record)
         if (record.Load()) {
             return true;
         }
-        // Deliberate: after the last failure too, so that an absent record costs 750 ms.
+        // Deliberate: it also sleeps after the last failure, so a missing record costs 750 ms.
         Sleep(PauseAfterFailureMs);
     }
     return false;

@@ -10,12 +10,12 @@
 
 namespace product_services {
 
-/// The frame of an exported call, on its stack: while it lives, dialogs and pictures come from this library
-/// and not from the host, whatever way the call ends.
+/// The frame of a call, created on its stack. During its lifetime, MFC loads dialogs and pictures from this
+/// library instead of from the host. The previous state is restored even if an exception is thrown.
 class HostCallScope
 {
 public:
-    /// Makes the structure and the environment the current ones, and chooses the texts and the stored product
+    /// Makes the structure and the environment the current ones, and selects the texts and the product
     /// record.
     explicit HostCallScope(HostContext* context, CallEnvironment& environment = DefaultEnvironment);
     ~HostCallScope();
@@ -23,7 +23,7 @@ public:
     HostCallScope(const HostCallScope&) = delete;
     HostCallScope& operator=(const HostCallScope&) = delete;
 
-    /// Reads the stored record anew. Where it is absent, reports 950 after 750 ms and returns false.
+    /// Reads the stored record again. If there is none, reports 950 after 750 ms and returns false.
     bool RequireRecord();
 
     const ProductRecord& Record() const { return *m_record; }
@@ -33,12 +33,12 @@ private:
     ProductRecord* m_record;
 };
 
-/// The record of this process. The first call chooses its product; later calls get the same record, whatever
-/// product they name. Owned by the library.
+/// Returns the record of this process, which the library owns. The first call chooses the product; later
+/// calls get the same record, whatever product they name.
 ProductRecord& SelectProductRecord(const std::wstring& productName, const std::wstring& productVersion);
 
-/// Reads the record anew, up to five times with a pause of 150 ms after every failed attempt; false where all
-/// have failed.
+/// Reads the record again, in up to five attempts with a pause of 150 ms after each that fails. Returns false
+/// if all have failed.
 bool LoadProductRecord(ProductRecord& record);
 
 } // namespace product_services

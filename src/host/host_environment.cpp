@@ -11,7 +11,7 @@ namespace product_services {
 
 constinit HostEnvironment DefaultEnvironment;
 
-// Deliberate: the text is copied without a bound. A null buffer gets none.
+// Deliberate: the text is copied without a length check. Nothing is copied if the buffer is null.
 void HostEnvironment::WriteResult(std::uint32_t resultCode, const std::wstring& text)
 {
     CurrentHostContext->resultCode = resultCode;
@@ -20,10 +20,10 @@ void HostEnvironment::WriteResult(std::uint32_t resultCode, const std::wstring& 
     }
 }
 
-// Deliberate: the error icon, for the good news of id 74 too.
+// Deliberate: every message box has the error icon, even the one for good news (id 74).
 void HostEnvironment::ShowMessage(TextId id)
 {
-    const std::wstring caption = HostText(CurrentHostContext->productName);
+    const std::wstring caption = TextOrEmpty(CurrentHostContext->productName);
     MessageBoxW(nullptr, CurrentText(id).c_str(), caption.c_str(), MB_OK | MB_ICONERROR);
 }
 

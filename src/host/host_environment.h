@@ -4,8 +4,8 @@
 
 namespace product_services {
 
-/// The environment of the two exports: the host's structure, message boxes, the shell, and a transfer with
-/// nothing but the transport's own options.
+/// The environment of the two exports. It writes into the host's structure, shows message boxes, opens URLs
+/// through the shell, and adds no options to a transfer.
 class HostEnvironment : public CallEnvironment
 {
 public:

@@ -9,7 +9,7 @@
 namespace product_services {
 namespace {
 
-std::optional<TextId> MessageId(std::uint32_t code)
+std::optional<TextId> MessageTextId(std::uint32_t code)
 {
     switch (code) {
     case PRODUCT_SERVICES_REFUSED:
@@ -42,7 +42,7 @@ void ReportResult(std::uint32_t code)
     if (code == PRODUCT_SERVICES_SUCCESS) {
         return;
     }
-    const std::optional<TextId> id = MessageId(code);
+    const std::optional<TextId> id = MessageTextId(code);
     CurrentEnvironment->WriteResult(code, id ? CurrentText(*id) : std::wstring());
 }
 

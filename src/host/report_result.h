@@ -4,8 +4,8 @@
 
 namespace product_services {
 
-/// Writes `code` and its message into the host's record; an unknown code has an empty message. Does nothing
-/// for 200, whose text is no message: a call that succeeds writes its own result.
+/// Reports `code` with its message to the host. The message of an unknown code is empty. Does nothing for
+/// 200, because a successful update check writes its own result, with a URL instead of a message.
 void ReportResult(std::uint32_t code);
 
 } // namespace product_services

@@ -2,7 +2,8 @@
 
 #include "product_family.h"
 
-// The only place that reads the family's header, which the build makes from the maker's product_family.json.
+// The only file that includes the family's header, which the build generates from the maker's
+// product_family.json.
 namespace product_services {
 
 using product_family::KnownApiKeys;

@@ -2,7 +2,7 @@
 
 namespace product_services {
 
-/// What the maker's product_family.json says. Texts and keys are never null.
+/// The values of the maker's product_family.json. No pointer is null.
 struct ProductFamily
 {
     const wchar_t* packageId;

@@ -13,29 +13,29 @@ namespace {
 
 constexpr wchar_t HashPrefix[] = L"ProductServices machine identifier\n";
 
-// Kept, since the computer stays the same.
+// Computed once, because it does not change.
 std::wstring identifier;
 
 using Sha256Digest = std::array<unsigned char, 32>;
 
-std::wstring ComputerName()
+std::wstring QueryComputerName()
 {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
     return GetComputerNameW(name, &length) ? std::wstring(name, length) : std::wstring();
 }
 
-std::wstring MachineName()
+std::wstring MachineGuidOrName()
 {
     if (const RegistryKey key = OpenRegistryKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography")) {
         if (const auto guid = ReadRegistryText(key.get(), L"MachineGuid"); guid && !guid->empty()) {
             return *guid;
         }
     }
-    return ComputerName();
+    return QueryComputerName();
 }
 
-bool Sha256(std::wstring text, Sha256Digest& digest)
+bool ComputeSha256(std::wstring text, Sha256Digest& digest)
 {
     BCRYPT_ALG_HANDLE algorithm = nullptr;
     if (BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0) < 0) {
@@ -48,7 +48,7 @@ bool Sha256(std::wstring text, Sha256Digest& digest)
     return status >= 0;
 }
 
-std::wstring Hexadecimal(const Sha256Digest& digest)
+std::wstring ToHex(const Sha256Digest& digest)
 {
     constexpr wchar_t Digits[] = L"0123456789abcdef";
     std::wstring text;
@@ -59,12 +59,12 @@ std::wstring Hexadecimal(const Sha256Digest& digest)
     return text;
 }
 
-// The package id keeps two makers from joining their data by the identifier.
+// The package id makes the identifier different for each maker, so that two makers cannot combine their data.
 std::wstring ComputeMachineIdentifier()
 {
-    const std::wstring text = std::wstring(HashPrefix) + Family.packageId + L'\n' + MachineName();
+    const std::wstring text = std::wstring(HashPrefix) + Family.packageId + L'\n' + MachineGuidOrName();
     Sha256Digest digest;
-    return Sha256(text, digest) ? Hexadecimal(digest) : std::wstring();
+    return ComputeSha256(text, digest) ? ToHex(digest) : std::wstring();
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 namespace product_services {
 namespace {
 
-bool CanNameOneKey(const std::wstring& name)
+bool IsValidKeyName(const std::wstring& name)
 {
     return !name.empty() && name.find(L'\\') == name.npos;
 }
@@ -17,7 +17,7 @@ bool CanNameOneKey(const std::wstring& name)
 
 ProductRecordLocation FindProductRecord(const std::wstring& productName, const std::wstring& productVersion)
 {
-    if (!CanNameOneKey(productName) || !CanNameOneKey(productVersion)) {
+    if (!IsValidKeyName(productName) || !IsValidKeyName(productVersion)) {
         return {};
     }
     const std::wstring path =

@@ -14,8 +14,8 @@ struct ProductRecordLocation
     bool IsEmpty() const { return path.empty(); }
 };
 
-/// Finds the record that the installer of a product wrote: <RecordRegistryPath>\<name>\<version>, for this
-/// user or else for the machine.
+/// Finds the record that the installer of a product wrote to <RecordRegistryPath>\<name>\<version>, in
+/// HKEY_CURRENT_USER or else in HKEY_LOCAL_MACHINE.
 ProductRecordLocation FindProductRecord(const std::wstring& productName, const std::wstring& productVersion);
 
 /// The stored record of the installed product: its key and installed version.
@@ -24,10 +24,10 @@ class ProductRecord
 public:
     explicit ProductRecord(ProductRecordLocation location);
 
-    /// Reads the members anew; false where the record is not there.
+    /// Reads the members again. Returns false if the record does not exist.
     bool Load();
 
-    /// The member as last loaded: "key" or "version". Empty where it is missing or no text.
+    /// Returns the member "key" or "version" as it was last loaded. Empty if it is missing or not REG_SZ.
     std::wstring Read(const std::wstring& member) const;
 
 private:

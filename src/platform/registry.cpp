@@ -6,8 +6,8 @@
 namespace product_services {
 namespace {
 
-// Room for the texts of a record: each question to the registry is a trip to another process under Wine.
-constexpr std::size_t UsualUnits = 256;
+// Long enough for the texts of a record in one query: under Wine, each query is a request to another process.
+constexpr std::size_t InitialBufferLength = 256;
 
 } // namespace
 
@@ -22,12 +22,12 @@ RegistryKey OpenRegistryKey(HKEY root, const std::wstring& path)
 
 std::optional<std::wstring> ReadRegistryText(HKEY key, const wchar_t* name)
 {
-    std::wstring text(UsualUnits, L'\0');
-    // A longer value asks for more room, and an installer may write a still longer one meanwhile.
+    std::wstring text(InitialBufferLength, L'\0');
+    // Grow the buffer until the value fits, since an installer may write a longer one in the meantime.
     LSTATUS status = ERROR_MORE_DATA;
     while (status == ERROR_MORE_DATA) {
         auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-        // A text with variables to be expanded is no text.
+        // REG_EXPAND_SZ is not accepted.
         status = RegGetValueW(key, nullptr, name, RRF_RT_REG_SZ | RRF_NOEXPAND, nullptr, text.data(), &bytes);
         if (status == ERROR_MORE_DATA) {
             text.resize((std::max)(2 * text.size(), bytes / sizeof(wchar_t) + 1));
@@ -36,7 +36,8 @@ std::optional<std::wstring> ReadRegistryText(HKEY key, const wchar_t* name)
     if (status != ERROR_SUCCESS) {
         return std::nullopt;
     }
-    // The text may end before its size, and of a value with an odd size no unit need be zero.
+    // The value may contain a NUL before its end, and a value of odd size may lack a complete terminating
+    // NUL.
     text.resize(std::wcslen(text.c_str()));
     return text;
 }

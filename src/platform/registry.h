@@ -8,16 +8,16 @@
 
 namespace product_services {
 
-struct CloseRegistryKey
+struct RegistryKeyDeleter
 {
     void operator()(HKEY key) const { RegCloseKey(key); }
 };
-using RegistryKey = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseRegistryKey>;
+using RegistryKey = std::unique_ptr<std::remove_pointer_t<HKEY>, RegistryKeyDeleter>;
 
-/// Opens a key for reading in the 64-bit view; null where there is none.
+/// Opens a key for reading in the 64-bit view. Null if it does not exist.
 RegistryKey OpenRegistryKey(HKEY root, const std::wstring& path);
 
-/// A text value as RegGetValueW gives it, always terminated; nothing where it is missing or no text.
+/// Reads a REG_SZ value up to its first NUL. Returns nullopt if the value is missing or has another type.
 std::optional<std::wstring> ReadRegistryText(HKEY key, const wchar_t* name);
 
 } // namespace product_services

@@ -9,7 +9,8 @@ struct CurlErrorText
     const wchar_t* text;
 };
 
-// Numbers, since libcurl's versions name the codes that it no longer returns differently.
+// The codes are numbers, because libcurl's versions use different names for codes that are no longer
+// returned.
 constexpr CurlErrorText CurlErrorTexts[]{
     // clang-format off
     {1, L"The URL you passed to libcurl used a protocol that this libcurl does not support."},

@@ -4,7 +4,7 @@
 
 namespace product_services {
 
-/// libcurl's own description of a result code; null for the codes without one.
+/// Returns libcurl's own description of a result code, or null if it has none.
 const wchar_t* FindCurlErrorText(CURLcode code);
 
 } // namespace product_services

@@ -4,7 +4,7 @@
 
 namespace product_services::endpoints {
 
-const std::wstring GetUpdates = std::wstring(Family.serviceBaseAddress) + L"/get_updates.php";
-const std::wstring Check = std::wstring(Family.serviceBaseAddress) + L"/check.php";
+const std::wstring GetUpdatesUrl = std::wstring(Family.serviceBaseAddress) + L"/get_updates.php";
+const std::wstring CheckUrl = std::wstring(Family.serviceBaseAddress) + L"/check.php";
 
 } // namespace product_services::endpoints

@@ -4,8 +4,8 @@
 
 namespace product_services::endpoints {
 
-/// Addresses of the product service, built when the library is loaded.
-extern const std::wstring GetUpdates;
-extern const std::wstring Check;
+/// URLs of the product service, composed when the library is loaded.
+extern const std::wstring GetUpdatesUrl;
+extern const std::wstring CheckUrl;
 
 } // namespace product_services::endpoints

@@ -1,4 +1,4 @@
-// curl_formfree is called on purpose, though libcurl has deprecated it.
+// curl_formfree is called deliberately, although libcurl has deprecated it.
 #define CURL_DISABLE_DEPRECATION
 
 #include "service/service_client.h"
@@ -15,20 +15,22 @@
 namespace product_services::ServiceClient {
 namespace {
 
-// One for the process: emptied by every post, filled by ReceiveReplyChunk or with a failure document.
+// The reply buffer of the process. Every post clears it; then ReceiveReplyChunk or a failure document fills
+// it.
 std::string replyBuffer;
 
 // {"status":0,"error":"Failed to connect() to host or proxy."}
-std::string FailureDocument(CURLcode code)
+std::string MakeFailureDocument(CURLcode code)
 {
     std::wstring document;
     document = L"{\"status\":0,\"error\":\"";
     if (const wchar_t* text = FindCurlErrorText(code)) {
         if (code == CURLE_HTTP_POST_ERROR) {
-            // Deliberate: this code's text replaces what stands before it, so the document is no JSON.
+            // Deliberate: the text of this code replaces the beginning, so the document is not valid JSON.
             document = text;
         } else {
-            // Deliberate: not escaped, so that texts with a quotation mark in them make no JSON either.
+            // Deliberate: the text is not escaped, so a text with quotation marks does not result in JSON
+            // either.
             document += text;
         }
     }
@@ -36,10 +38,10 @@ std::string FailureDocument(CURLcode code)
     return ToUtf8(document);
 }
 
-void Transfer(CURL* handle, const std::string& address, const std::string& body)
+void PerformTransfer(CURL* handle, const std::string& address, const std::string& body)
 {
-    // Deliberate: nothing else is set here. No timeout, no redirects, and the text of an HTTP error is a
-    // reply.
+    // Deliberate: nothing else is set here. There is no timeout, redirects are not followed, and the body of
+    // an HTTP error is a reply like any other.
     curl_easy_setopt(handle, CURLOPT_URL, address.c_str());
     curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, ReceiveReplyChunk);
@@ -48,7 +50,7 @@ void Transfer(CURL* handle, const std::string& address, const std::string& body)
     const CURLcode result = curl_easy_perform(handle);
     CurrentEnvironment->OnTransferDone(handle, result, replyBuffer);
     if (result != CURLE_OK) {
-        replyBuffer = FailureDocument(result);
+        replyBuffer = MakeFailureDocument(result);
     }
 }
 
@@ -61,16 +63,16 @@ std::string Post(std::string body, std::wstring url)
     replyBuffer.clear();
     curl_global_init(CURL_GLOBAL_ALL);
     CURL* handle = curl_easy_init();
-    // Deliberate: the list is made but never attached, so libcurl's own headers go out.
+    // Deliberate: the list is created but never attached, so libcurl sends its own headers.
     curl_slist* headers = curl_slist_append(nullptr, "Expect:");
-    // Deliberate: without a handle nothing is released, the list included.
+    // Deliberate: without a handle nothing is released, not even the list.
     if (handle) {
-        Transfer(handle, address, body);
+        PerformTransfer(handle, address, body);
         curl_easy_cleanup(handle);
         curl_formfree(nullptr);
         curl_slist_free_all(headers);
     }
-    // Deliberate: the arrow comes back when the window system next sets the cursor, not here.
+    // Deliberate: the arrow is not restored here, but only when Windows next sets the cursor.
     CurrentEnvironment->ShowWaitCursor();
     return replyBuffer;
 }
@@ -78,7 +80,7 @@ std::string Post(std::string body, std::wstring url)
 bool IsServiceReachable()
 {
     try {
-        return ToWide(Post("", endpoints::Check)) == L"1";
+        return ToWide(Post("", endpoints::CheckUrl)) == L"1";
     } catch (const std::range_error&) {
         return false;
     }
@@ -87,7 +89,7 @@ bool IsServiceReachable()
 std::size_t ReceiveReplyChunk(const char* data, std::size_t size, std::size_t count, void*)
 {
     const std::size_t bytes = size * count;
-    // Deliberate: each piece replaces the one before it; of a reply in pieces the last one stays.
+    // Deliberate: each chunk replaces the previous one, so only the last chunk of a reply is kept.
     replyBuffer.assign(data, bytes);
     return bytes;
 }

@@ -5,7 +5,7 @@
 namespace product_services {
 namespace {
 
-std::wstring ReadText(ServiceReply& element, const char* member)
+std::wstring ReadString(ServiceReply& element, const char* member)
 {
     return ToWide(element[member].get<std::string>());
 }
@@ -28,13 +28,13 @@ std::optional<std::int32_t> ReadStatus(const ServiceReply& reply)
 
 UpgradeOffer ReadOffer(ServiceReply& reply, std::size_t index)
 {
-    // Deliberate: the inserting operators, so that what is missing is null and raises type error 302 as a
-    // text.
+    // Deliberate: operator[] inserts what is missing as null, which then raises type error 302 because it is
+    // not a string.
     ServiceReply& element = reply[index];
     UpgradeOffer offer;
-    offer.name = ReadText(element, "name");
-    offer.version = ReadText(element, "version");
-    offer.url = ReadText(element, "url");
+    offer.name = ReadString(element, "name");
+    offer.version = ReadString(element, "version");
+    offer.url = ReadString(element, "url");
     return offer;
 }
 

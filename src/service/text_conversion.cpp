@@ -7,15 +7,15 @@
 namespace product_services {
 namespace {
 
-bool IsHalfAPair(wchar_t unit)
+bool IsSurrogate(wchar_t unit)
 {
     return unit >= 0xD800 && unit <= 0xDFFF;
 }
 
-// A character outside the basic plane takes two units, which are not one character each.
-void RequireSingleUnits(const std::wstring& text)
+// A character outside the Basic Multilingual Plane is a surrogate pair, so it has more than one code unit.
+void RejectSurrogates(const std::wstring& text)
 {
-    if (std::any_of(text.begin(), text.end(), IsHalfAPair)) {
+    if (std::any_of(text.begin(), text.end(), IsSurrogate)) {
         throw std::range_error("bad conversion");
     }
 }
@@ -31,13 +31,13 @@ std::wstring ToWide(const std::string& utf8)
     }
     std::wstring wide(static_cast<std::size_t>(length), L'\0');
     MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), size, wide.data(), length);
-    RequireSingleUnits(wide);
+    RejectSurrogates(wide);
     return wide;
 }
 
 std::string ToUtf8(const std::wstring& wide)
 {
-    RequireSingleUnits(wide);
+    RejectSurrogates(wide);
     const int size = static_cast<int>(wide.size());
     const int length = WideCharToMultiByte(CP_UTF8, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
     std::string utf8(static_cast<std::size_t>(length), '\0');

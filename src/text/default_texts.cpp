@@ -26,7 +26,7 @@ constexpr DefaultText DefaultTexts[]{
     {text_ids::NoConnection, L"For upgrade center to appear, you need a stable internet connection!"},
     {text_ids::NoProductRecord, L"No data of the installed product was found."},
     {text_ids::LatestVersion, L"You are running the latest version"},
-    {text_ids::UnstableConnectionSpare, L"Unstable internet connection."},
+    {text_ids::UnstableConnectionUnused, L"Unstable internet connection."},
     {text_ids::UnstableConnection, L"Unstable internet connection."},
 };
 
@@ -34,7 +34,7 @@ constexpr DefaultText DefaultTexts[]{
 
 void FillDefaultTexts(TextTable& table)
 {
-    // Nothing shows a reserved text: they keep the lines of language files in place.
+    // Reserved texts are never shown. They keep the line numbers of language files stable.
     for (TextId id = 0; id < DefaultTextCount; ++id) {
         table.Set(id, L"(reserved " + std::to_wstring(id) + L")");
     }

@@ -30,7 +30,7 @@ std::wstring LanguageCodeFromId(std::int32_t languageId)
     case PRODUCT_SERVICES_LANGUAGE_ZH:
         return L"ZH";
     default:
-        // Deliberate: not "EN", so that an unknown language has a folder of its own.
+        // Deliberate: not "EN". Unknown languages have their own folder.
         return L"US";
     }
 }

@@ -5,8 +5,8 @@
 
 namespace product_services {
 
-/// The two-letter code of a host's language id; "US", which is not English "EN", for an id without a
-/// language.
+/// Returns the two-letter code of a language id. Unknown ids map to "US", which is not the code of English
+/// ("EN").
 std::wstring LanguageCodeFromId(std::int32_t languageId);
 
 } // namespace product_services

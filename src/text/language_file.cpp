@@ -11,14 +11,14 @@
 namespace product_services {
 namespace {
 
-struct CloseFile
+struct FileDeleter
 {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
-using File = std::unique_ptr<std::FILE, CloseFile>;
+using File = std::unique_ptr<std::FILE, FileDeleter>;
 
-// Deliberate: the file is opened for writing too, though nothing is written. A file that the user may not
-// write to counts as absent.
+// Deliberate: the file is opened for reading and writing, although nothing is written, so a file that the
+// user may not write to is treated as missing.
 File OpenLanguageFile(const std::wstring& path)
 {
     return File(_wfsopen(path.c_str(), L"r+b", _SH_DENYNO));
@@ -34,7 +34,7 @@ std::string ReadAll(std::FILE* file)
     return bytes;
 }
 
-void FillFromLines(TextTable& table, std::wstring_view characters)
+void ParseLines(TextTable& table, std::wstring_view characters)
 {
     for (TextId id = 0;; ++id) {
         const std::size_t end = characters.find(L'\n');
@@ -62,7 +62,7 @@ void LoadLanguageFile(TextTable& table, const std::wstring& path)
         FillDefaultTexts(table);
         return;
     }
-    FillFromLines(table, DecodeUtf16(ReadAll(file.get())));
+    ParseLines(table, DecodeUtf16(ReadAll(file.get())));
 }
 
 } // namespace product_services

@@ -50,7 +50,7 @@ inline constexpr TextId NoProductRecord = 73;
 /// Any length: the message box grows with the text.
 inline constexpr TextId LatestVersion = 74;
 /// Not shown. In English it is the same text as `UnstableConnection`.
-inline constexpr TextId UnstableConnectionSpare = 75;
+inline constexpr TextId UnstableConnectionUnused = 75;
 /// Message for result code 0, which no call reports at present.
 /// Any length: the application decides where to show it.
 inline constexpr TextId UnstableConnection = 77;

@@ -49,8 +49,8 @@ TextTable& GetTextTable(std::wstring languageCode)
 
 std::wstring LookupText(TextTable& table, TextId id)
 {
-    // Deliberate: the bound is the number of entries, not the largest id; a negative id is a large number
-    // here.
+    // Deliberate: the id is compared with the number of entries, not with the largest id. A negative id
+    // becomes a large number.
     const std::uint64_t index = static_cast<std::uint32_t>(id);
     if (index >= table.m_texts.size()) {
         return {};

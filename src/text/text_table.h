@@ -8,13 +8,13 @@ namespace product_services {
 
 using TextId = std::int32_t;
 
-/// The texts that users see, by id: dense from 0 on, from a language file or built in.
+/// The texts that users see, by id. The ids are consecutive and start at 0.
 class TextTable
 {
 public:
     TextTable() = default;
 
-    /// The texts of the language file for `languageCode`, or the built-in ones where it cannot be opened.
+    /// Loads the language file for `languageCode`, or the built-in texts if it cannot be opened.
     explicit TextTable(const std::wstring& languageCode);
 
     void Set(TextId id, std::wstring text);
@@ -26,10 +26,12 @@ private:
     std::map<TextId, std::wstring> m_texts;
 };
 
-/// The table of this process, built by the first call for its `languageCode`; later calls get the same table.
+/// Returns the table of this process. The first call creates it for `languageCode`; later calls get the same
+/// table, whatever language they name.
 TextTable& GetTextTable(std::wstring languageCode);
 
-/// A copy of the text of `id`, empty where the table has none. May add an empty entry to a table with gaps.
+/// Returns a copy of the text of `id`, which is empty if the table has no such text. May add an empty entry
+/// to a table with gaps.
 std::wstring LookupText(TextTable& table, TextId id);
 
 } // namespace product_services

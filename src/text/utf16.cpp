@@ -15,7 +15,7 @@ bool IsLowSurrogate(wchar_t unit)
 
 } // namespace
 
-// The standard library's decoder for UTF-16 refuses every surrogate pair where wchar_t has 16 bits.
+// The standard library's UTF-16 decoder rejects all surrogate pairs if wchar_t has 16 bits.
 std::wstring DecodeUtf16(std::string_view bytes)
 {
     std::wstring characters;

@@ -5,8 +5,8 @@
 
 namespace product_services {
 
-/// The characters of UTF-16 little-endian `bytes` up to the first damage: half a code unit or half a
-/// surrogate pair. A byte-order mark is a character like any other.
+/// Decodes UTF-16 little-endian up to the first incomplete code unit or unpaired surrogate. A byte-order mark
+/// is treated like any other character.
 std::wstring DecodeUtf16(std::string_view bytes);
 
 } // namespace product_services

@@ -11,15 +11,15 @@ namespace product_services {
 namespace {
 
 // In the order of KnownApiKeys. Deliberate: three product lines share one picture.
-constexpr int KnownBackgrounds[]{IDB_BACKGROUND_332, IDB_BACKGROUND_333,  IDB_BACKGROUND_333,
-                                 IDB_BACKGROUND_333, IDB_BACKGROUND_1077, IDB_BACKGROUND_335};
-static_assert(std::size(KnownBackgrounds) == std::size(Family.knownApiKeys));
+constexpr int BackgroundsByKnownKey[]{IDB_BACKGROUND_332, IDB_BACKGROUND_333,  IDB_BACKGROUND_333,
+                                      IDB_BACKGROUND_333, IDB_BACKGROUND_1077, IDB_BACKGROUND_335};
+static_assert(std::size(BackgroundsByKnownKey) == std::size(Family.knownApiKeys));
 
 int BackgroundId(const std::wstring& apiKey)
 {
-    for (std::size_t i = 0; i < std::size(KnownBackgrounds); ++i) {
+    for (std::size_t i = 0; i < std::size(BackgroundsByKnownKey); ++i) {
         if (apiKey == Family.knownApiKeys[i]) {
-            return KnownBackgrounds[i];
+            return BackgroundsByKnownKey[i];
         }
     }
     return IDB_BACKGROUND_343;

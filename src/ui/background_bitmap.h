@@ -5,8 +5,8 @@
 
 namespace product_services {
 
-/// The background picture of the product line that `apiKey` belongs to; null for an empty key and where the
-/// picture cannot be loaded. The caller owns the picture.
+/// Returns the background picture of the product line that `apiKey` belongs to. Null if the key is empty or
+/// the picture cannot be loaded. The caller owns the picture.
 HBITMAP BackgroundBitmapForProduct(const std::wstring& apiKey);
 
 } // namespace product_services

@@ -14,12 +14,12 @@ std::wstring ApplyDialogLook(CDialogEx& dialog, TextId titleId)
 {
     dialog.SetIcon(AfxGetApp()->LoadIcon(IDI_LIBRARY), TRUE);
 
-    std::wstring title = HostText(CurrentHostContext->productName) + L" - " + CurrentText(titleId);
+    std::wstring title = TextOrEmpty(CurrentHostContext->productName) + L" - " + CurrentText(titleId);
     dialog.SetWindowText(title.c_str());
 
     dialog.ModifyStyleEx(0, WS_EX_APPWINDOW);
 
-    if (HBITMAP picture = BackgroundBitmapForProduct(HostText(CurrentHostContext->apiKey))) {
+    if (HBITMAP picture = BackgroundBitmapForProduct(TextOrEmpty(CurrentHostContext->apiKey))) {
         dialog.SetBackgroundImage(picture, CDialogEx::BACKGR_TOPLEFT, TRUE, TRUE);
     }
     return title;

@@ -8,8 +8,8 @@ class CDialogEx;
 
 namespace product_services {
 
-/// The look that the library's dialogs share: icon, title, taskbar button and background picture. Called by a
-/// dialog in its OnInitDialog, after the base class's. Returns the title, "<caption> - <text of titleId>".
+/// Sets the icon, title, taskbar button and background picture that the library's dialogs share. A dialog
+/// calls it in OnInitDialog, after the base class. Returns the title, "<caption> - <text of titleId>".
 std::wstring ApplyDialogLook(CDialogEx& dialog, TextId titleId);
 
 } // namespace product_services

@@ -5,7 +5,7 @@
 #define IDC_UPGRADE_HEADING 1021
 #define IDC_UPGRADE_OFFERS 1031
 
-// Goes where the cancel button goes. Nothing sends it; it is part of every dialog all the same.
+// Handled like the cancel button. Every dialog has it, although nothing sends it.
 #define ID_DIALOG_EXIT 16
 
 #define IDI_LIBRARY 340

@@ -4,9 +4,9 @@ namespace product_services {
 
 class HostCallScope;
 
-/// Asks the service for a newer release. Reports 200 and the download address of the first offer, or tells
-/// the user that there is none; reports 950 without a stored record. Throws the JSON library's errors on a
-/// malformed reply.
+/// Asks the service for a newer release. Reports 200 with the download address of the first offer, or shows
+/// the user a message if there is none. Reports 950 if there is no product record. Throws the JSON library's
+/// exceptions if the reply is malformed.
 void RunUpdateCheck(HostCallScope& call);
 
 } // namespace product_services

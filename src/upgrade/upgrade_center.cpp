@@ -5,13 +5,13 @@
 #include "host/current_call.h"
 #include "host/report_result.h"
 #include "service/service_client.h"
-#include "upgrade/product_upgrade.h"
+#include "upgrade/product_upgrade_dialog.h"
 
 namespace product_services {
 
 void RunUpgradeCenter(HostCallScope& call)
 {
-    // Deliberate: the probe runs, and takes its time, before it is known whether there is a record.
+    // Deliberate: the probe runs before the record is looked for.
     const bool isReachable = ServiceClient::IsServiceReachable();
     if (!call.RequireRecord()) {
         return;
@@ -20,7 +20,7 @@ void RunUpgradeCenter(HostCallScope& call)
         ReportResult(PRODUCT_SERVICES_NO_CONNECTION);
         return;
     }
-    ProductUpgrade dialog(HostText(CurrentHostContext->productName), call.Record());
+    ProductUpgrade dialog(TextOrEmpty(CurrentHostContext->productName), call.Record());
     dialog.DoModal();
 }
 

@@ -4,8 +4,9 @@ namespace product_services {
 
 class HostCallScope;
 
-/// Shows the offers of the service and opens the chosen one's purchase address; reports 940 where the service
-/// is not reachable and 950 without a stored record. Throws the JSON library's errors on a malformed reply.
+/// Shows the service's offers and opens the purchase address of the chosen one. Reports 940 if the service
+/// cannot be reached, and 950 if there is no product record. Throws the JSON library's exceptions if a reply
+/// is malformed.
 void RunUpgradeCenter(HostCallScope& call);
 
 } // namespace product_services

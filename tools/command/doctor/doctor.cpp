@@ -7,8 +7,8 @@
 #include "guarded_call.h"
 #include "platform/family.h"
 #include "platform/product_record.h"
+#include "service/request_updates.h"
 #include "service/service_client.h"
-#include "service/update_request.h"
 #include "text.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "upgrade/product_upgrade.h"
+#include "upgrade/product_upgrade_dialog.h"
 
 #include "host/call_environment.h"
 #include "host/current_call.h"
@@ -6,7 +6,7 @@
 #include "text/text_ids.h"
 #include "ui/dialog_look.h"
 #include "ui/resource.h"
-#include "upgrade/offers.h"
+#include "upgrade/fetch_offers.h"
 
 namespace product_services {
 namespace {
@@ -14,8 +14,8 @@ namespace {
 constexpr int NameColumnWidth = 250;
 constexpr int VersionColumnWidth = 100;
 
-// A static text otherwise underlines what follows an ampersand, as in a product's name.
-void ShowAmpersands(HWND text)
+// Without SS_NOPREFIX, a static control would underline the character after an ampersand in a product name.
+void DisableMnemonics(HWND text)
 {
     ::SetWindowLongPtrW(text, GWL_STYLE, ::GetWindowLongPtrW(text, GWL_STYLE) | SS_NOPREFIX);
 }
@@ -41,7 +41,7 @@ BEGIN_MESSAGE_MAP(ProductUpgrade, CDialogEx)
     ON_NOTIFY(LVN_ITEMCHANGED, IDC_UPGRADE_OFFERS, &ProductUpgrade::OnOfferListItemChanged)
     ON_BN_CLICKED(IDOK, &ProductUpgrade::OnBuyNow)
     ON_BN_CLICKED(IDCANCEL, &ProductUpgrade::OnExit)
-    // Deliberate: part of every dialog of the library, though nothing sends it.
+    // Deliberate: every dialog of the library has this entry, although nothing sends the command.
     ON_BN_CLICKED(ID_DIALOG_EXIT, &ProductUpgrade::OnExit)
 END_MESSAGE_MAP()
 
@@ -60,9 +60,9 @@ BOOL ProductUpgrade::OnInitDialog()
 
 void ProductUpgrade::SetTexts()
 {
-    ShowAmpersands(::GetDlgItem(m_hWnd, IDC_UPGRADE_HEADING));
+    DisableMnemonics(::GetDlgItem(m_hWnd, IDC_UPGRADE_HEADING));
     SetDlgItemText(IDC_UPGRADE_HEADING, m_title.c_str());
-    // Not seen: what screen readers call the list.
+    // Invisible; screen readers read it as the name of the list.
     m_offerList.SetWindowText(m_title.c_str());
     SetDlgItemText(IDOK, CurrentText(text_ids::BuyNow).c_str());
     SetDlgItemText(IDCANCEL, CurrentText(text_ids::Exit).c_str());
@@ -78,7 +78,7 @@ void ProductUpgrade::InsertColumns()
 void ProductUpgrade::InsertOffers()
 {
     m_offerList.SetRedraw(FALSE);
-    // Deliberate: from the last to the first, each at the top, which leaves them in the order of the reply.
+    // Deliberate: from the last to the first, each at the top, so that they end up in the order of the reply.
     for (auto offer = m_offers.rbegin(); offer != m_offers.rend(); ++offer) {
         const int row = m_offerList.InsertItem(0, offer->name.c_str());
         m_offerList.SetItemText(row, 1, offer->version.c_str());
@@ -89,8 +89,10 @@ void ProductUpgrade::InsertOffers()
 int ProductUpgrade::SelectedRow() const
 {
     int selected = -1;
-    for (int row = -1; (row = m_offerList.GetNextItem(row, LVNI_SELECTED)) != -1;) {
-        selected = row;
+    int next = m_offerList.GetNextItem(-1, LVNI_SELECTED);
+    while (next != -1) {
+        selected = next;
+        next = m_offerList.GetNextItem(selected, LVNI_SELECTED);
     }
     return selected;
 }

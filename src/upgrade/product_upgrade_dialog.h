@@ -14,14 +14,14 @@ namespace product_services {
 
 class ProductRecord;
 
-/// The upgrade center: lists the offers and opens the purchase address of the chosen one in the browser.
-/// Reports 930 or 540 when it closes. Without offers it never becomes visible.
+/// The dialog of the upgrade center. It lists the offers and opens the purchase address of the chosen one in
+/// the browser. Reports 930 or 540 when it closes. If there are no offers, it never becomes visible.
 class ProductUpgrade : public CDialogEx
 {
     DECLARE_DYNAMIC(ProductUpgrade)
 
 public:
-    /// Fetches the offers, before there is any window.
+    /// Fetches the offers before any window exists.
     ProductUpgrade(std::wstring title, const ProductRecord& record, CWnd* parent = nullptr);
     ~ProductUpgrade() override;
 
