@@ -48,7 +48,7 @@ TEST(ReportResult, WritesTheCodeAndItsText)
     }
 }
 
-TEST(ReportResult, WritesAnUnknownCodeWithoutATextAndNothingForSuccess)
+TEST(ReportResult, WritesUnknownCodesAndIgnoresSuccess)
 {
     Call call;
     ReportResult(200);
@@ -62,7 +62,7 @@ TEST(ReportResult, WritesAnUnknownCodeWithoutATextAndNothingForSuccess)
     }
 }
 
-TEST(HostCallScope, PutsTheHostsModuleStateBackAndTouchesNothingOfItsRecord)
+TEST(HostCallScope, RestoresTheHostsStateAfterAnException)
 {
     const TestFolder folder;
     alignas(AFX_MODULE_STATE) char memory[sizeof(AFX_MODULE_STATE)]{};

@@ -11,7 +11,7 @@ static std::wstring ReadKey(const std::wstring& product, const std::wstring& ver
     return record.Load() ? record.Read(L"key") : L"no record";
 }
 
-TEST(ProductRecord, OfTheUserComesBeforeThatOfTheMachine)
+TEST(ProductRecord, PrefersUserOverMachine)
 {
     const MachineRegistry machine;
     const ProductRecords records;
@@ -22,7 +22,7 @@ TEST(ProductRecord, OfTheUserComesBeforeThatOfTheMachine)
     EXPECT_EQ(ReadKey(L"Both", L"1"), L"user's");
 }
 
-TEST(ProductRecord, IsOfOneProductAndOneVersion)
+TEST(ProductRecord, IsSelectedByNameAndVersion)
 {
     const ProductRecords records;
     records.Write(L"Draft\\1\\1", L"key", L"too deep");
@@ -37,7 +37,7 @@ TEST(ProductRecord, IsOfOneProductAndOneVersion)
     }
 }
 
-TEST(ProductRecord, HasTheTextThatAValueBeginsWith)
+TEST(ProductRecord, ReadsValuesUpToTheFirstNul)
 {
     const std::wstring longText(20000, L'k');
     const std::wstring room(256, L'k');

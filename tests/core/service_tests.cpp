@@ -46,7 +46,7 @@ CURLcode PerformTransfer(const CurlTransfer& transfer)
     return result;
 }
 
-TEST(Post, CallsLibcurlInThisOrderAndSetsFourOptions)
+TEST(Post, CallsLibcurlInOrder)
 {
     Post({"reply"});
     const Texts expected{
@@ -66,7 +66,7 @@ TEST(Post, CallsLibcurlInThisOrderAndSetsFourOptions)
     EXPECT_EQ(sentBody, Body) << "libcurl reads it during the transfer";
 }
 
-TEST(Post, SendsAndReleasesNothingWithoutAHandle)
+TEST(Post, SendsNothingWithoutAHandle)
 {
     Post({"an earlier reply"});
     curlGivesHandle = false;
@@ -76,7 +76,7 @@ TEST(Post, SendsAndReleasesNothingWithoutAHandle)
     EXPECT_EQ(curlCalls, expected);
 }
 
-TEST(Post, ShowsTheWaitCursorDuringTheTransferAndAfterIt)
+TEST(Post, ShowsTheWaitCursor)
 {
     const HCURSOR waitCursor = LoadCursorW(nullptr, IDC_WAIT);
     SetCursor(LoadCursorW(nullptr, IDC_ARROW));
@@ -85,7 +85,7 @@ TEST(Post, ShowsTheWaitCursorDuringTheTransferAndAfterIt)
     EXPECT_EQ(GetCursor(), waitCursor) << "the transfer had set the arrow";
 }
 
-TEST(Post, ReturnsTheLastPieceOfTheReply)
+TEST(Post, ReturnsTheLastChunk)
 {
     EXPECT_EQ(Post({"one piece"}), "one piece");
     EXPECT_EQ(Post({"a long first piece", "last"}), "last");
@@ -96,7 +96,7 @@ TEST(Post, ReturnsTheLastPieceOfTheReply)
     elementSize = 1;
 }
 
-TEST(Post, TurnsEveryFailureIntoADocument)
+TEST(Post, ReturnsADocumentForEachFailure)
 {
     const std::map<int, std::string> documents{
 #include "failure_documents.inc"
@@ -112,7 +112,7 @@ TEST(Post, TurnsEveryFailureIntoADocument)
     }
 }
 
-TEST(TextConversion, TakesTheCharactersOfTheBasicPlaneAlone)
+TEST(TextConversion, AcceptsOnlyTheBasicMultilingualPlane)
 {
     const std::wstring wholePlane(L"a\0\xFC\x20AC\xD7FF\xE000\xFFFF", 7); // at the borders of what is refused
     EXPECT_EQ(ToWide(ToUtf8(wholePlane)), wholePlane);

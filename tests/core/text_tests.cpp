@@ -54,7 +54,7 @@ std::size_t CountTextsBeside(const wchar_t* path, DWORD sharing)
 
 } // namespace
 
-TEST(LanguageCode, IsTheHostsLanguageOrElseUs)
+TEST(LanguageCode, MapsIdsAndFallsBackToUS)
 {
     const std::map<int, std::wstring> codes = ReadTable("codes of languages");
     for (int id = -1; id <= 300; ++id) {
@@ -64,7 +64,7 @@ TEST(LanguageCode, IsTheHostsLanguageOrElseUs)
     EXPECT_EQ(LanguageCodeFromId(INT_MIN), L"US");
 }
 
-TEST(LanguageFile, LiesInAFolderOfItsLanguageBelowTheWorkingDirectory)
+TEST(LanguageFile, IsReadFromTheWorkingDirectory)
 {
     const TestFolder folder;
     std::filesystem::create_directories("lang/DE");
@@ -73,7 +73,7 @@ TEST(LanguageFile, LiesInAFolderOfItsLanguageBelowTheWorkingDirectory)
     EXPECT_EQ(AllTexts(TextTable(L"FR")).size(), 88u) << "the built-in texts without a file";
 }
 
-TEST(LanguageFile, GivesATextALineUntilItsEndOrDamage)
+TEST(LanguageFile, IsReadUpToTheFirstInvalidCharacter)
 {
     const std::wstring longLine(20000, L'x');
     const std::tuple<const char*, std::wstring, std::string, Texts> files[]{
@@ -109,7 +109,7 @@ TEST(LanguageFile, IsSharedWithReadersAndWritersAndMustBeWritableAndIsNeverMade)
     EXPECT_EQ(CountTextsBeside(L"x.lang", FILE_SHARE_READ), 88u) << "others may not write to it";
 }
 
-TEST(BuiltInTexts, AreTheseAndReservedOnes)
+TEST(BuiltInTexts, MatchTheTable)
 {
     const std::map<int, std::wstring> shown = ReadTable("built-in texts");
     TextTable table;
@@ -122,7 +122,7 @@ TEST(BuiltInTexts, AreTheseAndReservedOnes)
     }
 }
 
-TEST(TextLookup, IsBoundByTheNumberOfEntries)
+TEST(TextLookup, ReturnsEmptyOutOfRange)
 {
     TextTable table;
     FillDefaultTexts(table);

@@ -62,7 +62,7 @@ constexpr CertificateApi StandIn{GetChain, FreeChain, VerifyPolicy};
 
 } // namespace
 
-TEST(ServerCertificate, IsJudgedByWindowsForTheHostAndRevocationFromTheCache)
+TEST(ServerCertificate, IsVerifiedByWindows)
 {
     const struct
     {
@@ -94,7 +94,7 @@ TEST(ServerCertificate, IsJudgedByWindowsForTheHostAndRevocationFromTheCache)
     }
 }
 
-TEST(ServerCertificate, IsRefusedIfWindowsCannotJudgeIt)
+TEST(ServerCertificate, IsRejectedIfWindowsFails)
 {
     CertificateApi failing = StandIn;
     failing.getChain = [](auto...) { return FALSE; };

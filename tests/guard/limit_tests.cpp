@@ -53,7 +53,7 @@ TEST_F(TimeLimit, EndsASilentTransfer)
     }
 }
 
-TEST_F(TimeLimit, IsOneForAllTransfersOfACall)
+TEST_F(TimeLimit, CoversAllTransfersOfACall)
 {
     params.timeLimitMs = 600;
     service.AtProbe([] { Sleep(400); });
@@ -63,7 +63,7 @@ TEST_F(TimeLimit, IsOneForAllTransfersOfACall)
     EXPECT_LT(stopwatch.Ms(), 950u) << "the query had no 600 ms of its own";
 }
 
-TEST_F(TimeLimit, DoesNotRunWhileAWindowIsOpen)
+TEST_F(TimeLimit, ExcludesTimeWithAWindowOpen)
 {
     params.timeLimitMs = 500;
     service.Answer(GoodOffer);
@@ -74,7 +74,7 @@ TEST_F(TimeLimit, DoesNotRunWhileAWindowIsOpen)
     EXPECT_EQ(UpgradeWith(waits), UserQuit);
 }
 
-TEST_F(CancelFlag, EndsATransferAndIsLookedAtBeforeTheCall)
+TEST_F(CancelFlag, EndsATransferAndPreventsACall)
 {
     volatile std::uint32_t cancelFlag = 0;
     params.cancelFlag = &cancelFlag;
@@ -98,7 +98,7 @@ TEST_F(CancelFlag, EndsATransferAndIsLookedAtBeforeTheCall)
     EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
 }
 
-TEST_F(OneCallAtATime, RefusesASecondCallOfAnotherThreadAndOfATimer)
+TEST_F(OneCallAtATime, RejectsASecondCall)
 {
     std::atomic<int> refused = 0;
     const auto callAgain = [&] {
@@ -118,7 +118,7 @@ TEST_F(OneCallAtATime, RefusesASecondCallOfAnotherThreadAndOfATimer)
     EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
 }
 
-TEST_F(OneCallAtATime, ServesQuietChecksOfAnyThread)
+TEST_F(OneCallAtATime, AllowsQuietChecksOnAnyThread)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
     service.Answer(GoodOffer);
@@ -137,7 +137,7 @@ static HANDLE StartThread(std::function<void()>& work)
     return CreateThread(nullptr, 0, run, &work, 0, nullptr);
 }
 
-TEST_F(OneCallAtATime, GoesOnAfterAThreadThatExitedWithinACall)
+TEST_F(OneCallAtATime, RecoversFromAThreadThatExited)
 {
     service.Answer(GoodOffer);
     atTimer = [] { ExitThread(0); };
@@ -152,7 +152,7 @@ TEST_F(OneCallAtATime, GoesOnAfterAThreadThatExitedWithinACall)
     EXPECT_EQ(UpgradeWith(exits), UserQuit);
 }
 
-TEST_F(OneCallAtATime, GoesOnAfterAThreadThatWasTerminatedWithinACall)
+TEST_F(OneCallAtATime, RecoversFromATerminatedThread)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
     service.Hang();

@@ -21,7 +21,7 @@ const auto buys = [](HWND center) {
 
 } // namespace
 
-TEST_F(GuardedCheck, TellsReplies)
+TEST_F(GuardedCheck, ClassifiesReplies)
 {
     struct
     {
@@ -67,7 +67,7 @@ TEST_F(GuardedCheck, TellsReplies)
     }
 }
 
-TEST_F(GuardedCheck, QuotesTheParserInUtf16)
+TEST_F(GuardedCheck, ReportsParserErrorsInUtf16)
 {
     service.Answer("[\"\u00E4\u00F6\u00FC \u4E2D\u6587 \U0001F600");
     const Ended ended = Check();
@@ -77,7 +77,7 @@ TEST_F(GuardedCheck, QuotesTheParserInUtf16)
         << testing::PrintToString(ended);
 }
 
-TEST_F(GuardedCheck, ShowsAndChangesNothingIfQuiet)
+TEST_F(GuardedCheck, ShowsNothingIfQuiet)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
     service.Answer("");
@@ -90,7 +90,7 @@ TEST_F(GuardedCheck, ShowsAndChangesNothingIfQuiet)
     EXPECT_EQ(cursorChanges, 0);
 }
 
-TEST_F(GuardedCheck, SaysWhyTheServiceIsUnreachable)
+TEST_F(GuardedCheck, ReportsWhyTheServiceIsUnreachable)
 {
     service.Stop();
     const Ended ended = Check();
@@ -102,7 +102,7 @@ TEST_F(GuardedCheck, SaysWhyTheServiceIsUnreachable)
 }
 
 // The document for libcurl's error 42, which the library cannot parse, must not hide that.
-TEST_F(GuardedCheck, IsRefusedWithoutACertificateUnlessAnyWillDo)
+TEST_F(GuardedCheck, RequiresACertificate)
 {
     params.options = 0;
     const Ended ended = Check();
@@ -125,7 +125,7 @@ TEST_F(GuardedCheck, SendsNothingWithoutAKey)
     EXPECT_EQ(service.TakeRequests().find("api_key"), std::string::npos);
 }
 
-TEST_F(GuardedCheck, NamesAKeyThatCannotBeSent)
+TEST_F(GuardedCheck, ReportsAKeyThatCannotBeSent)
 {
     params.apiKey = L"\U0001F600";
     const Ended failed{
@@ -134,7 +134,7 @@ TEST_F(GuardedCheck, NamesAKeyThatCannotBeSent)
     EXPECT_EQ(Upgrade(), failed);
 }
 
-TEST_F(GuardedCheck, FindsNoRecordOfAnotherProduct)
+TEST_F(GuardedCheck, ReportsAMissingRecord)
 {
     params.productVersion = L"2.0";
     const Ended noRecord{
@@ -144,7 +144,7 @@ TEST_F(GuardedCheck, FindsNoRecordOfAnotherProduct)
     EXPECT_EQ(Upgrade(), noRecord) << "whether or not the service is reached";
 }
 
-TEST_F(GuardedCheck, ReportsStrictHttpsUrlsOnly)
+TEST_F(GuardedCheck, ReportsOnlyStrictHttpsUrls)
 {
     const struct
     {
@@ -171,7 +171,7 @@ TEST_F(GuardedCheck, ReportsStrictHttpsUrlsOnly)
     }
 }
 
-TEST_F(GuardedUpgradeCenter, TellsReplies)
+TEST_F(GuardedUpgradeCenter, ClassifiesReplies)
 {
     struct
     {
@@ -209,7 +209,7 @@ TEST_F(GuardedUpgradeCenter, TellsReplies)
     EXPECT_EQ(boxes, std::vector<std::wstring>());
 }
 
-TEST_F(GuardedUpgradeCenter, TellsHowTheUserLeft)
+TEST_F(GuardedUpgradeCenter, ReportsTheUsersChoice)
 {
     service.Answer(GoodOffer);
     EXPECT_EQ(UpgradeWith(exits), UserQuit);
@@ -220,7 +220,7 @@ TEST_F(GuardedUpgradeCenter, TellsHowTheUserLeft)
     EXPECT_EQ(opened, std::vector<std::wstring>{L"https://shop.example/x"});
 }
 
-TEST_F(GuardedUpgradeCenter, IsCancelledIfTheProgramIsToQuit)
+TEST_F(GuardedUpgradeCenter, ReportsQuitAsCancelled)
 {
     service.Answer(GoodOffer);
     const DWORD caller = GetCurrentThreadId();
@@ -232,7 +232,7 @@ TEST_F(GuardedUpgradeCenter, IsCancelledIfTheProgramIsToQuit)
         << "the host still learns of it";
 }
 
-TEST_F(GuardedUpgradeCenter, OpensNoUrlOfAnotherHost)
+TEST_F(GuardedUpgradeCenter, BlocksUrlsOfOtherHosts)
 {
     service.Answer(GoodOffer);
     params.trustedHosts = L"other.example";

@@ -12,7 +12,7 @@ using Params = GuardTest;
 
 } // namespace
 
-TEST_F(Params, CountIfTheSizeReachesPastThem)
+TEST_F(Params, AreReadUpToTheSize)
 {
     wchar_t text[100];
     GuardedCallParams whole = params;
@@ -48,7 +48,7 @@ TEST_F(Params, CountIfTheSizeReachesPastThem)
     }
 }
 
-TEST_F(Params, OfResultsAreWrittenIfTheSizeReachesPastThem)
+TEST_F(Params, AreWrittenUpToTheSize)
 {
     const struct
     {
@@ -88,7 +88,7 @@ TEST_F(Params, OfResultsAreWrittenIfTheSizeReachesPastThem)
     }
 }
 
-TEST_F(Params, WithoutASizeAreNotWrittenTo)
+TEST_F(Params, AreNotWrittenWithoutASize)
 {
     for (const std::uint32_t size : {0U, 3U}) {
         SCOPED_TRACE(size);
@@ -103,7 +103,7 @@ TEST_F(Params, WithoutASizeAreNotWrittenTo)
     EXPECT_EQ(service.TakeRequests(), "");
 }
 
-TEST_F(Params, ThatCannotBeUsedAreNamed)
+TEST_F(Params, AreValidated)
 {
     const auto invalid = [](const wchar_t* text) {
         return Ended{PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER, text};
@@ -129,7 +129,7 @@ TEST_F(Params, ReachTheLibrary)
     EXPECT_NE(service.TakeRequests().find("api_key=api-key&key=product-key&"), std::string::npos);
 }
 
-TEST_F(Params, GetATextThatIsTruncatedAtAWholeCharacter)
+TEST_F(Params, TruncateTheTextAtAWholeCharacter)
 {
     const struct
     {
@@ -159,7 +159,7 @@ TEST_F(Params, GetATextThatIsTruncatedAtAWholeCharacter)
     }
 }
 
-TEST_F(Params, MayHaveNoBuffer)
+TEST_F(Params, AllowNoBuffer)
 {
     service.Answer("");
     wchar_t untouched = L'#';

@@ -16,7 +16,7 @@ DPI_AWARENESS ThreadAwareness()
 
 } // namespace
 
-TEST_F(HostProcess, HasTheUpgradeCenterScaledByWindowsUnlessItsOwnDpiAwarenessIsWanted)
+TEST_F(HostProcess, RunsDpiUnawareUnlessOptedOut)
 {
     const DPI_AWARENESS_CONTEXT previous =
         SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE);
@@ -53,7 +53,7 @@ TEST_F(HostProcess, HasTheUpgradeCenterScaledByWindowsUnlessItsOwnDpiAwarenessIs
     SetThreadDpiAwarenessContext(previous);
 }
 
-TEST_F(HostProcess, MayHaveBothLibraries)
+TEST_F(HostProcess, CanLoadBothLibraries)
 {
     const HMODULE bare = LoadLibraryW(L"ProductServicesForTests.dll");
     void* const address = reinterpret_cast<void*>(GetProcAddress(bare, "CheckForUpdates"));
@@ -71,7 +71,7 @@ TEST_F(HostProcess, MayHaveBothLibraries)
     FreeLibrary(bare);
 }
 
-TEST_F(HostProcess, KeepsNothingOfADllThatWasFreedAfterAnException)
+TEST_F(HostProcess, LeaksNothingAfterAnExceptionAndUnload)
 {
     service.Answer("<html>");
     ExpectLevel(100, [&] {

@@ -85,7 +85,7 @@ void ReplaceAll(std::string& text, const std::string& from, const std::string& t
 
 } // namespace
 
-TEST(ProxyList, HasTheProxiesForHttps)
+TEST(ProxyList, SelectsProxiesForHttps)
 {
     const auto cases = ReadDataFile("guard/proxies.json").at("lists");
     for (const auto& [name, row] : cases.items()) {
@@ -95,7 +95,7 @@ TEST(ProxyList, HasTheProxiesForHttps)
     }
 }
 
-TEST(BypassList, MatchesAsWindowsDoes)
+TEST(BypassList, MatchesLikeWindows)
 {
     const auto cases = ReadDataFile("guard/proxies.json").at("bypass lists");
     for (const auto& [name, row] : cases.items()) {
@@ -125,13 +125,13 @@ TEST(SystemProxy, FollowsSettingsAndScripts)
     }
 }
 
-TEST(SystemProxy, IsNoneWithoutWinHttp)
+TEST(SystemProxy, IsEmptyWithoutWinHttp)
 {
     EXPECT_EQ(FindSystemProxy(Service, NoLimits, {}), "");
 }
 
 // The script is never answered: its thread goes on until the test lets it.
-TEST(SystemProxy, IsNoneIfAScriptTakesLongerThanTheLimit)
+TEST(SystemProxy, IsEmptyIfAScriptExceedsTheLimits)
 {
     static HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     currentRow = nlohmann::ordered_json::parse(R"({"settings": {"script": "http://s/x.pac"}})");
@@ -155,7 +155,7 @@ TEST(SystemProxy, IsNoneIfAScriptTakesLongerThanTheLimit)
 }
 
 // Its queue of connections is full, so that a further one is neither accepted nor refused.
-TEST(ProxyProbe, GivesUpOnASilentProxyAfterTwoSeconds)
+TEST(ProxyProbe, TimesOutOnASilentProxy)
 {
     const SOCKET listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
     sockaddr_in address{AF_INET, 0, {}, {}};

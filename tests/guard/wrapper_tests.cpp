@@ -72,7 +72,7 @@ namespace product_services {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-TEST(Wrapper, PassesOnThatNothingIsSet)
+TEST(Wrapper, PassesDefaults)
 {
     EXPECT_EQ(Upgrade({}).outcome, Outcome::UpToDate);
     EXPECT_EQ(calledFunction, "upgrade");
@@ -83,7 +83,7 @@ TEST(Wrapper, PassesOnThatNothingIsSet)
     EXPECT_EQ(received.timeLimitMs, 0u);
 }
 
-TEST(Wrapper, PassesOnTextsAndLanguage)
+TEST(Wrapper, PassesTextsAndLanguage)
 {
     const CallParams params{
         .productName = L"Draft",
@@ -97,7 +97,7 @@ TEST(Wrapper, PassesOnTextsAndLanguage)
     EXPECT_EQ(received.languageId, 140);
 }
 
-TEST(Wrapper, PassesOnOptionsAndTimeLimit)
+TEST(Wrapper, PassesOptionsAndTimeLimit)
 {
     const struct
     {
@@ -123,7 +123,7 @@ TEST(Wrapper, PassesOnOptionsAndTimeLimit)
     }
 }
 
-TEST(Wrapper, SetsTheCancelFlagWhenAStopIsRequested)
+TEST(Wrapper, SetsTheCancelFlagOnStop)
 {
     std::stop_source source;
     duringCall = [&source] {
@@ -135,7 +135,7 @@ TEST(Wrapper, SetsTheCancelFlagWhenAStopIsRequested)
     duringCall = nullptr;
 }
 
-TEST(Wrapper, ReturnsWhatTheCallDid)
+TEST(Wrapper, ReturnsTheCallsResult)
 {
     outcome = PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE;
     resultCode = 200;
@@ -154,7 +154,7 @@ TEST(Wrapper, ReturnsWhatTheCallDid)
     EXPECT_TRUE(result.isTextTruncated);
 }
 
-TEST(Wrapper, ReturnsWhatWasFoundOfAPublisher)
+TEST(Wrapper, ReturnsThePublisherResult)
 {
     text = L"a sentence";
     PublisherResult result = product_services::VerifyPublisher(L"setup.exe", L"Example Maker");

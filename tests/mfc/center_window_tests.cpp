@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(CenterWindow, PutsAWindowInTheMiddleOfTheMonitorsWorkArea)
+TEST(CenterWindow, CentersInTheWorkArea)
 {
     // Name, work area, window, and where it goes.
     const std::tuple<const char*, RECT, RECT, POINT> cases[]{

@@ -119,7 +119,7 @@ private:
 
 } // namespace
 
-TEST(ModalLoop, ShowsADialogWhenNoMessageIsLeftUnlessItHasEnded)
+TEST(ModalLoop, ShowsTheDialogWhenIdle)
 {
     // Name, result, how often it is shown, and what happens at the start.
     const std::tuple<const char*, INT_PTR, int, std::function<void(HWND dialog)>> cases[]{
@@ -143,7 +143,7 @@ TEST(ModalLoop, ShowsADialogWhenNoMessageIsLeftUnlessItHasEnded)
     }
 }
 
-TEST(ModalLoop, ShowsADialogInABusyHostSoonAndNeverOneThatHasEnded)
+TEST(ModalLoop, ShowsTheDialogSoonInABusyHost)
 {
     for (const Flood& itsFlood : Floods) {
         SCOPED_TRACE(itsFlood.name);
@@ -164,7 +164,7 @@ TEST(ModalLoop, ShowsADialogInABusyHostSoonAndNeverOneThatHasEnded)
     }
 }
 
-TEST(ModalLoop, LeavesAProgramsQuitToTheHost)
+TEST(ModalLoop, RepostsQuit)
 {
     WatchedDialog dialog(IDD_WITH_BUTTON);
     dialog.atStart = [](HWND) { PostQuitMessage(42); };
@@ -176,7 +176,7 @@ TEST(ModalLoop, LeavesAProgramsQuitToTheHost)
     EXPECT_EQ(message.wParam, 42u);
 }
 
-TEST(ModalLoop, DoesNotStartWithoutATemplate)
+TEST(ModalLoop, FailsWithoutATemplate)
 {
     WatchedDialog dialog(IDD_MISSING);
     EXPECT_EQ(dialog.DoModal(), -1);

@@ -35,7 +35,7 @@ TEST(CommandLine, HasDefaults)
     EXPECT_FALSE(parsed.options->printsJson);
 }
 
-TEST(CommandLine, TakesEveryOption)
+TEST(CommandLine, AcceptsEveryOption)
 {
     const ParsedCommandLine parsed = ParseCommandLine(
         {L"doctor", L"--product", L"/Dåta \"1\"", L"--version", L"", L"--api-key", L"K", L"--language",
@@ -54,7 +54,7 @@ TEST(CommandLine, TakesEveryOption)
     EXPECT_EQ(parsed.options->programFolder, L"C:\\My App");
 }
 
-TEST(CommandLine, NamesWhatIsWrongInOneLine)
+TEST(CommandLine, ReportsErrorsInOneLine)
 {
     struct Case
     {
@@ -83,7 +83,7 @@ TEST(CommandLine, NamesWhatIsWrongInOneLine)
     }
 }
 
-TEST(CommandLine, HelpsWithDefaults)
+TEST(CommandLine, PrintsDefaultsInHelp)
 {
     const ParsedCommandLine parsed = ParseCommandLine({L"check", L"--help"});
     EXPECT_EQ(parsed.status, 0);
@@ -91,7 +91,7 @@ TEST(CommandLine, HelpsWithDefaults)
     EXPECT_NE(parsed.text.find(L"(default: 30)"), std::wstring::npos) << "see --help";
 }
 
-TEST(CallResult, NamesEachOutcomeAndSaysWhetherTheServiceAnswered)
+TEST(CallResult, NamesEachOutcome)
 {
     std::wstring answered;
     for (std::uint32_t value = 1; value <= PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER; ++value) {
@@ -103,7 +103,7 @@ TEST(CallResult, NamesEachOutcomeAndSaysWhetherTheServiceAnswered)
     EXPECT_EQ(ToString(static_cast<ProductServicesOutcome>(1000)), L"FAILED") << "of a later version";
 }
 
-TEST(CallResult, IsALineOrJson)
+TEST(CallResult, PrintsAsLineOrJson)
 {
     const CallResult result{PRODUCT_SERVICES_OUTCOME_REFUSED, 940, L"\"ä\""};
     EXPECT_EQ(ToLine(result), L"REFUSED: \"ä\"");

@@ -346,7 +346,7 @@ TEST(Doctor, ChecksReplies)
     });
 }
 
-TEST(Doctor, SaysWhatToDoFirst)
+TEST(Doctor, RecommendsTheFirstError)
 {
     const Finding ok{Severity::Ok, L"a", L"", L"anchor-a"};
     const Finding warning{Severity::Warning, L"b", L"", L"anchor-b"};

@@ -47,7 +47,7 @@ using UpgradeWindow = LibraryTest;
 
 } // namespace
 
-TEST_F(UpgradeWindow, HasTheTextsOfTheTable)
+TEST_F(UpgradeWindow, ShowsTheTextsOfTheLanguage)
 {
     InstallLanguage();
     records.Write(L"Cut & Paste\\1.0", L"key", L"product-key");
@@ -66,7 +66,7 @@ TEST_F(UpgradeWindow, HasTheTextsOfTheTable)
     EXPECT_EQ(outcome, L"540 text 67");
 }
 
-TEST_F(UpgradeWindow, ListsNamesAndVersionsInTheirOrderWithNoneSelected)
+TEST_F(UpgradeWindow, ListsOffersInOrder)
 {
     const std::string longName(300, 'x');
     service.Answer(
@@ -93,7 +93,7 @@ TEST_F(UpgradeWindow, ListsNamesAndVersionsInTheirOrderWithNoneSelected)
     });
 }
 
-TEST_F(UpgradeWindow, StandsInTheMiddleOfTheScreenWithAnIconAndATaskbarButton)
+TEST_F(UpgradeWindow, IsCenteredWithIconAndTaskbarButton)
 {
     Look([&](HWND center) {
         ExpectCentered(center);
@@ -109,13 +109,13 @@ TEST_F(UpgradeWindow, StandsInTheMiddleOfTheScreenWithAnIconAndATaskbarButton)
     });
 }
 
-TEST_F(UpgradeWindow, StandsInTheMiddleBelowATaskbar)
+TEST_F(UpgradeWindow, IsCenteredBelowATaskbar)
 {
     ReplaceImport("GetWindowRect", GetRectBelowTaskbar);
     Look([](HWND center) { ExpectCentered(center); });
 }
 
-TEST_F(UpgradeWindow, IsWorkedWithTheKeyboard)
+TEST_F(UpgradeWindow, SupportsTheKeyboard)
 {
     Look([&](HWND center) {
         const HWND buy = GetDlgItem(center, IDOK);
@@ -129,7 +129,7 @@ TEST_F(UpgradeWindow, IsWorkedWithTheKeyboard)
     });
 }
 
-TEST_F(UpgradeWindow, PaintsThePictureOfTheProductLine)
+TEST_F(UpgradeWindow, PaintsTheProductLinesPicture)
 {
     const nlohmann::ordered_json table = ReadDataFile("library/pictures.json");
     for (const auto& [name, line] : table["lines"].items()) {
@@ -146,7 +146,7 @@ TEST_F(UpgradeWindow, PaintsThePictureOfTheProductLine)
 }
 
 // The dialog is made, and ends before it is shown.
-TEST_F(UpgradeWindow, HasNoPictureWithoutAKey)
+TEST_F(UpgradeWindow, LoadsNoPictureWithoutAKey)
 {
     ReplaceImport("LoadBitmapW", NotePicture);
     host.apiKey = L"";

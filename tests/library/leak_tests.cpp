@@ -1,9 +1,9 @@
 #include "support/library_fixture.h"
 #include "support/resource_counts.h"
 
-using Counts = LibraryTest;
+using ResourceLeaks = LibraryTest;
 
-TEST_F(Counts, SeeALeak)
+TEST_F(ResourceLeaks, AreDetected)
 {
     auto before = CountResources();
     CreateBitmap(8, 8, 1, 32, nullptr);
@@ -14,7 +14,7 @@ TEST_F(Counts, SeeALeak)
     }
 }
 
-TEST_F(Counts, StayLevelOverAHundredLoadsOfTheLibraryWithExceptions)
+TEST_F(ResourceLeaks, DoNotOccurOver100Loads)
 {
     InstallLanguage();
     ExpectLevel(100, [&] {
@@ -33,7 +33,7 @@ TEST_F(Counts, StayLevelOverAHundredLoadsOfTheLibraryWithExceptions)
     });
 }
 
-TEST_F(Counts, StayLevelOverSixHundredChecksAndSixtyUpgradeCenters)
+TEST_F(ResourceLeaks, DoNotOccurOver600Checks)
 {
     ExpectLevel(600, [&] {
         ASSERT_EQ(Check(), L"200 u");

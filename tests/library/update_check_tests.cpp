@@ -46,7 +46,7 @@ TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
         "api_key=api-key&key=product-key&hardware_id=[0-9a-f]{64}&version=20\\.1&up=1$"));
 }
 
-TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
+TEST_F(UpdateCheck, HandlesEachReply)
 {
     const std::vector<Reply> replies = RepliesTo("check");
     EXPECT_GT(replies.size(), 20u);
@@ -57,7 +57,7 @@ TEST_F(UpdateCheck, ReadsEachReplyAsItsKind)
     }
 }
 
-TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
+TEST_F(UpdateCheck, HandlesEachTransfer)
 {
     const std::string chunks = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
     const std::tuple<const char*, std::string, Outcome> transfers[]{
@@ -79,13 +79,13 @@ TEST_F(UpdateCheck, TakesWhatEachTransferLeaves)
     EXPECT_EQ(Check(), NoInternet) << "the connection is refused";
 }
 
-TEST_F(UpdateCheck, StartsNoThreadToResolveAName)
+TEST_F(UpdateCheck, ResolvesNamesWithoutAThread)
 {
     product_services_guard::ImportHook thread;
     EXPECT_FALSE(thread.Install(library, "_beginthreadex", nullptr)) << "libcurl resolves names in a thread";
 }
 
-TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)
+TEST_F(UpdateCheck, SendsNothingWithoutAKey)
 {
     for (const wchar_t* apiKey : {static_cast<const wchar_t*>(nullptr), L""}) {
         host.apiKey = apiKey;
@@ -97,7 +97,7 @@ TEST_F(UpdateCheck, WithoutAKeySendsNothingAndSaysNothing)
     EXPECT_TRUE(IsAsked("^$"));
 }
 
-TEST_F(UpdateCheck, SendsItsValuesAsTheyAre)
+TEST_F(UpdateCheck, SendsValuesUnencoded)
 {
     records.RemoveAll();
     records.Write(L"Product\\1.0", L"key", L"A&B=%+\xFC");
@@ -110,7 +110,7 @@ TEST_F(UpdateCheck, SendsItsValuesAsTheyAre)
 }
 
 // The package id is the family's, so that two makers cannot join their data.
-TEST_F(UpdateCheck, SendsAHashOfThePackageIdAndTheMachinesIdOrElseItsName)
+TEST_F(UpdateCheck, HashesMachineGuidOrComputerName)
 {
     const std::wstring prefix =
         std::wstring(L"ProductServices machine identifier\n") + product_family::PackageId + L"\n";
@@ -138,7 +138,7 @@ TEST_F(UpdateCheck, SendsAHashOfThePackageIdAndTheMachinesIdOrElseItsName)
     }
 }
 
-TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
+TEST_F(UpdateCheck, KeepsTheFirstCallsLanguageAndProduct)
 {
     InstallLanguage();
     service.Answer("");
@@ -154,7 +154,7 @@ TEST_F(UpdateCheck, KeepsTheLanguageAndTheProductOfTheFirstCall)
     EXPECT_TRUE(IsAsked("&key=new-key&.*&version=&")) << "read anew";
 }
 
-TEST_F(UpdateCheck, TriesFiveTimesForTheRecordThatWasThereAtFirst)
+TEST_F(UpdateCheck, RetriesUntilTheRecordCanBeRead)
 {
     EXPECT_EQ(Check(), L"200 u");
     EXPECT_EQ(pauses, 0);
@@ -174,7 +174,7 @@ TEST_F(UpdateCheck, TriesFiveTimesForTheRecordThatWasThereAtFirst)
     EXPECT_EQ(pauses, 5);
 }
 
-TEST_F(UpdateCheck, TakesNullForNoText)
+TEST_F(UpdateCheck, AcceptsNullTexts)
 {
     Export("CheckForUpdates")(nullptr);
     Export("Upgrade")(nullptr);

@@ -27,7 +27,7 @@ using UpgradeCenter = LibraryTest;
 
 } // namespace
 
-TEST_F(UpgradeCenter, ProbesTheServiceAndAsksForItsOffers)
+TEST_F(UpgradeCenter, ProbesThenRequestsOffers)
 {
     EXPECT_EQ(Look(), Quit);
     EXPECT_TRUE(IsAsked(
@@ -35,7 +35,7 @@ TEST_F(UpgradeCenter, ProbesTheServiceAndAsksForItsOffers)
         "api_key=api-key&key=product-key&hardware_id=[0-9a-f]{64}&version=20\\.1&up=0$"));
 }
 
-TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
+TEST_F(UpgradeCenter, ClosesOnEveryExit)
 {
     const std::tuple<const char*, UINT, WPARAM> ways[]{
         {"the button", WM_COMMAND, IDCANCEL},
@@ -54,7 +54,7 @@ TEST_F(UpgradeCenter, IsLeftByEveryWayOut)
     EXPECT_EQ(ShowUpgrades(sends), Quit) << "while the center waits for a message";
 }
 
-TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
+TEST_F(UpgradeCenter, OpensTheSelectedOffersUrl)
 {
     const auto buys = [this](int row) {
         return ShowUpgrades([row](HWND center) {
@@ -76,7 +76,7 @@ TEST_F(UpgradeCenter, OpensTheAddressOfTheSelectedOffer)
     EXPECT_EQ(opened, expected);
 }
 
-TEST_F(UpgradeCenter, ReportsNothingAndStaysOpenUntilAButtonIsClickedThatDoesSomething)
+TEST_F(UpgradeCenter, IgnoresBuyWithoutSelection)
 {
     const User buysNothing = [this](HWND center) {
         SendMessageW(center, WM_COMMAND, IDOK, 0);
@@ -89,7 +89,7 @@ TEST_F(UpgradeCenter, ReportsNothingAndStaysOpenUntilAButtonIsClickedThatDoesSom
     EXPECT_TRUE(opened.empty());
 }
 
-TEST_F(UpgradeCenter, ShowsNoWindowAndTakesNoFocusWithoutOffers)
+TEST_F(UpgradeCenter, ShowsNoWindowWithoutOffers)
 {
     const HWND hostWindow =
         CreateWindowW(L"EDIT", L"", WS_POPUP | WS_VISIBLE, 0, 0, 80, 20, nullptr, nullptr, nullptr, nullptr);
@@ -110,7 +110,7 @@ TEST_F(UpgradeCenter, ShowsNoWindowAndTakesNoFocusWithoutOffers)
     DestroyWindow(hostWindow);
 }
 
-TEST_F(UpgradeCenter, AsksForNoOffersWithoutAKeyOrAConnection)
+TEST_F(UpgradeCenter, RequestsNoOffersWithoutAKeyOrAConnection)
 {
     for (const char* reply : {"", "0", "11", "1\n", " 1", "true", "1\xC3"}) {
         SCOPED_TRACE(reply);
@@ -123,7 +123,7 @@ TEST_F(UpgradeCenter, AsksForNoOffersWithoutAKeyOrAConnection)
     EXPECT_FALSE(IsAsked("get_updates"));
 }
 
-TEST_F(UpgradeCenter, ProbesTheServiceAfterItHasChosenTheProductAndBeforeItReadsTheRecord)
+TEST_F(UpgradeCenter, ReadsTheRecordAfterTheProbe)
 {
     service.AtProbe([&] { records.Write(L"Product\\1.0", L"key", L"changed"); });
     EXPECT_EQ(Look(), Quit);
