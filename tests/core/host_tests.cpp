@@ -16,10 +16,10 @@ namespace {
 
 constexpr std::uint32_t UntouchedCode = 77;
 
-// A call in progress, with the built-in texts.
-struct Call
+// A call in progress with the built-in texts.
+struct CallInProgress
 {
-    Call()
+    CallInProgress()
     {
         FillDefaultTexts(texts);
         CurrentTextTable = &texts;
@@ -40,7 +40,7 @@ TEST(ReportResult, WritesTheCodeAndItsText)
     };
     for (const auto& [code, id] : texts) {
         SCOPED_TRACE(code);
-        Call call;
+        CallInProgress call;
         call.texts.Set(id, L"the text");
         ReportResult(code);
         EXPECT_EQ(call.host.resultCode, code);
@@ -48,14 +48,18 @@ TEST(ReportResult, WritesTheCodeAndItsText)
     }
 }
 
-TEST(ReportResult, WritesUnknownCodesAndIgnoresSuccess)
+TEST(ReportResult, IgnoresSuccess)
 {
-    Call call;
+    CallInProgress call;
     ReportResult(200);
     EXPECT_EQ(call.host.resultCode, UntouchedCode);
     EXPECT_STREQ(call.text, L"untouched");
+}
+
+TEST(ReportResult, WritesUnknownCodesWithoutAText)
+{
     for (const std::uint32_t code : {123u, 201u, 1u, 0xFFFFFFFFu}) {
-        call.text[0] = L'x';
+        CallInProgress call;
         ReportResult(code);
         EXPECT_EQ(call.host.resultCode, code);
         EXPECT_STREQ(call.text, L"");
@@ -66,20 +70,20 @@ TEST(HostCallScope, RestoresTheHostsStateAfterAnException)
 {
     const TestFolder folder;
     alignas(AFX_MODULE_STATE) char memory[sizeof(AFX_MODULE_STATE)]{};
-    auto* const ofTheHost = reinterpret_cast<AFX_MODULE_STATE*>(memory);
-    AFX_MANAGE_STATE(ofTheHost)
+    auto* const hostState = reinterpret_cast<AFX_MODULE_STATE*>(memory);
+    AFX_MANAGE_STATE(hostState)
     wchar_t reserved[] = L"reserved";
     HostContext host{nullptr,       nullptr, nullptr,  0,        reserved,
                      UntouchedCode, nullptr, reserved, reserved, 12345};
     const HostContext before = host;
-    const auto leaveACall = [&] {
+    const auto failingCall = [&] {
         HostCallScope call(&host);
         EXPECT_EQ(AfxGetModuleState(), AfxGetStaticModuleState());
-        throw std::runtime_error("leaves the call");
+        throw std::runtime_error("the call fails");
     };
-    EXPECT_THROW(leaveACall(), std::runtime_error);
-    EXPECT_EQ(AfxGetModuleState(), ofTheHost);
-    EXPECT_EQ(CurrentHostContext, &host) << "after the call, too";
-    EXPECT_EQ(CurrentTextTable, &GetTextTable(L"DE")) << "the first call's, whatever language follows";
+    EXPECT_THROW(failingCall(), std::runtime_error);
+    EXPECT_EQ(AfxGetModuleState(), hostState);
+    EXPECT_EQ(CurrentHostContext, &host) << "is not cleared";
+    EXPECT_EQ(CurrentTextTable, &GetTextTable(L"DE")) << "is the first call's, whatever language follows";
     EXPECT_EQ(std::memcmp(&host, &before, sizeof host), 0);
 }

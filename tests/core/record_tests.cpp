@@ -27,7 +27,7 @@ TEST(ProductRecord, IsSelectedByNameAndVersion)
     const ProductRecords records;
     records.Write(L"Draft\\1\\1", L"key", L"too deep");
     records.Write(L"Draft\\1", L"version", L"1.2");
-    EXPECT_EQ(ReadKey(L"Draft", L"1"), L"") << "a record without a key is one";
+    EXPECT_EQ(ReadKey(L"Draft", L"1"), L"") << "a record without a key is a record";
     const std::pair<const wchar_t*, const wchar_t*> others[]{
         {L"Draft", L"2"}, {L"1", L"Draft"},    {L"", L"Draft"},
         {L"Draft", L""},  {L"Draft\\1", L"1"}, {L"Draft", L"1\\1"},
@@ -40,14 +40,14 @@ TEST(ProductRecord, IsSelectedByNameAndVersion)
 TEST(ProductRecord, ReadsValuesUpToTheFirstNul)
 {
     const std::wstring longText(20000, L'k');
-    const std::wstring room(256, L'k');
+    const std::wstring initialBuffer(256, L'k');
     const std::tuple<const char*, DWORD, std::wstring, std::size_t, std::wstring> values[]{
         {"nothing", REG_SZ, L"", 0, L""},
         {"a terminated text", REG_SZ, {L"key\0", 4}, 8, L"key"},
         {"an unterminated text", REG_SZ, L"key", 6, L"key"},
         {"an odd size", REG_SZ, {L"key\0", 4}, 7, L"key"},
         {"a NUL inside", REG_SZ, {L"key\0rest", 8}, 16, L"key"},
-        {"a text that fills the library's room", REG_SZ, room, 512, room},
+        {"a text that fills the initial buffer", REG_SZ, initialBuffer, 512, initialBuffer},
         {"a long text with a NUL inside", REG_SZ, longText + L'\0' + L"rest", 40010, longText},
         {"a text to be expanded", REG_EXPAND_SZ, L"key", 6, L""},
         {"a number", REG_DWORD, L"ab", 4, L""},

@@ -13,21 +13,21 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr char Body[] = "a=1&b=\xC3\xA9"; // e with an acute accent, as in the address
+constexpr char Body[] = "a=1&b=\xC3\xA9"; // e with an acute accent, as in the URL
 
-// What the next transfer delivers, each piece in elements of this size, and how it ends.
-Texts pieces;
+// The chunks that the next transfer delivers in elements of this size, and its result.
+Texts chunks;
 std::size_t elementSize = 1;
-CURLcode result = CURLE_OK;
+CURLcode transferResult = CURLE_OK;
 
-// What the last one saw.
+// What the last transfer saw.
 std::string sentBody;
 HCURSOR cursorDuringTransfer = nullptr;
 
-std::string Post(const Texts& answer, int withResult = CURLE_OK)
+std::string Post(const Texts& replyChunks, int result = CURLE_OK)
 {
-    pieces = answer;
-    result = static_cast<CURLcode>(withResult);
+    chunks = replyChunks;
+    transferResult = static_cast<CURLcode>(result);
     curlCalls.clear();
     return ServiceClient::Post(Body, L"https://service/\xE9");
 }
@@ -38,12 +38,12 @@ CURLcode PerformTransfer(const CurlTransfer& transfer)
 {
     sentBody = transfer.body;
     cursorDuringTransfer = SetCursor(LoadCursorW(nullptr, IDC_ARROW));
-    for (std::string& piece : pieces) {
-        const std::size_t taken =
-            transfer.write(piece.data(), elementSize, piece.size() / elementSize, nullptr);
-        EXPECT_EQ(taken, piece.size()) << "or libcurl ends the transfer";
+    for (std::string& chunk : chunks) {
+        const std::size_t accepted =
+            transfer.write(chunk.data(), elementSize, chunk.size() / elementSize, nullptr);
+        EXPECT_EQ(accepted, chunk.size()) << "or libcurl ends the transfer";
     }
-    return result;
+    return transferResult;
 }
 
 TEST(Post, CallsLibcurlInOrder)
@@ -87,9 +87,9 @@ TEST(Post, ShowsTheWaitCursor)
 
 TEST(Post, ReturnsTheLastChunk)
 {
-    EXPECT_EQ(Post({"one piece"}), "one piece");
-    EXPECT_EQ(Post({"a long first piece", "last"}), "last");
-    EXPECT_EQ(Post({}), "") << "nothing of the reply before";
+    EXPECT_EQ(Post({"one chunk"}), "one chunk");
+    EXPECT_EQ(Post({"a long first chunk", "last"}), "last");
+    EXPECT_EQ(Post({}), "") << "not the previous reply";
     EXPECT_EQ(Post({std::string("a\0b", 3)}), std::string("a\0b", 3));
     elementSize = 2;
     EXPECT_EQ(Post({"in pairs"}), "in pairs");
@@ -114,8 +114,8 @@ TEST(Post, ReturnsADocumentForEachFailure)
 
 TEST(TextConversion, AcceptsOnlyTheBasicMultilingualPlane)
 {
-    const std::wstring wholePlane(L"a\0\xFC\x20AC\xD7FF\xE000\xFFFF", 7); // at the borders of what is refused
-    EXPECT_EQ(ToWide(ToUtf8(wholePlane)), wholePlane);
+    const std::wstring accepted(L"a\0\xFC\x20AC\xD7FF\xE000\xFFFF", 7);
+    EXPECT_EQ(ToWide(ToUtf8(accepted)), accepted);
     for (const char* utf8 : {"\xFF", "a\xC3", "\xC0\x80", "\xED\xA0\xBD", "\xF0\x9F\x98\x80", "a\x80z"}) {
         EXPECT_THROW(ToWide(utf8), std::range_error) << utf8;
     }

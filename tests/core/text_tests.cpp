@@ -15,7 +15,7 @@ namespace {
 
 using Texts = std::vector<std::wstring>;
 
-// A table of texts.json: the text of each number.
+// Reads a table of texts.json, which has a text for each number.
 std::map<int, std::wstring> ReadTable(const char* name)
 {
     std::map<int, std::wstring> table;
@@ -42,13 +42,13 @@ Texts LoadTexts(const std::wstring& path)
     return AllTexts(table);
 }
 
-// How many texts there are while somebody else has the file open, and shares it so.
-std::size_t CountTextsBeside(const wchar_t* path, DWORD sharing)
+// Returns how many texts are loaded while the file is open elsewhere with this sharing mode.
+std::size_t CountTextsWhileOpen(const wchar_t* path, DWORD sharing)
 {
     HANDLE other =
         CreateFileW(path, GENERIC_READ | GENERIC_WRITE, sharing, nullptr, OPEN_EXISTING, 0, nullptr);
     const std::size_t count = LoadTexts(path).size();
-    EXPECT_TRUE(CloseHandle(other));
+    EXPECT_TRUE(CloseHandle(other)) << "the file could not be opened";
     return count;
 }
 
@@ -70,7 +70,7 @@ TEST(LanguageFile, IsReadFromTheWorkingDirectory)
     std::filesystem::create_directories("lang/DE");
     WriteFile("lang/DE/Vemo_DE.lang", L"deutsch");
     EXPECT_EQ(AllTexts(TextTable(L"DE")), Texts{L"deutsch"});
-    EXPECT_EQ(AllTexts(TextTable(L"FR")).size(), 88u) << "the built-in texts without a file";
+    EXPECT_EQ(AllTexts(TextTable(L"FR")).size(), 88u) << "the built-in texts if there is no file";
 }
 
 TEST(LanguageFile, IsReadUpToTheFirstInvalidCharacter)
@@ -85,10 +85,10 @@ TEST(LanguageFile, IsReadUpToTheFirstInvalidCharacter)
         {"a line feed's byte in a character", L"\x0A0A\x010A", "", {L"\x0A0A\x010A"}},
         {"a character outside the basic plane", L"\xD83D\xDE00.\nb", "", {L"\xD83D\xDE00.", L"b"}},
         {"an odd byte", L"a\nb", "x", {L"a", L"b"}},
-        {"a high half alone", L"a\nb\xD83D\nd", "", {L"a", L"b"}},
-        {"a high half at the end", L"a\nb\xDBFF", "", {L"a", L"b"}},
-        {"two high halves", L"a\nb\xD800\xD83D\xDE00\nd", "", {L"a", L"b"}},
-        {"a low half alone", L"a\n\xDFFF\nd", "", {L"a", L""}},
+        {"an unpaired high surrogate", L"a\nb\xD83D\nd", "", {L"a", L"b"}},
+        {"a high surrogate at the end", L"a\nb\xDBFF", "", {L"a", L"b"}},
+        {"two high surrogates", L"a\nb\xD800\xD83D\xDE00\nd", "", {L"a", L"b"}},
+        {"an unpaired low surrogate", L"a\n\xDFFF\nd", "", {L"a", L""}},
         {"more than a block", longLine + L"\n" + longLine, "", {longLine, longLine}},
     };
     const TestFolder folder;
@@ -99,14 +99,19 @@ TEST(LanguageFile, IsReadUpToTheFirstInvalidCharacter)
     }
 }
 
-TEST(LanguageFile, IsSharedWithReadersAndWritersAndMustBeWritableAndIsNeverMade)
+TEST(LanguageFile, IsNotCreated)
 {
     const TestFolder folder;
     EXPECT_EQ(LoadTexts(L"missing.lang").size(), 88u);
-    EXPECT_TRUE(std::filesystem::is_empty("."));
+    EXPECT_FALSE(std::filesystem::exists("missing.lang"));
+}
+
+TEST(LanguageFile, MustBeWritableButNotExclusive)
+{
+    const TestFolder folder;
     WriteFile("x.lang", L"one text");
-    EXPECT_EQ(CountTextsBeside(L"x.lang", FILE_SHARE_READ | FILE_SHARE_WRITE), 1u);
-    EXPECT_EQ(CountTextsBeside(L"x.lang", FILE_SHARE_READ), 88u) << "others may not write to it";
+    EXPECT_EQ(CountTextsWhileOpen(L"x.lang", FILE_SHARE_READ | FILE_SHARE_WRITE), 1u);
+    EXPECT_EQ(CountTextsWhileOpen(L"x.lang", FILE_SHARE_READ), 88u) << "it may not be written to";
 }
 
 TEST(BuiltInTexts, MatchTheTable)

@@ -1,4 +1,4 @@
-// What Windows is asked about a server's certificate, and what is said of its answers.
+// Which questions Windows gets about a server's certificate, and what becomes of its answers.
 #define CERT_CHAIN_PARA_HAS_EXTRA_FIELDS
 
 #include "certificate/server_certificate.h"
@@ -12,7 +12,7 @@ using namespace product_services_guard;
 
 namespace {
 
-// A certificate without names, and a chain whose judgement the test makes up.
+// A certificate without names, and a chain whose errors the test sets.
 CERT_INFO information{};
 CERT_CONTEXT certificate{X509_ASN_ENCODING, nullptr, 0, &information, reinterpret_cast<HCERTSTORE>(0x5702E)};
 CERT_CHAIN_CONTEXT builtChain{};
@@ -23,10 +23,10 @@ BOOL WINAPI GetChain(
     HCERTCHAINENGINE engine, PCCERT_CONTEXT subject, FILETIME* time, HCERTSTORE intermediates,
     CERT_CHAIN_PARA* parameters, DWORD flags, void*, PCCERT_CHAIN_CONTEXT* chain)
 {
-    EXPECT_EQ(engine, nullptr) << "the user's";
+    EXPECT_EQ(engine, nullptr) << "the current user's";
     EXPECT_EQ(subject, &certificate);
     EXPECT_EQ(time, nullptr) << "now";
-    EXPECT_EQ(intermediates, certificate.hCertStore) << "what the server has sent";
+    EXPECT_EQ(intermediates, certificate.hCertStore) << "the certificates that the server has sent";
     EXPECT_EQ(parameters->RequestedUsage.Usage.cUsageIdentifier, 1u);
     EXPECT_STREQ(parameters->RequestedUsage.Usage.rgpszUsageIdentifier[0], szOID_PKIX_KP_SERVER_AUTH);
     EXPECT_EQ(parameters->dwUrlRetrievalTimeout, 1234u);
@@ -58,7 +58,7 @@ BOOL WINAPI VerifyPolicy(
     return TRUE;
 }
 
-constexpr CertificateApi StandIn{GetChain, FreeChain, VerifyPolicy};
+constexpr CertificateApi FakeApi{GetChain, FreeChain, VerifyPolicy};
 
 } // namespace
 
@@ -89,17 +89,17 @@ TEST(ServerCertificate, IsVerifiedByWindows)
         const std::wstring expected = reason.empty() ? L""
                                                      : L"The certificate of host.example is not valid: " +
                                                            reason + L". It is for , issued by .";
-        EXPECT_EQ(VerifyCertificate(&certificate, L"host.example", 1234, StandIn), expected);
+        EXPECT_EQ(VerifyCertificate(&certificate, L"host.example", 1234, FakeApi), expected);
         EXPECT_TRUE(isChainFreed);
     }
 }
 
 TEST(ServerCertificate, IsRejectedIfWindowsFails)
 {
-    CertificateApi failing = StandIn;
+    CertificateApi failing = FakeApi;
     failing.getChain = [](auto...) { return FALSE; };
     EXPECT_NE(VerifyCertificate(&certificate, L"host.example", 1234, failing), L"");
-    failing = StandIn;
+    failing = FakeApi;
     failing.verifyPolicy = [](auto...) { return FALSE; };
     EXPECT_NE(VerifyCertificate(&certificate, L"host.example", 1234, failing), L"");
 }

@@ -1,31 +1,21 @@
-// ProductServicesGuard.dll of the tests' family through its exports, with a product record, a service, and a
-// second thread as the user.
+// ProductServicesGuard.dll of the tests' family, as a host sees it.
 #pragma once
 
-#include "support/loopback_server.h"
-
-#include "support/import_hook.h"
-#include "support/product_records.h"
-#include "support/test_folder.h"
+#include "support/dll_fixture.h"
 
 #include <product_services/guarded_calls.h>
 
-#include <algorithm>
-#include <functional>
 #include <iterator>
-#include <list>
-#include <thread>
-#include <window_automation.h>
 
-/// What a guarded call left behind: its outcome, the text, and the result code, which most calls do not have.
-struct Ended
+/// What a guarded call returns and writes into its structure.
+struct GuardedResult
 {
     ProductServicesOutcome outcome;
     std::wstring text;
     std::uint32_t resultCode = PRODUCT_SERVICES_NO_RESULT;
     bool isTruncated = false;
 
-    bool operator==(const Ended&) const = default;
+    bool operator==(const GuardedResult&) const = default;
 };
 
 inline const char* Name(ProductServicesOutcome outcome)
@@ -51,25 +41,28 @@ inline const char* Name(ProductServicesOutcome outcome)
     return outcome < std::size(Names) ? Names[outcome] : "an unknown outcome";
 }
 
-inline void PrintTo(const Ended& ended, std::ostream* stream)
+inline void PrintTo(const GuardedResult& result, std::ostream* stream)
 {
-    *stream << Name(ended.outcome) << ", code " << static_cast<int>(ended.resultCode) << ", \""
-            << testing::PrintToString(ended.text) << '"' << (ended.isTruncated ? ", truncated" : "");
+    *stream << Name(result.outcome) << ", code " << static_cast<int>(result.resultCode) << ", "
+            << testing::PrintToString(result.text) << (result.isTruncated ? ", truncated" : "");
 }
 
-inline const Ended UserQuit{PRODUCT_SERVICES_OUTCOME_USER_QUIT, L"User chose to quit!", 540};
-inline const Ended NoUpgrades{PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, L"No upgrades found!", 920};
-inline const Ended TimedOut{PRODUCT_SERVICES_OUTCOME_TIMED_OUT, L"The time limit was exceeded."};
-inline const Ended Cancelled{PRODUCT_SERVICES_OUTCOME_CANCELLED, L"The call was cancelled."};
-inline const Ended Busy{PRODUCT_SERVICES_OUTCOME_BUSY, L"Another call is already in progress."};
+inline const GuardedResult UserQuit{PRODUCT_SERVICES_OUTCOME_USER_QUIT, L"User chose to quit!", 540};
+inline const GuardedResult NoUpgrades{PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, L"No upgrades found!", 920};
+inline const GuardedResult TimedOut{PRODUCT_SERVICES_OUTCOME_TIMED_OUT, L"The time limit was exceeded."};
+inline const GuardedResult Cancelled{PRODUCT_SERVICES_OUTCOME_CANCELLED, L"The call was cancelled."};
+inline const GuardedResult Busy{PRODUCT_SERVICES_OUTCOME_BUSY, L"Another call is already in progress."};
 
-class GuardTest : public testing::Test
+/// A reply with one offer whose URL is valid.
+inline constexpr char GoodOffer[] = R"([{"name":"X","version":"2","url":"https://shop.example/x"}])";
+inline const std::wstring GoodUrl = L"https://shop.example/x";
+inline const GuardedResult NewerRelease{PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE, GoodUrl, 200};
+
+class GuardTest : public DllTest
 {
 protected:
-    GuardTest()
+    GuardTest() : DllTest(L"ProductServicesGuardForTests.dll")
     {
-        records.Write(L"Product\\1.0", L"key", L"product-key");
-        records.Write(L"Product\\1.0", L"version", L"20.1");
         params.size = sizeof params;
         params.languageId = PRODUCT_SERVICES_LANGUAGE_EN;
         params.productName = L"Product";
@@ -79,36 +72,37 @@ protected:
         Load();
     }
 
-    ~GuardTest() override { Unload(); }
-
-    /// Loads the DLL anew, which knows of no call yet.
-    void Reload()
-    {
-        Unload();
-        ASSERT_EQ(GetModuleHandleW(L"ProductServicesGuardForTests.dll"), nullptr);
-        Load();
-    }
-
-    /// Until the DLL is unloaded, it calls `replacement` instead.
-    template <typename Function>
-    void ReplaceImport(const char* name, Function* replacement)
-    {
-        EXPECT_TRUE(hooks.emplace_back().Install(guard, name, reinterpret_cast<void*>(replacement))) << name;
-    }
-
     decltype(&GuardedUpgrade) Export(const char* name) const
     {
-        return reinterpret_cast<decltype(&GuardedUpgrade)>(
-            reinterpret_cast<void*>(GetProcAddress(guard, name)));
+        return GetExport<decltype(&GuardedUpgrade)>(name);
     }
 
-    Ended Check() { return Call("GuardedCheckForUpdates", params); }
-    Ended Upgrade() { return Call("GuardedUpgrade", params); }
+    GuardedResult Check() { return Call("GuardedCheckForUpdates"); }
+    GuardedResult Upgrade() { return Call("GuardedUpgrade"); }
 
-    /// Makes a call with its own parameters, whatever the previous one left in them.
-    Ended Call(const char* name, GuardedCallParams call) const
+    /// Shows the upgrade center to a user who does `action` with its window.
+    GuardedResult UpgradeWith(const DialogAction& action)
+    {
+        return CallWithUser(action, [this] { return Upgrade(); });
+    }
+
+    /// Leaves the upgrade center with Exit.
+    static void ClickExit(HWND center) { window_automation::ClickButton(center, IDCANCEL); }
+
+    GuardedCallParams params{};
+
+    /// What the DLL did instead of showing a message box, opening a URL and setting the cursor.
+    static inline std::vector<std::wstring> boxes;
+    static inline std::vector<std::wstring> opened;
+    static inline int cursorChanges;
+    static inline std::function<void()> onMessageBox;
+
+private:
+    /// Makes a call with a copy of the parameters.
+    GuardedResult Call(const char* name) const
     {
         std::wstring text(1000, L'#');
+        GuardedCallParams call = params;
         call.resultText = text.data();
         call.resultTextCapacity = static_cast<std::uint32_t>(text.size());
         call.resultCode = 77;
@@ -118,66 +112,34 @@ protected:
         return {outcome, text.substr(0, text.find(L'\0')), call.resultCode, call.isTextTruncated == 1};
     }
 
-    /// The upgrade center, with another thread that works it as its user.
-    Ended UpgradeWith(const std::function<void(HWND center)>& user)
-    {
-        std::thread thread(
-            [&user, caller = GetCurrentThreadId()] { user(window_automation::WaitForDialog(caller)); });
-        Ended ended = Upgrade();
-        thread.join();
-        return ended;
-    }
-
-    TestFolder folder;
-    ProductRecords records;
-    LoopbackServer service;
-    HMODULE guard = nullptr;
-    GuardedCallParams params{};
-
-    /// What the loaded DLL did instead of showing a box, opening a URL and setting the cursor.
-    static inline std::vector<std::wstring> boxes;
-    static inline std::vector<std::wstring> opened;
-    static inline int cursorChanges;
-    static inline std::function<void()> atBox;
-
-private:
-    void Load()
+    void PrepareDll() override
     {
         boxes.clear();
         opened.clear();
         cursorChanges = 0;
-        atBox = [] {};
-        guard = LoadLibraryW(L"ProductServicesGuardForTests.dll");
-        ReplaceImport("MessageBoxW", RecordBox);
-        ReplaceImport("ShellExecuteW", RecordOpened);
-        ReplaceImport("SetCursor", RecordCursor);
+        onMessageBox = [] {};
+        ReplaceImport("MessageBoxW", RecordMessageBox);
+        ReplaceImport("ShellExecuteW", RecordShellExecute);
+        ReplaceImport("SetCursor", RecordSetCursor);
     }
 
-    void Unload()
-    {
-        hooks.clear();
-        FreeLibrary(guard);
-    }
-
-    static int WINAPI RecordBox(HWND, const wchar_t* text, const wchar_t*, UINT)
+    static int WINAPI RecordMessageBox(HWND, const wchar_t* text, const wchar_t*, UINT)
     {
         boxes.emplace_back(text);
-        atBox();
+        onMessageBox();
         return IDOK;
     }
 
     static HINSTANCE WINAPI
-    RecordOpened(HWND, const wchar_t*, const wchar_t* url, const wchar_t*, const wchar_t*, int)
+    RecordShellExecute(HWND, const wchar_t*, const wchar_t* url, const wchar_t*, const wchar_t*, int)
     {
         opened.emplace_back(url);
         return reinterpret_cast<HINSTANCE>(INT_PTR{33});
     }
 
-    static HCURSOR WINAPI RecordCursor(HCURSOR cursor)
+    static HCURSOR WINAPI RecordSetCursor(HCURSOR cursor)
     {
         ++cursorChanges;
         return cursor;
     }
-
-    std::list<product_services_guard::ImportHook> hooks;
 };

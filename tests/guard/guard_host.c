@@ -1,6 +1,6 @@
-/* A host in C that makes guarded calls: guard_host WORD... Each word sets something for the calls behind it,
- * or is a call. For each call it prints a line: its outcome, its result code and its text. If a time limit is
- * set, another line says how long the call took, in seconds, rounded down. */
+/* A host in C that makes guarded calls: guard_host WORD... Each word sets something for the calls that follow
+ * it, or makes a call. For each call it prints a line with the outcome, the result code and the text. If a time
+ * limit is set, another line gives the duration in seconds, rounded down. */
 #include "product_services/guarded_calls.h"
 
 #include <stdio.h>
@@ -33,7 +33,7 @@ static void Print(const char* name, ProductServicesOutcome outcome, ULONGLONG st
     fflush(stdout);
 }
 
-/* Has Windows fetch a list of revoked certificates, which it then keeps in its cache. */
+/* Makes Windows fetch a list of revoked certificates, which it then keeps in its cache. */
 static void FetchCrl(const char* url)
 {
     void* crl = NULL;

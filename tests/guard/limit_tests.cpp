@@ -1,15 +1,11 @@
-// How long a guarded call takes, who may make one, and when it gives up.
+// Time limits, cancellation, and one guarded call at a time.
 #include "guard_fixture.h"
-
-#include <atomic>
 
 namespace {
 
 using TimeLimit = GuardTest;
 using CancelFlag = GuardTest;
 using OneCallAtATime = GuardTest;
-
-constexpr char GoodOffer[] = R"([{"name":"X","version":"2","url":"https://shop.example/x"}])";
 
 class Stopwatch
 {
@@ -20,12 +16,22 @@ private:
     std::uint64_t m_start = GetTickCount64();
 };
 
-std::function<void()> atTimer;
+std::function<void()> onTimer;
 
 void CALLBACK OnTimer(HWND, UINT, UINT_PTR timer, DWORD)
 {
     KillTimer(nullptr, timer);
-    atTimer();
+    onTimer();
+}
+
+// Runs `work` on a thread that may end before `work` returns.
+HANDLE StartThread(std::function<void()>& work)
+{
+    const LPTHREAD_START_ROUTINE run = [](void* parameter) -> DWORD {
+        (*static_cast<std::function<void()>*>(parameter))();
+        return 0;
+    };
+    return CreateThread(nullptr, 0, run, &work, 0, nullptr);
 }
 
 } // namespace
@@ -38,8 +44,8 @@ TEST_F(TimeLimit, EndsASilentTransfer)
         const char* beginning;
     } cases[]{
         {"before the reply", ""},
-        {"within its head", "HTTP/1.1 200 OK\r\nContent-"},
-        {"within its body", "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{"},
+        {"in its headers", "HTTP/1.1 200 OK\r\nContent-"},
+        {"in its body", "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{"},
     };
     params.timeLimitMs = 400;
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
@@ -56,25 +62,25 @@ TEST_F(TimeLimit, EndsASilentTransfer)
 TEST_F(TimeLimit, CoversAllTransfersOfACall)
 {
     params.timeLimitMs = 600;
-    service.AtProbe([] { Sleep(400); });
+    service.OnProbe([] { Sleep(400); });
     service.Hang();
     const Stopwatch stopwatch;
     EXPECT_EQ(Upgrade(), TimedOut);
-    EXPECT_LT(stopwatch.Ms(), 950u) << "the query had no 600 ms of its own";
+    EXPECT_LT(stopwatch.Ms(), 950u) << "the query had 600 ms for itself";
 }
 
 TEST_F(TimeLimit, ExcludesTimeWithAWindowOpen)
 {
     params.timeLimitMs = 500;
     service.Answer(GoodOffer);
-    const auto waits = [](HWND center) {
+    const auto waitAndExit = [](HWND center) {
         Sleep(700);
-        window_automation::ClickButton(center, IDCANCEL);
+        ClickExit(center);
     };
-    EXPECT_EQ(UpgradeWith(waits), UserQuit);
+    EXPECT_EQ(UpgradeWith(waitAndExit), UserQuit);
 }
 
-TEST_F(CancelFlag, EndsATransferAndPreventsACall)
+TEST_F(CancelFlag, EndsATransfer)
 {
     volatile std::uint32_t cancelFlag = 0;
     params.cancelFlag = &cancelFlag;
@@ -89,80 +95,73 @@ TEST_F(CancelFlag, EndsATransferAndPreventsACall)
     EXPECT_GE(stopwatch.Ms(), 250u);
     EXPECT_LT(stopwatch.Ms(), 1300u);
     host.join();
+}
 
-    service.TakeRequests();
+TEST_F(CancelFlag, PreventsACall)
+{
+    volatile std::uint32_t cancelFlag = 1;
+    params.cancelFlag = &cancelFlag;
     service.Answer(GoodOffer);
     EXPECT_EQ(Check(), Cancelled);
     EXPECT_EQ(service.TakeRequests(), "");
     cancelFlag = 0;
-    EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
+    EXPECT_EQ(Check(), NewerRelease);
 }
 
 TEST_F(OneCallAtATime, RejectsASecondCall)
 {
-    std::atomic<int> refused = 0;
+    std::atomic<int> rejected = 0;
     const auto callAgain = [&] {
         EXPECT_EQ(Check(), Busy);
-        ++refused;
+        ++rejected;
     };
-    service.AtProbe(callAgain);
+    service.OnProbe(callAgain); // on the server's thread
     service.Answer(GoodOffer);
-    atTimer = callAgain;
+    onTimer = callAgain;
     SetTimer(nullptr, 0, USER_TIMER_MINIMUM, OnTimer);
-    const auto exitsOnceBothWereRefused = [&](HWND center) {
-        EXPECT_TRUE(window_automation::WaitFor([&] { return refused == 2; }))
-            << refused << " of 2 were refused";
-        window_automation::ClickButton(center, IDCANCEL);
+    const auto exitWhenBothAreRejected = [&](HWND center) {
+        EXPECT_TRUE(window_automation::WaitFor([&] { return rejected == 2; }))
+            << rejected << " of 2 calls were rejected";
+        ClickExit(center);
     };
-    EXPECT_EQ(UpgradeWith(exitsOnceBothWereRefused), UserQuit) << "the first call is not disturbed";
-    EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
+    EXPECT_EQ(UpgradeWith(exitWhenBothAreRejected), UserQuit) << "the first call is not disturbed";
+    EXPECT_EQ(Check(), NewerRelease);
 }
 
 TEST_F(OneCallAtATime, AllowsQuietChecksOnAnyThread)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
     service.Answer(GoodOffer);
-    EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
-    std::thread([&] { EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE); }).join();
-    EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
-}
-
-// Runs `work` on a thread of its own, which need not return from it.
-static HANDLE StartThread(std::function<void()>& work)
-{
-    const LPTHREAD_START_ROUTINE run = [](void* parameter) -> DWORD {
-        (*static_cast<std::function<void()>*>(parameter))();
-        return 0;
-    };
-    return CreateThread(nullptr, 0, run, &work, 0, nullptr);
+    EXPECT_EQ(Check(), NewerRelease);
+    std::thread([&] { EXPECT_EQ(Check(), NewerRelease); }).join();
+    EXPECT_EQ(Check(), NewerRelease);
 }
 
 TEST_F(OneCallAtATime, RecoversFromAThreadThatExited)
 {
     service.Answer(GoodOffer);
-    atTimer = [] { ExitThread(0); };
-    std::function<void()> leaves = [this] {
+    onTimer = [] { ExitThread(0); };
+    std::function<void()> upgradeUntilTimer = [this] {
         SetTimer(nullptr, 0, USER_TIMER_MINIMUM, OnTimer);
         Upgrade();
     };
-    const HANDLE thread = StartThread(leaves);
+    const HANDLE thread = StartThread(upgradeUntilTimer);
     ASSERT_EQ(WaitForSingleObject(thread, 10'000), WAIT_OBJECT_0);
     CloseHandle(thread);
-    const auto exits = [](HWND center) { window_automation::ClickButton(center, IDCANCEL); };
-    EXPECT_EQ(UpgradeWith(exits), UserQuit);
+    EXPECT_EQ(UpgradeWith(ClickExit), UserQuit);
 }
 
 TEST_F(OneCallAtATime, RecoversFromATerminatedThread)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
     service.Hang();
-    std::function<void()> checks = [this] { Check(); };
-    const HANDLE thread = StartThread(checks);
+    std::function<void()> check = [this] { Check(); };
+    const HANDLE thread = StartThread(check);
     EXPECT_TRUE(window_automation::WaitFor([this] { return service.IsHanging(); })) << "no query arrived";
     EXPECT_EQ(Check(), Busy);
     TerminateThread(thread, 0);
     ASSERT_EQ(WaitForSingleObject(thread, 10'000), WAIT_OBJECT_0);
     CloseHandle(thread);
     service.Answer(GoodOffer);
-    EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
+    EXPECT_EQ(Check(), NewerRelease);
 }

@@ -1,6 +1,7 @@
-// What a guarded call makes of each thing that can happen.
+// The outcomes of guarded calls.
 #include "guard_fixture.h"
 
+#include "support/text_assertions.h"
 #include "ui/resource.h"
 
 namespace {
@@ -8,16 +9,15 @@ namespace {
 using GuardedCheck = GuardTest;
 using GuardedUpgradeCenter = GuardTest;
 
-constexpr char GoodOffer[] = R"([{"name":"X","version":"2","url":"https://shop.example/x"}])";
 const std::wstring LatestVersion = L"You are running the latest version";
 const std::wstring NoInternet = L"No internet found!";
 const std::wstring NoConnection = L"For upgrade center to appear, you need a stable internet connection!";
 
-const auto exits = [](HWND center) { window_automation::ClickButton(center, IDCANCEL); };
-const auto buys = [](HWND center) {
+void BuyFirstOffer(HWND center)
+{
     window_automation::SelectRow(GetDlgItem(center, IDC_UPGRADE_OFFERS), 0);
     window_automation::ClickButton(center, IDOK);
-};
+}
 
 } // namespace
 
@@ -27,10 +27,10 @@ TEST_F(GuardedCheck, ClassifiesReplies)
     {
         const char* name;
         const char* reply;
-        Ended ended;
+        GuardedResult result;
         std::vector<std::wstring> boxes;
     } const cases[]{
-        {"an offer", GoodOffer, {PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE, L"https://shop.example/x", 200}, {}},
+        {"an offer", GoodOffer, NewerRelease, {}},
         {"an empty reply", "", {PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, LatestVersion}, {LatestVersion}},
         {"a refusal with a reason",
          R"({"status":0,"error":"unknown key: \u00fc"})",
@@ -58,11 +58,11 @@ TEST_F(GuardedCheck, ClassifiesReplies)
          {PRODUCT_SERVICES_OUTCOME_INVALID_REPLY, L"bad conversion"},
          {}},
     };
-    for (const auto& [name, reply, ended, expectedBoxes] : cases) {
+    for (const auto& [name, reply, result, expectedBoxes] : cases) {
         SCOPED_TRACE(name);
         boxes.clear();
         service.Answer(reply);
-        EXPECT_EQ(Check(), ended);
+        EXPECT_EQ(Check(), result);
         EXPECT_EQ(boxes, expectedBoxes);
     }
 }
@@ -70,20 +70,19 @@ TEST_F(GuardedCheck, ClassifiesReplies)
 TEST_F(GuardedCheck, ReportsParserErrorsInUtf16)
 {
     service.Answer("[\"\u00E4\u00F6\u00FC \u4E2D\u6587 \U0001F600");
-    const Ended ended = Check();
-    EXPECT_EQ(ended.outcome, PRODUCT_SERVICES_OUTCOME_INVALID_REPLY);
-    EXPECT_TRUE(ended.text.starts_with(L"[json.exception.parse_error.101]")) << testing::PrintToString(ended);
-    EXPECT_TRUE(ended.text.ends_with(L"last read: '\"\u00E4\u00F6\u00FC \u4E2D\u6587 \U0001F600'"))
-        << testing::PrintToString(ended);
+    const GuardedResult result = Check();
+    EXPECT_EQ(result.outcome, PRODUCT_SERVICES_OUTCOME_INVALID_REPLY);
+    EXPECT_EQ(result.text.substr(0, 32), L"[json.exception.parse_error.101]");
+    EXPECT_TRUE(EndsWith(result.text, L"last read: '\"\u00E4\u00F6\u00FC \u4E2D\u6587 \U0001F600'"));
 }
 
 TEST_F(GuardedCheck, ShowsNothingIfQuiet)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
     service.Answer("");
-    EXPECT_EQ(Check(), (Ended{PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, LatestVersion}));
+    EXPECT_EQ(Check(), (GuardedResult{PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, LatestVersion}));
     service.Answer(R"({"status":0})");
-    EXPECT_EQ(Check(), (Ended{PRODUCT_SERVICES_OUTCOME_REFUSED, NoInternet}));
+    EXPECT_EQ(Check(), (GuardedResult{PRODUCT_SERVICES_OUTCOME_REFUSED, NoInternet}));
     service.Stop();
     EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_UNREACHABLE);
     EXPECT_EQ(boxes, std::vector<std::wstring>());
@@ -93,32 +92,30 @@ TEST_F(GuardedCheck, ShowsNothingIfQuiet)
 TEST_F(GuardedCheck, ReportsWhyTheServiceIsUnreachable)
 {
     service.Stop();
-    const Ended ended = Check();
-    EXPECT_EQ(ended.outcome, PRODUCT_SERVICES_OUTCOME_UNREACHABLE);
-    EXPECT_NE(ended.text.find(L"Failed to connect to 127.1."), ended.text.npos)
-        << testing::PrintToString(ended);
+    const GuardedResult result = Check();
+    EXPECT_EQ(result.outcome, PRODUCT_SERVICES_OUTCOME_UNREACHABLE);
+    EXPECT_TRUE(Contains(result.text, L"Failed to connect to 127.1."));
     EXPECT_EQ(boxes, std::vector{NoInternet});
     EXPECT_GT(cursorChanges, 0);
 }
 
-// The document for libcurl's error 42, which the library cannot parse, must not hide that.
+// libcurl's error 42 leads to a document that cannot be parsed, which must not become the outcome.
 TEST_F(GuardedCheck, RequiresACertificate)
 {
     params.options = 0;
-    const Ended ended = Check();
-    EXPECT_EQ(ended.outcome, PRODUCT_SERVICES_OUTCOME_UNTRUSTED_CERTIFICATE);
-    EXPECT_TRUE(ended.text.ends_with(L"is not encrypted, so there is no certificate to verify."))
-        << testing::PrintToString(ended);
+    const GuardedResult result = Check();
+    EXPECT_EQ(result.outcome, PRODUCT_SERVICES_OUTCOME_UNTRUSTED_CERTIFICATE);
+    EXPECT_TRUE(EndsWith(result.text, L"is not encrypted, so there is no certificate to verify."));
     EXPECT_EQ(service.TakeRequests(), "");
 }
 
 TEST_F(GuardedCheck, SendsNothingWithoutAKey)
 {
-    const Ended nothingSent{
+    const GuardedResult nothingSent{
         PRODUCT_SERVICES_OUTCOME_NOTHING_SENT, L"The API key or the product key is empty."};
     params.apiKey = nullptr;
     EXPECT_EQ(Check(), nothingSent);
-    EXPECT_EQ(Upgrade(), nothingSent) << "the probe alone does not count";
+    EXPECT_EQ(Upgrade(), nothingSent) << "a probe does not count";
     params.apiKey = L"api-key";
     records.Write(L"Product\\1.0", L"key", L"");
     EXPECT_EQ(Check(), nothingSent);
@@ -128,7 +125,7 @@ TEST_F(GuardedCheck, SendsNothingWithoutAKey)
 TEST_F(GuardedCheck, ReportsAKeyThatCannotBeSent)
 {
     params.apiKey = L"\U0001F600";
-    const Ended failed{
+    const GuardedResult failed{
         PRODUCT_SERVICES_OUTCOME_FAILED, L"A key or the version cannot be sent: bad conversion"};
     EXPECT_EQ(Check(), failed);
     EXPECT_EQ(Upgrade(), failed);
@@ -137,11 +134,11 @@ TEST_F(GuardedCheck, ReportsAKeyThatCannotBeSent)
 TEST_F(GuardedCheck, ReportsAMissingRecord)
 {
     params.productVersion = L"2.0";
-    const Ended noRecord{
+    const GuardedResult noRecord{
         PRODUCT_SERVICES_OUTCOME_NO_PRODUCT_RECORD, L"No data of the installed product was found.", 950};
     EXPECT_EQ(Check(), noRecord);
     service.Stop();
-    EXPECT_EQ(Upgrade(), noRecord) << "whether or not the service is reached";
+    EXPECT_EQ(Upgrade(), noRecord) << "even if the service cannot be reached";
 }
 
 TEST_F(GuardedCheck, ReportsOnlyStrictHttpsUrls)
@@ -155,7 +152,6 @@ TEST_F(GuardedCheck, ReportsOnlyStrictHttpsUrls)
     } cases[]{
         {"any host", nullptr, L"https://any.example/x", PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE},
         {"another scheme", nullptr, L"http://any.example/x", PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS},
-        {"a program", nullptr, L"calc.exe", PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS},
         {"an empty URL", nullptr, L"", PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS},
         {"a host of the list", L"a.example;b.example", L"https://b.example/x",
          PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE},
@@ -167,7 +163,7 @@ TEST_F(GuardedCheck, ReportsOnlyStrictHttpsUrls)
         service.Answer(
             R"([{"name":"X","version":"2","url":")" + std::string(url.begin(), url.end()) + R"("}])");
         const bool isTrusted = outcome == PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE;
-        EXPECT_EQ(Check(), (Ended{outcome, url, isTrusted ? 200 : PRODUCT_SERVICES_NO_RESULT}));
+        EXPECT_EQ(Check(), (GuardedResult{outcome, url, isTrusted ? 200 : PRODUCT_SERVICES_NO_RESULT}));
     }
 }
 
@@ -178,7 +174,7 @@ TEST_F(GuardedUpgradeCenter, ClassifiesReplies)
         const char* name;
         const char* probe;
         const char* reply;
-        Ended ended;
+        GuardedResult result;
     } const cases[]{
         {"an empty reply", "1", "", NoUpgrades},
         {"an empty list", "1", "[]", {PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, L""}},
@@ -186,7 +182,7 @@ TEST_F(GuardedUpgradeCenter, ClassifiesReplies)
          "1",
          R"({"status":0,"error":"why"})",
          {PRODUCT_SERVICES_OUTCOME_REFUSED, L"why", 940}},
-        {"another answer of the probe",
+        {"an unexpected reply to the probe",
          "0",
          GoodOffer,
          {PRODUCT_SERVICES_OUTCOME_REFUSED, NoConnection, 940}},
@@ -200,11 +196,11 @@ TEST_F(GuardedUpgradeCenter, ClassifiesReplies)
          {PRODUCT_SERVICES_OUTCOME_INVALID_REPLY,
           L"[json.exception.type_error.305] cannot use operator[] with a numeric argument with object"}},
     };
-    for (const auto& [name, probe, reply, ended] : cases) {
+    for (const auto& [name, probe, reply, result] : cases) {
         SCOPED_TRACE(name);
         service.AnswerProbe(probe);
         service.Answer(reply);
-        EXPECT_EQ(Upgrade(), ended);
+        EXPECT_EQ(Upgrade(), result);
     }
     EXPECT_EQ(boxes, std::vector<std::wstring>());
 }
@@ -212,31 +208,30 @@ TEST_F(GuardedUpgradeCenter, ClassifiesReplies)
 TEST_F(GuardedUpgradeCenter, ReportsTheUsersChoice)
 {
     service.Answer(GoodOffer);
-    EXPECT_EQ(UpgradeWith(exits), UserQuit);
+    EXPECT_EQ(UpgradeWith(ClickExit), UserQuit);
     EXPECT_EQ(opened, std::vector<std::wstring>());
-    const Ended browserOpened{
+    const GuardedResult browserOpened{
         PRODUCT_SERVICES_OUTCOME_BROWSER_OPENED, L"Browser opened, continue running!", 930};
-    EXPECT_EQ(UpgradeWith(buys), browserOpened);
-    EXPECT_EQ(opened, std::vector<std::wstring>{L"https://shop.example/x"});
+    EXPECT_EQ(UpgradeWith(BuyFirstOffer), browserOpened);
+    EXPECT_EQ(opened, std::vector{GoodUrl});
 }
 
 TEST_F(GuardedUpgradeCenter, ReportsQuitAsCancelled)
 {
     service.Answer(GoodOffer);
     const DWORD caller = GetCurrentThreadId();
-    const auto quits = [caller](HWND) { PostThreadMessageW(caller, WM_QUIT, 0, 0); };
-    EXPECT_EQ(
-        UpgradeWith(quits), (Ended{PRODUCT_SERVICES_OUTCOME_CANCELLED, L"The program was asked to quit."}));
+    const auto quit = [caller](HWND) { PostThreadMessageW(caller, WM_QUIT, 0, 0); };
+    const GuardedResult cancelled{PRODUCT_SERVICES_OUTCOME_CANCELLED, L"The program was asked to quit."};
+    EXPECT_EQ(UpgradeWith(quit), cancelled);
     MSG message;
-    EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE))
-        << "the host still learns of it";
+    EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) << "the host gets it, too";
 }
 
 TEST_F(GuardedUpgradeCenter, BlocksUrlsOfOtherHosts)
 {
     service.Answer(GoodOffer);
     params.trustedHosts = L"other.example";
-    const Ended untrusted{PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS, L"https://shop.example/x"};
-    EXPECT_EQ(UpgradeWith(buys), untrusted);
+    const GuardedResult untrusted{PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS, GoodUrl};
+    EXPECT_EQ(UpgradeWith(BuyFirstOffer), untrusted);
     EXPECT_EQ(opened, std::vector<std::wstring>());
 }

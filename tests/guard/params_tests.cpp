@@ -1,8 +1,6 @@
 // The structure of a guarded call: its size, its options, and what is written into it.
 #include "guard_fixture.h"
 
-#include "support/resource_counts.h"
-
 #include <cstddef>
 #include <cstring>
 
@@ -15,11 +13,11 @@ using Params = GuardTest;
 TEST_F(Params, AreReadUpToTheSize)
 {
     wchar_t text[100];
-    GuardedCallParams whole = params;
-    whole.trustedHosts = L"not a host!";
-    whole.resultText = text;
-    whole.resultTextCapacity = 100;
-    // The calls below differ by one member each: behind it, the structure ends.
+    GuardedCallParams complete = params;
+    complete.trustedHosts = L"not a host!";
+    complete.resultText = text;
+    complete.resultTextCapacity = 100;
+    // Each structure ends after the member.
     const struct
     {
         const char* member;
@@ -37,13 +35,13 @@ TEST_F(Params, AreReadUpToTheSize)
     for (const auto& [member, end, outcome] : cases) {
         SCOPED_TRACE(member);
         Reload();
-        // Memory that ends with the structure, so that reading past it is a fault.
+        // The page ends with the structure, so that reading past it is an access violation.
         auto* const page = static_cast<char*>(VirtualAlloc(nullptr, 0x2000, MEM_RESERVE, PAGE_NOACCESS));
         ASSERT_TRUE(VirtualAlloc(page, 0x1000, MEM_COMMIT, PAGE_READWRITE));
-        auto* const cut = reinterpret_cast<GuardedCallParams*>(page + 0x1000 - end);
-        whole.size = static_cast<std::uint32_t>(end);
-        std::memcpy(cut, &whole, end);
-        EXPECT_STREQ(Name(Export("GuardedCheckForUpdates")(cut)), Name(outcome));
+        auto* const truncated = reinterpret_cast<GuardedCallParams*>(page + 0x1000 - end);
+        complete.size = static_cast<std::uint32_t>(end);
+        std::memcpy(truncated, &complete, end);
+        EXPECT_STREQ(Name(Export("GuardedCheckForUpdates")(truncated)), Name(outcome));
         VirtualFree(page, 0, MEM_RELEASE);
     }
 }
@@ -106,7 +104,7 @@ TEST_F(Params, AreNotWrittenWithoutASize)
 TEST_F(Params, AreValidated)
 {
     const auto invalid = [](const wchar_t* text) {
-        return Ended{PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER, text};
+        return GuardedResult{PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER, text};
     };
     params.options = PRODUCT_SERVICES_OPTION_QUIET | 0x110;
     EXPECT_EQ(Check(), invalid(L"Unknown option flags: 0x110."));
@@ -118,14 +116,14 @@ TEST_F(Params, AreValidated)
     EXPECT_EQ(service.TakeRequests(), "");
 }
 
-// The record in the registry is found by name and version.
+// The request has a key from the record, which is found by name and version.
 TEST_F(Params, ReachTheLibrary)
 {
     std::filesystem::create_directories("lang/PL");
     WriteFile("lang/PL/Vemo_PL.lang", std::wstring(70, L'\n') + L"po polsku" + std::wstring(18, L'\n'));
     params.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     service.Answer("");
-    EXPECT_EQ(Upgrade(), (Ended{PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, L"po polsku", 920}));
+    EXPECT_EQ(Upgrade(), (GuardedResult{PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, L"po polsku", 920}));
     EXPECT_NE(service.TakeRequests().find("api_key=api-key&key=product-key&"), std::string::npos);
 }
 

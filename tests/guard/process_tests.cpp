@@ -1,4 +1,4 @@
-// What guarded calls do to the process of their host.
+// The effects of guarded calls on the host's process.
 #include "guard_fixture.h"
 
 #include "support/resource_counts.h"
@@ -7,9 +7,7 @@ namespace {
 
 using HostProcess = GuardTest;
 
-constexpr char GoodOffer[] = R"([{"name":"X","version":"2","url":"https://shop.example/x"}])";
-
-DPI_AWARENESS ThreadAwareness()
+DPI_AWARENESS GetThreadAwareness()
 {
     return GetAwarenessFromDpiAwarenessContext(GetThreadDpiAwarenessContext());
 }
@@ -35,16 +33,16 @@ TEST_F(HostProcess, RunsDpiUnawareUnlessOptedOut)
         SCOPED_TRACE(name);
         params.options = PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE | options;
         DPI_AWARENESS seen = DPI_AWARENESS_INVALID;
-        const auto looks = [&seen](HWND center) {
+        const auto lookAndExit = [&seen](HWND center) {
             seen = GetAwarenessFromDpiAwarenessContext(GetWindowDpiAwarenessContext(center));
-            window_automation::ClickButton(center, IDCANCEL);
+            ClickExit(center);
         };
-        EXPECT_EQ(UpgradeWith(looks), UserQuit);
+        EXPECT_EQ(UpgradeWith(lookAndExit), UserQuit);
         EXPECT_EQ(seen, awareness);
-        EXPECT_EQ(ThreadAwareness(), DPI_AWARENESS_PER_MONITOR_AWARE) << "the host's comes back";
+        EXPECT_EQ(GetThreadAwareness(), DPI_AWARENESS_PER_MONITOR_AWARE) << "the host's is restored";
     }
-    atBox = [] {
-        EXPECT_EQ(ThreadAwareness(), DPI_AWARENESS_PER_MONITOR_AWARE) << "a message box stays sharp";
+    onMessageBox = [] {
+        EXPECT_EQ(GetThreadAwareness(), DPI_AWARENESS_PER_MONITOR_AWARE) << "a message box stays sharp";
     };
     params.options = PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE;
     service.Answer("");
@@ -55,26 +53,26 @@ TEST_F(HostProcess, RunsDpiUnawareUnlessOptedOut)
 
 TEST_F(HostProcess, CanLoadBothLibraries)
 {
-    const HMODULE bare = LoadLibraryW(L"ProductServicesForTests.dll");
-    void* const address = reinterpret_cast<void*>(GetProcAddress(bare, "CheckForUpdates"));
+    const HMODULE direct = LoadLibraryW(L"ProductServicesForTests.dll");
+    void* const address = reinterpret_cast<void*>(GetProcAddress(direct, "CheckForUpdates"));
     const auto check = reinterpret_cast<decltype(&CheckForUpdates)>(address);
     wchar_t text[100] = L"";
     HostContext host{L"Product", L"1.0", L"api-key", 120, nullptr, 0, text, nullptr, nullptr, 0};
     for (int round = 0; round < 2; ++round) {
         service.Answer(GoodOffer);
-        EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE);
+        EXPECT_EQ(Check(), NewerRelease);
         service.Answer(R"([{"name":"X","version":"2","url":"calc.exe"}])");
         check(&host);
-        EXPECT_STREQ(text, L"calc.exe") << "the bare call is not guarded";
+        EXPECT_STREQ(text, L"calc.exe") << "direct calls are not guarded";
         EXPECT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS);
     }
-    FreeLibrary(bare);
+    FreeLibrary(direct);
 }
 
 TEST_F(HostProcess, LeaksNothingAfterAnExceptionAndUnload)
 {
     service.Answer("<html>");
-    ExpectLevel(100, [&] {
+    ExpectNoGrowth(100, [&] {
         Reload();
         ASSERT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_INVALID_REPLY);
         service.TakeRequests();

@@ -1,5 +1,4 @@
-// The proxy that a guarded call uses, for settings as Windows has them and scripts that a stand-in for
-// WinHTTP answers for.
+// The proxy that a guarded call uses, with settings and scripts that a fake WinHTTP provides.
 #include "product_services/guarded_calls.h"
 #include "proxy/proxy_bypass.h"
 #include "proxy/proxy_list.h"
@@ -17,17 +16,17 @@ namespace {
 const ServiceEndpoint Service{L"svc.corp.test", L"18443"};
 const TransferLimits NoLimits(PRODUCT_SERVICES_NO_TIME_LIMIT, nullptr);
 
-// The row of the table, and the scripts that were asked, in order.
+// The row of the table, and the scripts that were run, in order.
 nlohmann::ordered_json currentRow;
-nlohmann::ordered_json asked;
+nlohmann::ordered_json scriptsRun;
 
-// As WinHTTP hands texts over; null for an empty one.
+// Returns a text as WinHTTP does; null for an empty one.
 wchar_t* GlobalCopy(const std::string& utf8)
 {
     if (utf8.empty()) {
         return nullptr;
     }
-    const std::wstring text = Wide(utf8);
+    const std::wstring text = ToWide(utf8);
     const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
     return static_cast<wchar_t*>(std::memcpy(GlobalAlloc(GPTR, bytes), text.c_str(), bytes));
 }
@@ -54,13 +53,13 @@ HINTERNET WINAPI Open(const wchar_t*, DWORD access, const wchar_t*, const wchar_
 BOOL WINAPI
 GetProxyForUrl(HINTERNET, const wchar_t* url, WINHTTP_AUTOPROXY_OPTIONS* options, WINHTTP_PROXY_INFO* info)
 {
-    EXPECT_STREQ(url, (L"http://" + Wide(TESTS_ADDRESS) + L":18444").c_str()) << "the service's";
+    EXPECT_STREQ(url, (L"http://" + ToWide(TESTS_ADDRESS) + L":18444").c_str()) << "the service's";
     std::string script = "detected";
     if (options->dwFlags == WINHTTP_AUTOPROXY_CONFIG_URL) {
         const std::wstring scriptUrl = options->lpszAutoConfigUrl;
         script.assign(scriptUrl.begin(), scriptUrl.end());
     }
-    asked.push_back(script + (options->fAutoLogonIfChallenged ? ", with logon" : ", without logon"));
+    scriptsRun.push_back(script + (options->fAutoLogonIfChallenged ? ", with logon" : ", without logon"));
     const nlohmann::ordered_json scripts = currentRow.value("scripts", nlohmann::ordered_json::object());
     if (!scripts.contains(script)) {
         return FALSE;
@@ -74,7 +73,7 @@ BOOL WINAPI CloseHandle(HINTERNET session)
     return GlobalFree(session) == nullptr;
 }
 
-constexpr WinHttpApi StandIn{GetProxyConfig, Open, GetProxyForUrl, CloseHandle};
+constexpr WinHttpApi FakeWinHttp{GetProxyConfig, Open, GetProxyForUrl, CloseHandle};
 
 void ReplaceAll(std::string& text, const std::string& from, const std::string& to)
 {
@@ -90,8 +89,8 @@ TEST(ProxyList, SelectsProxiesForHttps)
     const auto cases = ReadDataFile("guard/proxies.json").at("lists");
     for (const auto& [name, row] : cases.items()) {
         SCOPED_TRACE(name);
-        const std::vector<std::wstring> proxies = ProxiesForHttps(Wide(row["list"]));
-        EXPECT_EQ(proxies.empty() ? L"" : proxies.front(), Wide(row["proxy"]));
+        const std::vector<std::wstring> proxies = ProxiesForHttps(ToWide(row["list"]));
+        EXPECT_EQ(proxies.empty() ? L"" : proxies.front(), ToWide(row["proxy"]));
     }
 }
 
@@ -101,8 +100,8 @@ TEST(BypassList, MatchesLikeWindows)
     for (const auto& [name, row] : cases.items()) {
         SCOPED_TRACE(name);
         const ServiceEndpoint service{
-            Wide(row.value("host", "svc.corp.test")), Wide(row.value("port", "18443"))};
-        EXPECT_EQ(IsBypassed(Wide(row["list"]), service), row["bypassed"].get<bool>());
+            ToWide(row.value("host", "svc.corp.test")), ToWide(row.value("port", "18443"))};
+        EXPECT_EQ(IsBypassed(ToWide(row["list"]), service), row["bypassed"].get<bool>());
     }
 }
 
@@ -116,11 +115,11 @@ TEST(SystemProxy, FollowsSettingsAndScripts)
     for (const auto& [name, row] : cases.items()) {
         SCOPED_TRACE(name);
         currentRow = row;
-        asked = nlohmann::ordered_json::array();
-        const std::wstring variable = Wide(row.value("environment", ""));
+        scriptsRun = nlohmann::ordered_json::array();
+        const std::wstring variable = ToWide(row.value("environment", ""));
         SetEnvironmentVariableW(variable.c_str(), L"http://own:1");
-        EXPECT_EQ(FindSystemProxy(Service, NoLimits, StandIn), row["proxy"].get<std::string>());
-        EXPECT_EQ(asked, row["asked"]);
+        EXPECT_EQ(FindSystemProxy(Service, NoLimits, FakeWinHttp), row["proxy"].get<std::string>());
+        EXPECT_EQ(scriptsRun, row["scripts run"]);
         SetEnvironmentVariableW(variable.c_str(), nullptr);
     }
 }
@@ -130,12 +129,12 @@ TEST(SystemProxy, IsEmptyWithoutWinHttp)
     EXPECT_EQ(FindSystemProxy(Service, NoLimits, {}), "");
 }
 
-// The script is never answered: its thread goes on until the test lets it.
+// The script does not return until the test releases its thread.
 TEST(SystemProxy, IsEmptyIfAScriptExceedsTheLimits)
 {
     static HANDLE release = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     currentRow = nlohmann::ordered_json::parse(R"({"settings": {"script": "http://s/x.pac"}})");
-    WinHttpApi silent = StandIn;
+    WinHttpApi silent = FakeWinHttp;
     silent.getProxyForUrl = [](HINTERNET, const wchar_t*, WINHTTP_AUTOPROXY_OPTIONS*, WINHTTP_PROXY_INFO*) {
         WaitForSingleObject(release, INFINITE);
         return FALSE;
@@ -154,7 +153,7 @@ TEST(SystemProxy, IsEmptyIfAScriptExceedsTheLimits)
     SetEvent(release);
 }
 
-// Its queue of connections is full, so that a further one is neither accepted nor refused.
+// The proxy's connection queue is full, so another connection is neither accepted nor refused.
 TEST(ProxyProbe, TimesOutOnASilentProxy)
 {
     const SOCKET listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
@@ -171,7 +170,7 @@ TEST(ProxyProbe, TimesOutOnASilentProxy)
         ioctlsocket(waiting.back(), static_cast<long>(FIONBIO), &isNonBlocking);
         static_cast<void>(connect(waiting.back(), reinterpret_cast<const sockaddr*>(&address), size));
     }
-    const std::wstring proxy = Wide(TESTS_ADDRESS) + L":" + std::to_wstring(ntohs(address.sin_port));
+    const std::wstring proxy = ToWide(TESTS_ADDRESS) + L":" + std::to_wstring(ntohs(address.sin_port));
     const std::uint64_t start = GetTickCount64();
     EXPECT_EQ(FirstReachableProxy(proxy, NoLimits), L"");
     EXPECT_GE(GetTickCount64() - start, 1500u) << "the queue was not full";

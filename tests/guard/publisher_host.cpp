@@ -1,8 +1,8 @@
-// Verifies files: publisher_host (PATH PUBLISHERS OPTION)... and prints a line for each: the result and its
-// text. An empty argument is null; "|" separates publishers. Options: read or write, this program has the
-// file open meanwhile; start, the file is started with the arguments "started FILE"; a number, what is found
-// wrong with the signer's certificates besides (CERT_TRUST_STATUS, in hexadecimal). Called with "started
-// FILE", it creates that file.
+// publisher_host (PATH PUBLISHERS OPTION)... verifies files and prints a line with the result and its text
+// for each. An empty argument is passed as null; "|" separates publishers. Options: "read" or "write" has the
+// file open in the meantime; "start" starts the file with the arguments "started FILE"; a hexadecimal number
+// adds these errors to the signer's certificates (CERT_TRUST_STATUS). "publisher_host started FILE" creates
+// FILE.
 #include "product_services/publisher.h"
 
 #include <algorithm>
@@ -15,13 +15,13 @@
 
 static DWORD certificateErrors;
 
-static HANDLE WINAPI OpenAgain(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD, HANDLE)
+static HANDLE WINAPI CreateFileHook(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD, HANDLE)
 {
     std::printf("opened again: ");
     return INVALID_HANDLE_VALUE;
 }
 
-static BOOL WINAPI AddErrors(
+static BOOL WINAPI GetCertificateChainHook(
     HCERTCHAINENGINE engine, PCCERT_CONTEXT signer, FILETIME* time, HCERTSTORE store, CERT_CHAIN_PARA* use,
     DWORD flags, void* reserved, PCCERT_CHAIN_CONTEXT* chain)
 {
@@ -74,10 +74,10 @@ int wmain(int count, wchar_t** arguments)
         return 0;
     }
     const HMODULE windows = LoadLibraryW(L"wintrust.dll");
-    product_services_guard::ImportHook opening;
-    product_services_guard::ImportHook building;
-    opening.Install(windows, "CreateFileW", reinterpret_cast<void*>(OpenAgain));
-    building.Install(windows, "CertGetCertificateChain", reinterpret_cast<void*>(AddErrors));
+    ImportHook opening;
+    ImportHook building;
+    opening.Install(windows, "CreateFileW", reinterpret_cast<void*>(CreateFileHook));
+    building.Install(windows, "CertGetCertificateChain", reinterpret_cast<void*>(GetCertificateChainHook));
     for (int i = 1; i + 2 < count; i += 3) {
         VerifyOne(arguments[i], arguments[i + 1], arguments[i + 2]);
     }

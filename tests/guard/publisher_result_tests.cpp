@@ -1,4 +1,4 @@
-// What VerifyPublisher says of what Windows finds out.
+// The results of VerifyPublisher for each result of Windows.
 #include "signature/publisher_result.h"
 #include "support/data_file.h"
 
@@ -14,9 +14,9 @@ TEST(PublisherResult, FollowsFromTheSignature)
         const Signature signature{
             static_cast<LONG>(std::stoul(row.value("status", "0"), nullptr, 16)),
             static_cast<DWORD>(std::stoul(row.value("certificate errors", "0"), nullptr, 16)),
-            Wide(row.value("signer", "Example Maker"))};
+            ToWide(row.value("signer", "Example Maker"))};
         const PublisherResult result = EvaluateSignature(signature, L"Example Maker");
         EXPECT_EQ(result.status, row["result"].get<std::uint32_t>());
-        EXPECT_EQ(result.text, Wide(row["text"]));
+        EXPECT_EQ(result.text, ToWide(row["text"]));
     }
 }

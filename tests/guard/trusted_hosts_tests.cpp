@@ -19,8 +19,8 @@ TEST(TrustedHosts, AcceptListedUrls)
     const auto urls = ReadDataFile("guard/urls.json").at("trusted");
     for (const auto& [name, url] : urls.items()) {
         SCOPED_TRACE(name);
-        EXPECT_TRUE(MatchesTrustedHosts(Wide(url), List));
-        EXPECT_TRUE(IsTrustedUrl(Wide(url), List)) << "as Windows parses it";
+        EXPECT_TRUE(MatchesTrustedHosts(ToWide(url), List)) << url;
+        EXPECT_TRUE(IsTrustedUrl(ToWide(url), List)) << url << " as Windows parses it";
     }
     EXPECT_TRUE(MatchesTrustedHosts(LongestUrl, List));
 }
@@ -30,7 +30,7 @@ TEST(TrustedHosts, RejectOtherAndAmbiguousUrls)
     const auto urls = ReadDataFile("guard/urls.json").at("not trusted");
     for (const auto& [name, url] : urls.items()) {
         SCOPED_TRACE(name);
-        EXPECT_FALSE(MatchesTrustedHosts(Wide(url), List));
+        EXPECT_FALSE(MatchesTrustedHosts(ToWide(url), List)) << url;
     }
     EXPECT_FALSE(MatchesTrustedHosts(LongestUrl + L'a', List)) << "too long";
     EXPECT_FALSE(MatchesTrustedHosts(std::wstring(L"https://example.com/\0", 21), List)) << "a NUL";
@@ -41,7 +41,7 @@ TEST(TrustedHosts, NameTheirInvalidEntry)
     const auto lists = ReadDataFile("guard/urls.json").at("invalid entries");
     for (const auto& [name, list] : lists.items()) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(FindInvalidEntry(Wide(list).c_str()), Wide(list));
+        EXPECT_EQ(FindInvalidEntry(ToWide(list).c_str()), ToWide(list));
     }
     EXPECT_EQ(FindInvalidEntry(L"example.com;https://example.com;*"), L"https://example.com") << "the first";
     EXPECT_EQ(FindInvalidEntry(List), std::nullopt);

@@ -1,4 +1,4 @@
-// The C++ wrapper over guarded calls that are the test's own.
+// The C++ wrapper, with fake guarded calls.
 #include <product_services/product_services.hpp>
 
 #include <gtest/gtest.h>
@@ -6,12 +6,12 @@
 
 namespace {
 
-// What the wrapper passed on.
+// What the wrapper passed.
 GuardedCallParams received{};
 std::wstring receivedTexts;
 std::string calledFunction;
 
-// What it is answered.
+// What the fake calls return.
 ProductServicesOutcome outcome = PRODUCT_SERVICES_OUTCOME_UP_TO_DATE;
 std::uint32_t resultCode = PRODUCT_SERVICES_NO_RESULT;
 std::wstring text;
@@ -24,7 +24,7 @@ std::uint32_t CopyText(wchar_t* buffer, std::uint32_t capacity)
     return length < text.size() ? 1 : 0;
 }
 
-ProductServicesOutcome Answer(const char* function, GuardedCallParams& params)
+ProductServicesOutcome FakeCall(const char* function, GuardedCallParams& params)
 {
     calledFunction = function;
     received = params;
@@ -42,12 +42,12 @@ ProductServicesOutcome Answer(const char* function, GuardedCallParams& params)
 
 ProductServicesOutcome PRODUCT_SERVICES_CALL GuardedCheckForUpdates(GuardedCallParams* params)
 {
-    return Answer("check", *params);
+    return FakeCall("check", *params);
 }
 
 ProductServicesOutcome PRODUCT_SERVICES_CALL GuardedUpgrade(GuardedCallParams* params)
 {
-    return Answer("upgrade", *params);
+    return FakeCall("upgrade", *params);
 }
 
 ProductServicesPublisherResult PRODUCT_SERVICES_CALL
@@ -112,7 +112,7 @@ TEST(Wrapper, PassesOptionsAndTimeLimit)
         {"DPI awareness", {.usesHostDpiAwareness = true}, PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS, 0},
         {"a limit", {.timeLimit = seconds(15)}, 0, 15'000},
         {"no limit", {.timeLimit = NoTimeLimit}, 0, PRODUCT_SERVICES_NO_TIME_LIMIT},
-        {"a limit of nothing", {.timeLimit = milliseconds(0)}, 0, 1},
+        {"a limit of zero", {.timeLimit = milliseconds(0)}, 0, 1},
         {"a limit that is too large", {.timeLimit = milliseconds(0x100000000)}, 0, 0xFFFFFFFE},
     };
     for (const auto& [name, params, options, timeLimitMs] : cases) {
@@ -143,14 +143,15 @@ TEST(Wrapper, ReturnsTheCallsResult)
     CallResult result = CheckForUpdates({});
     EXPECT_EQ(result.outcome, Outcome::NewerRelease);
     EXPECT_EQ(result.resultCode, 200u);
-    EXPECT_TRUE(result.text == text);
+    EXPECT_TRUE(result.text == text) << "it has " << result.text.size() << " characters";
     EXPECT_FALSE(result.isTextTruncated);
 
     text += L'y';
     resultCode = PRODUCT_SERVICES_NO_RESULT;
     result = CheckForUpdates({});
     EXPECT_EQ(result.resultCode, std::nullopt);
-    EXPECT_TRUE(result.text == std::wstring(65'535, L'x'));
+    EXPECT_TRUE(result.text == std::wstring(65'535, L'x'))
+        << "it has " << result.text.size() << " characters";
     EXPECT_TRUE(result.isTextTruncated);
 }
 

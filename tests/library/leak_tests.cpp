@@ -17,30 +17,30 @@ TEST_F(ResourceLeaks, AreDetected)
 TEST_F(ResourceLeaks, DoNotOccurOver100Loads)
 {
     InstallLanguage();
-    ExpectLevel(100, [&] {
+    ExpectNoGrowth(100, [&] {
         Reload();
-        // In turn, since each load makes the texts anew.
+        // Alternate between texts from a file and the built-in ones.
         const bool isPolish = host.languageId == PRODUCT_SERVICES_LANGUAGE_PL;
         host.languageId = isPolish ? PRODUCT_SERVICES_LANGUAGE_EN : PRODUCT_SERVICES_LANGUAGE_PL;
         service.AnswerProbe("1");
         service.Answer("");
-        ASSERT_EQ(ShowUpgrades(), isPolish ? L"920 No upgrades found!" : L"920 text 70");
-        service.AnswerProbe("\xFF"); // an exception that ends within the library
-        ASSERT_EQ(ShowUpgrades().substr(0, 3), L"940");
+        ASSERT_EQ(RunUpgrade(), isPolish ? L"920 No upgrades found!" : L"920 text 70");
+        service.AnswerProbe("\xFF"); // an exception that the library catches
+        ASSERT_EQ(RunUpgrade().substr(0, 3), L"940");
         service.Answer("<html>error</html>");
         ASSERT_EQ(Check(), NoJson);
         service.TakeRequests();
     });
 }
 
-TEST_F(ResourceLeaks, DoNotOccurOver600Checks)
+TEST_F(ResourceLeaks, DoNotOccurOver600ChecksAnd60UpgradeCenters)
 {
-    ExpectLevel(600, [&] {
+    ExpectNoGrowth(600, [&] {
         ASSERT_EQ(Check(), L"200 u");
         service.TakeRequests();
     });
-    ExpectLevel(60, [&] {
-        ASSERT_EQ(Look(), Quit);
+    ExpectNoGrowth(60, [&] {
+        ASSERT_EQ(OpenAndExit(), Quit);
         service.TakeRequests();
     });
 }

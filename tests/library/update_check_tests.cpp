@@ -5,15 +5,15 @@
 
 namespace {
 
-BOOL WINAPI GiveComputerName(wchar_t* name, DWORD* size)
+BOOL WINAPI GetComputerNameStub(wchar_t* name, DWORD* size)
 {
     wcscpy_s(name, *size, L"DRAWING-PC");
     *size = 10;
     return TRUE;
 }
 
-// In lower-case hexadecimal digits, of the text in UTF-16.
-std::string Sha256(std::wstring text)
+// The hash of the text in UTF-16, in lower-case hexadecimal digits.
+std::string ComputeSha256(std::wstring text)
 {
     BCRYPT_ALG_HANDLE algorithm = nullptr;
     BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0);
@@ -40,7 +40,7 @@ TEST_F(UpdateCheck, PostsTheQueryAndReportsTheFirstOffer)
 {
     service.Answer(R"([{"name":"X","version":"2","url":"\u00fc"},{"name":"Y","version":"3","url":"b"}])");
     EXPECT_EQ(Check(), L"200 \xFC");
-    EXPECT_TRUE(IsAsked(
+    EXPECT_TRUE(RequestsMatch(
         "^POST /get_updates\\.php HTTP/1\\.1\r\nHost: [^\r]*\r\nAccept: \\*/\\*\r\nContent-Length: \\d+\r\n"
         "Content-Type: application/x-www-form-urlencoded\r\n\r\n"
         "api_key=api-key&key=product-key&hardware_id=[0-9a-f]{64}&version=20\\.1&up=1$"));
@@ -64,8 +64,8 @@ TEST_F(UpdateCheck, HandlesEachTransfer)
         {"a redirect", HttpReply(Offer, "301 Moved Permanently\r\nLocation: /check.php"), L"200 u"},
         {"an error page", HttpReply(Offer, "503 Busy"), L"200 u"},
         {"an empty error page", HttpReply("", "500 Internal Server Error"), Latest},
-        {"nesting without an end", HttpReply(std::string(16300, '[')), NoJson},
-        {"two pieces", chunks + "1\r\n[\r\n26\r\n" + Offer + "\r\n0\r\n\r\n", L"200 u"},
+        {"endless nesting", HttpReply(std::string(16300, '[')), NoJson},
+        {"two chunks", chunks + "1\r\n[\r\n26\r\n" + Offer + "\r\n0\r\n\r\n", L"200 u"},
         {"closed without a reply", "", NoInternet},
         {"a short body", "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n[{", NoInternet},
     };
@@ -73,7 +73,7 @@ TEST_F(UpdateCheck, HandlesEachTransfer)
         SCOPED_TRACE(name);
         service.Send(reply);
         EXPECT_EQ(Check(), outcome);
-        EXPECT_FALSE(IsAsked("POST[^]*POST|^$")) << "asked more than once, or not at all";
+        EXPECT_TRUE(RequestsMatch("^POST((?!POST)[^])*$")) << "not exactly one";
     }
     service.Stop();
     EXPECT_EQ(Check(), NoInternet) << "the connection is refused";
@@ -81,8 +81,8 @@ TEST_F(UpdateCheck, HandlesEachTransfer)
 
 TEST_F(UpdateCheck, ResolvesNamesWithoutAThread)
 {
-    product_services_guard::ImportHook thread;
-    EXPECT_FALSE(thread.Install(library, "_beginthreadex", nullptr)) << "libcurl resolves names in a thread";
+    ImportHook thread;
+    EXPECT_FALSE(thread.Install(dll, "_beginthreadex", nullptr)) << "libcurl resolves names in a thread";
 }
 
 TEST_F(UpdateCheck, SendsNothingWithoutAKey)
@@ -94,7 +94,7 @@ TEST_F(UpdateCheck, SendsNothingWithoutAKey)
     host.apiKey = L"api-key";
     records.Write(L"Product\\1.0", L"key", L"");
     EXPECT_EQ(Check(), Nothing);
-    EXPECT_TRUE(IsAsked("^$"));
+    EXPECT_TRUE(RequestsMatch("^$"));
 }
 
 TEST_F(UpdateCheck, SendsValuesUnencoded)
@@ -103,38 +103,37 @@ TEST_F(UpdateCheck, SendsValuesUnencoded)
     records.Write(L"Product\\1.0", L"key", L"A&B=%+\xFC");
     host.apiKey = L"a b";
     EXPECT_EQ(Check(), L"200 u");
-    EXPECT_TRUE(IsAsked("api_key=a b&key=A&B=%\\+\xC3\xBC&hardware_id=\\w{64}&version=&up=1$"));
+    EXPECT_TRUE(RequestsMatch("api_key=a b&key=A&B=%\\+\xC3\xBC&hardware_id=\\w{64}&version=&up=1$"));
     host.apiKey = L"\xD83D";
     EXPECT_EQ(Check(), L"nothing, bad conversion");
-    EXPECT_TRUE(IsAsked("^$"));
+    EXPECT_TRUE(RequestsMatch("^$"));
 }
 
-// The package id is the family's, so that two makers cannot join their data.
 TEST_F(UpdateCheck, HashesMachineGuidOrComputerName)
 {
     const std::wstring prefix =
         std::wstring(L"ProductServices machine identifier\n") + product_family::PackageId + L"\n";
-    const std::string ofTheId = Sha256(prefix + L"01234567-89ab-cdef-0123-456789abcdef");
-    const std::string ofTheName = Sha256(prefix + L"DRAWING-PC");
-    ASSERT_EQ(ofTheId.size(), 64u);
+    const std::string hashOfGuid = ComputeSha256(prefix + L"01234567-89ab-cdef-0123-456789abcdef");
+    const std::string hashOfName = ComputeSha256(prefix + L"DRAWING-PC");
+    ASSERT_EQ(hashOfGuid.size(), 64u);
     const std::tuple<const char*, const wchar_t*, DWORD, std::string> machines[]{
-        {"an id", L"01234567-89ab-cdef-0123-456789abcdef", REG_SZ, ofTheId},
-        {"an empty id", L"", REG_SZ, ofTheName},
-        {"an id that is no text", L"0123", REG_BINARY, ofTheName},
-        {"no id", nullptr, REG_SZ, ofTheName},
+        {"a GUID", L"01234567-89ab-cdef-0123-456789abcdef", REG_SZ, hashOfGuid},
+        {"an empty GUID", L"", REG_SZ, hashOfName},
+        {"a GUID that is not REG_SZ", L"0123", REG_BINARY, hashOfName},
+        {"no GUID", nullptr, REG_SZ, hashOfName},
     };
-    for (const auto& [name, id, type, hash] : machines) {
+    for (const auto& [name, guid, type, hash] : machines) {
         SCOPED_TRACE(name);
         const MachineRegistry machine;
-        if (id) {
+        if (guid) {
             RegSetKeyValueW(
-                HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography", L"MachineGuid", type, id,
-                static_cast<DWORD>((std::wcslen(id) + 1) * sizeof *id));
+                HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography", L"MachineGuid", type, guid,
+                static_cast<DWORD>((std::wcslen(guid) + 1) * sizeof *guid));
         }
         Reload();
-        ReplaceImport("GetComputerNameW", GiveComputerName);
+        ReplaceImport("GetComputerNameW", GetComputerNameStub);
         EXPECT_EQ(Check(), L"200 u");
-        EXPECT_TRUE(IsAsked("&hardware_id=" + hash + "&"));
+        EXPECT_TRUE(RequestsMatch("&hardware_id=" + hash + "&"));
     }
 }
 
@@ -150,37 +149,37 @@ TEST_F(UpdateCheck, KeepsTheFirstCallsLanguageAndProduct)
     records.Write(L"Other\\1.0", L"key", L"other-key");
     EXPECT_EQ(Check(), L"950 text 73");
     records.Write(L"Product\\1.0", L"key", L"new-key");
-    EXPECT_EQ(Check(), L"nothing, box Other: text 57") << "the caption is each call's own";
-    EXPECT_TRUE(IsAsked("&key=new-key&.*&version=&")) << "read anew";
+    EXPECT_EQ(Check(), L"nothing, box Other: text 57") << "the caption is that of the current call";
+    EXPECT_TRUE(RequestsMatch("&key=new-key&.*&version=&")) << "the record is read again";
 }
 
 TEST_F(UpdateCheck, RetriesUntilTheRecordCanBeRead)
 {
     EXPECT_EQ(Check(), L"200 u");
-    EXPECT_EQ(pauses, 0);
+    EXPECT_EQ(sleepCount, 0);
     records.RemoveAll();
-    atPause = [&] {
-        if (pauses == 2) {
+    onSleep = [&] {
+        if (sleepCount == 2) {
             records.Write(L"Product\\1.0", L"key", L"repaired");
         }
     };
     EXPECT_EQ(Check(), L"200 u");
-    EXPECT_EQ(pauses, 2);
+    EXPECT_EQ(sleepCount, 2);
 
     records.RemoveAll();
     Reload();
-    atPause = [&] { records.Write(L"Product\\1.0", L"key", L"too late"); };
+    onSleep = [&] { records.Write(L"Product\\1.0", L"key", L"too late"); };
     EXPECT_EQ(Check(), NoRecord) << "there was none when the product was chosen";
-    EXPECT_EQ(pauses, 5);
+    EXPECT_EQ(sleepCount, 5);
 }
 
 TEST_F(UpdateCheck, AcceptsNullTexts)
 {
     Export("CheckForUpdates")(nullptr);
     Export("Upgrade")(nullptr);
-    EXPECT_TRUE(IsAsked("^$"));
+    EXPECT_TRUE(RequestsMatch("^$"));
     EXPECT_EQ(Check(), L"200 u");
-    wantsText = false;
+    passTextBuffer = false;
     EXPECT_EQ(Check(), L"200 " + std::wstring(64 * 1024, L'#'));
     host.productName = nullptr;
     host.productVersion = nullptr;

@@ -4,24 +4,25 @@
 #include <commctrl.h>
 
 using window_automation::ControlText;
-using window_automation::FocusedWindowOfThread;
+using window_automation::WaitForFocus;
 using window_automation::WaitForPixelColor;
 
 namespace {
 
-DWORD Style(HWND window, int index = GWL_STYLE)
+// Those of the styles that the window has.
+DWORD FindStyles(HWND window, DWORD styles, int index = GWL_STYLE)
 {
-    return static_cast<DWORD>(GetWindowLongPtrW(window, index));
+    return static_cast<DWORD>(GetWindowLongPtrW(window, index)) & styles;
 }
 
-COLORREF Colour(const nlohmann::ordered_json& redGreenBlue)
+COLORREF ToColorRef(const nlohmann::ordered_json& redGreenBlue)
 {
     return RGB(redGreenBlue[0].get<int>(), redGreenBlue[1].get<int>(), redGreenBlue[2].get<int>());
 }
 
 int picturesLoaded;
 
-HBITMAP WINAPI NotePicture(HINSTANCE module, const wchar_t* name)
+HBITMAP WINAPI RecordLoadBitmap(HINSTANCE module, const wchar_t* name)
 {
     ++picturesLoaded;
     return LoadBitmapW(module, name);
@@ -37,7 +38,7 @@ void ExpectCentered(HWND window)
     EXPECT_NEAR(position.top + position.bottom, area.top + area.bottom, 2);
 }
 
-// As if Windows had put the dialog, which is at 0, 0 in its template, below a taskbar.
+// As if Windows had moved the dialog, which is at 0, 0 in its template, below a taskbar.
 BOOL WINAPI GetRectBelowTaskbar(HWND window, RECT* rect)
 {
     return GetWindowRect(window, rect) && OffsetRect(rect, 0, 60);
@@ -52,16 +53,16 @@ TEST_F(UpgradeWindow, ShowsTheTextsOfTheLanguage)
     InstallLanguage();
     records.Write(L"Cut & Paste\\1.0", L"key", L"product-key");
     host.productName = L"Cut & Paste";
-    const Outcome outcome = Look([&](HWND center) {
+    const Outcome outcome = OpenAndExit([&](HWND center) {
         EXPECT_EQ(window_automation::WindowText(center), L"Cut & Paste - text 22");
         EXPECT_EQ(ControlText(center, IDC_UPGRADE_HEADING), L"Cut & Paste - text 22");
-        EXPECT_TRUE(Style(GetDlgItem(center, IDC_UPGRADE_HEADING)) & SS_NOPREFIX)
-            << "or \" P\" is underlined";
+        EXPECT_EQ(FindStyles(GetDlgItem(center, IDC_UPGRADE_HEADING), SS_NOPREFIX), DWORD{SS_NOPREFIX})
+            << "or a blank is underlined";
         EXPECT_EQ(ControlText(center, IDC_UPGRADE_OFFERS), L"Cut & Paste - text 22") << "for screen readers";
         EXPECT_EQ(ControlText(center, IDOK), L"text 38");
         EXPECT_EQ(ControlText(center, IDCANCEL), L"text 12");
-        EXPECT_EQ(window_automation::ColumnHeading(List(center), 0), L"text 23");
-        EXPECT_EQ(window_automation::ColumnHeading(List(center), 1), L"text 24");
+        EXPECT_EQ(window_automation::ColumnHeading(OfferList(center), 0), L"text 23");
+        EXPECT_EQ(window_automation::ColumnHeading(OfferList(center), 1), L"text 24");
     });
     EXPECT_EQ(outcome, L"540 text 67");
 }
@@ -73,8 +74,8 @@ TEST_F(UpgradeWindow, ListsOffersInOrder)
         R"([{"name":")" + longName + R"(","version":"2","url":"a"},)" +
         "{\"name\":\"\xE7\x89\x88\",\"version\":\"\",\"url\":\"b\"},"
         R"({"name":"Third","version":"3.1","url":"c"}])");
-    Look([&](HWND center) {
-        const HWND list = List(center);
+    OpenAndExit([&](HWND center) {
+        const HWND list = OfferList(center);
         const std::vector<std::vector<std::wstring>> rows{
             {std::wstring(300, L'x'), L"2"}, {L"\x7248", L""}, {L"Third", L"3.1"}};
         EXPECT_EQ(window_automation::ListRows(list, 2), rows);
@@ -95,16 +96,15 @@ TEST_F(UpgradeWindow, ListsOffersInOrder)
 
 TEST_F(UpgradeWindow, IsCenteredWithIconAndTaskbarButton)
 {
-    Look([&](HWND center) {
+    OpenAndExit([&](HWND center) {
         ExpectCentered(center);
         const LPARAM icon = SendMessageW(center, WM_GETICON, ICON_BIG, 0);
-        EXPECT_EQ(reinterpret_cast<HICON>(icon), LoadIconW(library, MAKEINTRESOURCEW(IDI_LIBRARY)));
+        EXPECT_EQ(reinterpret_cast<HICON>(icon), LoadIconW(dll, MAKEINTRESOURCEW(IDI_LIBRARY)));
         EXPECT_EQ(SendMessageW(center, WM_GETICON, ICON_SMALL, 0), 0);
-        EXPECT_TRUE(Style(center, GWL_EXSTYLE) & WS_EX_APPWINDOW);
-        EXPECT_TRUE(Style(center, GWL_EXSTYLE) & WS_EX_CONTROLPARENT)
-            << "which the system adds, and it keeps";
-        EXPECT_NE(Style(center) & WS_CAPTION, static_cast<DWORD>(WS_CAPTION))
-            << "a border, and no caption bar";
+        // The system adds WS_EX_CONTROLPARENT, which must not be lost.
+        constexpr DWORD ExtendedStyles = WS_EX_APPWINDOW | WS_EX_CONTROLPARENT;
+        EXPECT_EQ(FindStyles(center, ExtendedStyles, GWL_EXSTYLE), ExtendedStyles);
+        EXPECT_EQ(FindStyles(center, WS_CAPTION), DWORD{WS_BORDER}) << "a border, and no caption bar";
         EXPECT_EQ(GetWindow(center, GW_OWNER), nullptr);
     });
 }
@@ -112,19 +112,18 @@ TEST_F(UpgradeWindow, IsCenteredWithIconAndTaskbarButton)
 TEST_F(UpgradeWindow, IsCenteredBelowATaskbar)
 {
     ReplaceImport("GetWindowRect", GetRectBelowTaskbar);
-    Look([](HWND center) { ExpectCentered(center); });
+    OpenAndExit([](HWND center) { ExpectCentered(center); });
 }
 
 TEST_F(UpgradeWindow, SupportsTheKeyboard)
 {
-    Look([&](HWND center) {
+    OpenAndExit([&](HWND center) {
         const HWND buy = GetDlgItem(center, IDOK);
-        EXPECT_TRUE(window_automation::WaitFor([&] { return FocusedWindowOfThread(center) == buy; }, 3000));
+        EXPECT_TRUE(WaitForFocus(buy));
         EXPECT_EQ(LOWORD(SendMessageW(center, DM_GETDEFID, 0, 0)), IDOK);
-        for (const HWND next : {GetDlgItem(center, IDCANCEL), List(center), buy}) {
-            PostMessageW(FocusedWindowOfThread(center), WM_KEYDOWN, VK_TAB, 0);
-            EXPECT_TRUE(
-                window_automation::WaitFor([&] { return FocusedWindowOfThread(center) == next; }, 3000));
+        for (const HWND next : {GetDlgItem(center, IDCANCEL), OfferList(center), buy}) {
+            PostMessageW(window_automation::FocusedWindowOfThread(center), WM_KEYDOWN, VK_TAB, 0);
+            EXPECT_TRUE(WaitForFocus(next));
         }
     });
 }
@@ -134,25 +133,25 @@ TEST_F(UpgradeWindow, PaintsTheProductLinesPicture)
     const nlohmann::ordered_json table = ReadDataFile("library/pictures.json");
     for (const auto& [name, line] : table["lines"].items()) {
         SCOPED_TRACE(name);
-        const std::wstring apiKey = Wide(line["api key"]);
+        const std::wstring apiKey = ToWide(line["api key"]);
         host.apiKey = apiKey.c_str();
         const auto& colours = table["colours"][line["picture"].get<std::string>()];
-        Look([&](HWND center) {
-            EXPECT_TRUE(WaitForPixelColor(center, {30, 400}, Colour(colours["left"])));
-            EXPECT_TRUE(WaitForPixelColor(center, {600, 28}, Colour(colours["behind the heading"])))
+        OpenAndExit([&](HWND center) {
+            EXPECT_TRUE(WaitForPixelColor(center, {30, 400}, ToColorRef(colours["left"])));
+            EXPECT_TRUE(WaitForPixelColor(center, {600, 28}, ToColorRef(colours["behind the heading"])))
                 << "right of its text";
         });
     }
 }
 
-// The dialog is made, and ends before it is shown.
+// The dialog is created, but closes before it is shown.
 TEST_F(UpgradeWindow, LoadsNoPictureWithoutAKey)
 {
-    ReplaceImport("LoadBitmapW", NotePicture);
+    ReplaceImport("LoadBitmapW", RecordLoadBitmap);
     host.apiKey = L"";
-    EXPECT_EQ(ShowUpgrades(), Nothing);
+    EXPECT_EQ(RunUpgrade(), Nothing);
     EXPECT_EQ(picturesLoaded, 0);
     host.apiKey = L"api-key";
-    EXPECT_EQ(Look(), Quit);
+    EXPECT_EQ(OpenAndExit(), Quit);
     EXPECT_EQ(picturesLoaded, 1);
 }

@@ -1,4 +1,4 @@
-// Tables of cases that stand in JSON files beside the tests.
+// Tables of test cases in JSON files.
 #pragma once
 
 #include <cstdlib>
@@ -8,7 +8,7 @@
 #include <string>
 #include <windows.h>
 
-/// The file of that name below the folder of the tests, which ctest tells.
+/// Parses a file in the tests' folder, which ctest passes in the environment.
 inline nlohmann::ordered_json ReadDataFile(const char* name)
 {
     const wchar_t* folder = _wgetenv(L"TESTS_DIR");
@@ -16,7 +16,7 @@ inline nlohmann::ordered_json ReadDataFile(const char* name)
     return nlohmann::ordered_json::parse(file);
 }
 
-inline std::wstring Wide(const std::string& utf8)
+inline std::wstring ToWide(const std::string& utf8)
 {
     std::wstring wide(utf8.size(), L'\0');
     const int size = static_cast<int>(utf8.size());

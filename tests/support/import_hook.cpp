@@ -2,10 +2,9 @@
 
 #include <cstring>
 
-namespace product_services_guard {
 namespace {
 
-/// The entry of an import in the table that the module's code calls through; null if it has none.
+// Returns the entry of an import in the table through which the module calls it, or null if there is none.
 void** FindIatEntry(HMODULE module, const char* name)
 {
     auto* const base = reinterpret_cast<char*>(module);
@@ -20,7 +19,7 @@ void** FindIatEntry(HMODULE module, const char* name)
         const auto* names = reinterpret_cast<const ULONGLONG*>(base + library->OriginalFirstThunk);
         auto* entries = reinterpret_cast<void**>(base + library->FirstThunk);
         for (; *names != 0; ++names, ++entries) {
-            // The name stands behind a number of two bytes.
+            // The name follows a hint of two bytes.
             if (!IMAGE_SNAP_BY_ORDINAL64(*names) && std::strcmp(base + *names + sizeof(WORD), name) == 0) {
                 return entries;
             }
@@ -60,10 +59,8 @@ bool ImportHook::Install(HMODULE module, const char* name, void* replacement)
 
 ImportHook::~ImportHook()
 {
-    // Somebody else may have led it elsewhere meanwhile.
+    // Leave it alone if somebody else has redirected it in the meantime.
     if (m_entry && *m_entry == m_replacement) {
         PatchIatEntry(m_entry, m_original);
     }
 }
-
-} // namespace product_services_guard

@@ -1,12 +1,10 @@
-// Puts a function in the place of one that a module imports.
+// Replaces a function that a module imports.
 #pragma once
 
 #include <windows.h>
 
-namespace product_services_guard {
-
-/// An import of a module that leads elsewhere; the original function comes back when this is destroyed. The
-/// module has to be loaded until then.
+/// Redirects one import of a module during its lifetime. The module must stay loaded until the destructor has
+/// restored the original function.
 class ImportHook
 {
 public:
@@ -16,17 +14,12 @@ public:
     ImportHook(const ImportHook&) = delete;
     ImportHook& operator=(const ImportHook&) = delete;
 
-    /// Leads the import `name` to `replacement`. Returns false if the module has no such import or Windows
-    /// refuses.
+    /// Redirects the import `name` to `replacement`. Returns false if the module has no such import or its
+    /// table cannot be changed.
     bool Install(HMODULE module, const char* name, void* replacement);
-
-    /// The function that the import led to before; null if nothing was installed.
-    void* Original() const { return m_original; }
 
 private:
     void** m_entry = nullptr;
     void* m_original = nullptr;
     void* m_replacement = nullptr;
 };
-
-} // namespace product_services_guard

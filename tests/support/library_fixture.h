@@ -1,23 +1,15 @@
-// The DLL through its exports, with a product record, a service, and a second thread as the user.
+// ProductServices.dll of the tests' family, as a host sees it.
 #pragma once
 
-#include "support/loopback_server.h"
+#include "support/dll_fixture.h"
 
 #include "product_services/product_services.h"
-#include "support/product_records.h"
-#include "support/test_folder.h"
 #include "ui/resource.h"
 
-#include <import_hook.h>
-#include <window_automation.h>
-
-#include <atomic>
-#include <functional>
-#include <gtest/gtest.h>
-#include <list>
+#include <algorithm>
 #include <regex>
 
-/// What a call leaves behind: "CODE TEXT" or nothing, and after commas the exception that left it and the
+/// What a call leaves behind: "CODE TEXT" or "nothing", and after commas the exception that it threw and the
 /// message boxes that it showed.
 using Outcome = std::wstring;
 
@@ -26,83 +18,50 @@ inline const Outcome Quit = L"540 User chose to quit!";
 inline const Outcome NoRecord = L"950 No data of the installed product was found.";
 inline const Outcome NoJson = L"nothing, [json.exception.parse_error.101]";
 
-class LibraryTest : public testing::Test
+class LibraryTest : public DllTest
 {
 protected:
-    using User = std::function<void(HWND dialog)>;
+    static constexpr std::uint32_t UntouchedCode = 0xFFFFFFFF;
 
-    static constexpr std::uint32_t Untouched = 0xFFFFFFFF;
-
-    LibraryTest()
-    {
-        records.Write(L"Product\\1.0", L"key", L"product-key");
-        records.Write(L"Product\\1.0", L"version", L"20.1");
-        Load();
-    }
+    LibraryTest() : DllTest(L"ProductServicesForTests.dll") { Load(); }
 
     ~LibraryTest() override
     {
         Unload();
-        // Under WINEDEBUG=warn+heap: no block was written to past its end or after it was freed.
-        EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr));
+        EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr))
+            << "a block was written to past its end or after it was freed; Wine says which";
         RemoveVectoredExceptionHandler(m_handler);
-        EXPECT_EQ(faults.exchange(0), 0) << "which the system passes over in a window's procedure";
-    }
-
-    /// Loads the library anew, which knows of no call yet.
-    void Reload()
-    {
-        Unload();
-        ASSERT_EQ(GetModuleHandleW(L"ProductServicesForTests.dll"), nullptr);
-        Load();
-    }
-
-    /// Until the library is unloaded, it calls `replacement` instead.
-    template <typename Function>
-    void ReplaceImport(const char* name, Function* replacement)
-    {
-        EXPECT_TRUE(hooks.emplace_back().Install(library, name, reinterpret_cast<void*>(replacement)))
-            << name;
+        EXPECT_EQ(accessViolations.exchange(0), 0) << "the system ignores them in a window procedure";
     }
 
     Outcome Check() { return Call("CheckForUpdates"); }
 
-    /// Shows the upgrade center on this thread while another gives the dialog that comes up to `user`.
-    Outcome ShowUpgrades(const User& user = {})
+    /// Shows the upgrade center to a user who does `action` with its window.
+    Outcome RunUpgrade(const DialogAction& action = {})
     {
-        // Makes ready what both threads would make at once.
-        window_automation::VisibleDialogs(GetCurrentThreadId());
-        std::atomic<bool> isDone = false;
-        std::thread watcher([&, thread = GetCurrentThreadId()] { Watch(thread, user, isDone); });
-        Outcome outcome = Call("Upgrade");
-        isDone = true;
-        watcher.join();
-        return outcome;
+        return CallWithUser(action, [this] { return Call("Upgrade"); });
     }
 
-    /// Shows the upgrade center to somebody who looks at it and leaves with Exit.
-    Outcome Look(const User& look = [](HWND) {})
+    /// Shows the upgrade center to a user who does `action` and then leaves with Exit.
+    Outcome OpenAndExit(const DialogAction& action = [](HWND) {})
     {
-        return ShowUpgrades([&](HWND center) {
-            look(center);
+        return RunUpgrade([&](HWND center) {
+            action(center);
             window_automation::ClickButton(center, IDCANCEL);
         });
     }
 
-    static HWND List(HWND center) { return GetDlgItem(center, IDC_UPGRADE_OFFERS); }
+    static HWND OfferList(HWND center) { return GetDlgItem(center, IDC_UPGRADE_OFFERS); }
 
-    decltype(&Upgrade) Export(const char* name) const
+    /// Whether the requests since the last call of this match a pattern; a failure shows them.
+    testing::AssertionResult RequestsMatch(const std::string& pattern)
     {
-        return reinterpret_cast<decltype(&Upgrade)>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+        const std::string requests = service.TakeRequests();
+        return testing::AssertionResult(std::regex_search(requests, std::regex(pattern)))
+               << "the requests are \"" << requests << '"';
     }
 
-    /// Whether this pattern is in the requests since the last call of this.
-    bool IsAsked(const std::string& pattern)
-    {
-        return std::regex_search(service.TakeRequests(), std::regex(pattern));
-    }
-
-    /// Makes the language of `host` one whose text of each id is "text <id>".
+    /// Installs a language file in which the text of each id is "text <id>", and selects its language.
     void InstallLanguage()
     {
         std::filesystem::create_directories("lang/PL");
@@ -114,64 +73,48 @@ protected:
         host.languageId = PRODUCT_SERVICES_LANGUAGE_PL;
     }
 
-    TestFolder folder;
-    ProductRecords records;
-    LoopbackServer service;
-    HMODULE library = nullptr;
     HostContext host{L"Product", L"1.0", L"api-key", 120, nullptr, 0, nullptr, nullptr, nullptr, 0};
-    HostContext called{}; // the host's record of the last call, which is one of its own
-    bool wantsText = true;
+    /// The copy of `host` that was passed to the last call.
+    HostContext lastContext{};
+    bool passTextBuffer = true;
 
-    /// What the loaded library did instead of sleeping, showing a box and opening a file.
-    static inline int pauses;
-    static inline std::function<void()> atPause;
+    /// What the DLL did instead of sleeping, showing a message box and opening a URL.
+    static inline int sleepCount;
+    static inline std::function<void()> onSleep;
     static inline std::wstring boxes;
     static inline std::vector<std::wstring> opened;
 
 private:
-    static LONG CALLBACK CountFault(EXCEPTION_POINTERS* exception)
+    void PrepareDll() override
     {
-        faults += exception->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION;
-        return EXCEPTION_CONTINUE_SEARCH;
-    }
-
-    void Load()
-    {
-        pauses = 0;
-        atPause = [] {};
+        sleepCount = 0;
+        onSleep = [] {};
         opened.clear();
-        library = LoadLibraryW(L"ProductServicesForTests.dll");
-        ReplaceImport("Sleep", NotePause);
-        ReplaceImport("MessageBoxW", NoteBox);
-        ReplaceImport("ShellExecuteW", NoteOpened);
+        ReplaceImport("Sleep", RecordSleep);
+        ReplaceImport("MessageBoxW", RecordMessageBox);
+        ReplaceImport("ShellExecuteW", RecordShellExecute);
     }
 
-    void Unload()
-    {
-        hooks.clear();
-        FreeLibrary(library);
-    }
-
-    // Of another length are those of the runtime, which Visual Studio's imports beside ours.
-    static void NotePause(DWORD milliseconds)
+    // Visual Studio's runtime imports Sleep, too, and calls it with other times.
+    static void RecordSleep(DWORD milliseconds)
     {
         if (milliseconds != 150) {
             SleepEx(milliseconds, FALSE);
             return;
         }
-        ++pauses;
-        atPause();
+        ++sleepCount;
+        onSleep();
     }
 
-    static int NoteBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT flags)
+    static int RecordMessageBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT flags)
     {
         EXPECT_EQ(owner, nullptr);
-        EXPECT_EQ(flags, static_cast<UINT>(MB_OK | MB_ICONERROR)) << "the good news, too";
+        EXPECT_EQ(flags, static_cast<UINT>(MB_OK | MB_ICONERROR)) << "even for good news";
         boxes += std::wstring(L", box ") + caption + L": " + text;
         return IDOK;
     }
 
-    static HINSTANCE NoteOpened(
+    static HINSTANCE RecordShellExecute(
         HWND, const wchar_t* verb, const wchar_t* file, const wchar_t* parameters, const wchar_t* directory,
         int show)
     {
@@ -180,54 +123,39 @@ private:
         EXPECT_EQ(directory, nullptr);
         EXPECT_EQ(show, SW_SHOWNORMAL);
         opened.emplace_back(file);
-        return nullptr; // a failure, which nobody looks at
+        return nullptr; // a failure, which the library ignores
     }
 
     Outcome Call(const char* name)
     {
         std::wstring text(64 * 1024, L'#');
-        called = host;
-        called.resultCode = Untouched;
-        called.resultText = wantsText ? text.data() : nullptr;
+        lastContext = host;
+        lastContext.resultCode = UntouchedCode;
+        lastContext.resultText = passTextBuffer ? text.data() : nullptr;
         boxes.clear();
         std::string exception;
         try {
-            Export(name)(&called);
+            GetExport<decltype(&Upgrade)>(name)(&lastContext);
         } catch (const std::exception& error) {
-            // Where in the text the JSON library gave up is its own affair.
+            // Where in the text the JSON library stopped is not ours to test.
             exception = std::string(", ") + error.what();
             exception.resize(std::min(exception.find(" parse error at"), exception.size()));
         }
         Outcome outcome = Nothing;
-        if (called.resultCode != Untouched) {
-            outcome = std::to_wstring(called.resultCode) + L" " + text.substr(0, text.find(L'\0'));
+        if (lastContext.resultCode != UntouchedCode) {
+            outcome = std::to_wstring(lastContext.resultCode) + L" " + text.substr(0, text.find(L'\0'));
         } else {
             EXPECT_EQ(text.front(), L'#') << "a text without a code";
         }
         return outcome + Outcome(exception.begin(), exception.end()) + boxes;
     }
 
-    // A dialog that nobody expects, or that stays open, is a failure and ends in seconds.
-    static void Watch(DWORD thread, const User& user, const std::atomic<bool>& isDone)
+    static LONG CALLBACK CountAccessViolation(EXCEPTION_POINTERS* exception)
     {
-        int dialogs = 0;
-        for (; !isDone; Sleep(1)) {
-            for (HWND dialog : window_automation::VisibleDialogs(thread)) {
-                const bool isExpected = ++dialogs == 1 && user;
-                if (isExpected) {
-                    user(dialog);
-                }
-                if (!window_automation::WaitFor([&] { return !IsWindow(dialog); }, isExpected ? 5000 : 0)) {
-                    ADD_FAILURE() << "a dialog that is not expected or stays open";
-                    PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
-                    PostThreadMessageW(thread, WM_QUIT, 0, 0);
-                }
-            }
-        }
-        EXPECT_EQ(dialogs, user ? 1 : 0);
+        accessViolations += exception->ExceptionRecord->ExceptionCode == EXCEPTION_ACCESS_VIOLATION;
+        return EXCEPTION_CONTINUE_SEARCH;
     }
 
-    static inline std::atomic<int> faults;
-    void* m_handler = AddVectoredExceptionHandler(TRUE, CountFault);
-    std::list<product_services_guard::ImportHook> hooks;
+    static inline std::atomic<int> accessViolations;
+    void* m_handler = AddVectoredExceptionHandler(TRUE, CountAccessViolation);
 };

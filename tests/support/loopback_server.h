@@ -1,11 +1,10 @@
-// A product service in the test's own process: plain HTTP on the address of the tests' product family.
+// A product service in the process of the test: plain HTTP on the address of the tests' product family.
 #pragma once
 
 #include <winsock2.h>
 
 #include <ws2tcpip.h>
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
@@ -15,7 +14,7 @@
 
 inline const std::string Offer = R"([{"name":"X","version":"2","url":"u"}])";
 
-/// A whole reply, head and all.
+/// A complete HTTP response.
 inline std::string HttpReply(const std::string& body, const std::string& status = "200 OK")
 {
     return "HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
@@ -53,7 +52,7 @@ public:
         }
     }
 
-    // No lock: what a call of the library asks for is served before it returns, and nothing in between.
+    // Not locked, because requests arrive only while a call of the library is in progress.
     void AnswerProbe(const std::string& body) { m_probe = HttpReply(body); }
     void Answer(const std::string& body) { Send(HttpReply(body)); }
     void Send(const std::string& reply)
@@ -62,39 +61,57 @@ public:
         m_updates = reply;
     }
 
-    /// Sends the beginning of a reply to a query, and nothing more until the client leaves or something else
-    /// is set.
+    /// Sends only the beginning of a reply to an update query. Then the connection stays open until the
+    /// client closes it or another reply is set.
     void Hang(const std::string& beginning = {})
     {
         m_updates = beginning;
         m_hangs = true;
     }
 
-    /// Whether a client waits for the rest of such a reply.
+    /// Whether a client is waiting for the rest of such a reply.
     bool IsHanging() const { return m_isHanging; }
 
-    /// What happens when the probe has arrived, before it is answered.
-    void AtProbe(std::function<void()> action) { m_atProbe = std::move(action); }
+    /// Sets what happens when a probe has arrived, before it is answered.
+    void OnProbe(std::function<void()> action) { m_onProbe = std::move(action); }
 
-    /// The requests since the last call of this, one after the other.
+    /// The requests since the last call of this, joined.
     std::string TakeRequests() { return std::exchange(m_requests, {}); }
 
 private:
-    void Serve(SOCKET client)
+    static void SetReceiveTimeout(SOCKET client, DWORD timeoutMs)
     {
+        setsockopt(
+            client, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeoutMs), sizeof timeoutMs);
+    }
+
+    // Returns what has arrived when the request is complete, or the client has closed the connection.
+    static std::string ReceiveRequest(SOCKET client)
+    {
+        SetReceiveTimeout(client, 5000);
         std::string request;
         char block[4096];
-        // Each request ends with its body, of which the last field is "up" or there is none.
+        // The body of a query ends with the field "up"; a probe has no body.
         const std::regex end("&up=|Length: 0");
-        int count = 1;
-        while (count > 0 && !std::regex_search(request, end)) {
-            count = recv(client, block, sizeof block, 0);
-            request.append(block, static_cast<std::size_t>(std::max(count, 0)));
+        while (!std::regex_search(request, end)) {
+            const int count = recv(client, block, sizeof block, 0);
+            if (count <= 0) {
+                EXPECT_TRUE(count == 0 || WSAGetLastError() != WSAETIMEDOUT)
+                    << "the server waited in vain for the end of the request \"" << request << '"';
+                break;
+            }
+            request.append(block, static_cast<std::size_t>(count));
         }
+        return request;
+    }
+
+    void Serve(SOCKET client)
+    {
+        const std::string request = ReceiveRequest(client);
         m_requests += request;
         const bool isProbe = request.find("/check.php") != request.npos;
         if (isProbe) {
-            m_atProbe();
+            m_onProbe();
         }
         const std::string& reply = isProbe ? m_probe : m_updates;
         send(client, reply.data(), static_cast<int>(reply.size()), 0);
@@ -106,8 +123,7 @@ private:
 
     void WaitForEnd(SOCKET client)
     {
-        constexpr DWORD PollMs = 20;
-        setsockopt(client, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&PollMs), sizeof PollMs);
+        SetReceiveTimeout(client, 20);
         m_isHanging = true;
         char byte = 0;
         while (m_hangs && recv(client, &byte, 1, 0) < 0 && WSAGetLastError() == WSAETIMEDOUT) {
@@ -119,7 +135,7 @@ private:
     std::string m_updates = HttpReply(Offer);
     std::atomic<bool> m_hangs = false;
     std::atomic<bool> m_isHanging = false;
-    std::function<void()> m_atProbe = [] {};
+    std::function<void()> m_onProbe = [] {};
     std::string m_requests;
     SOCKET m_listener;
     std::thread m_thread;

@@ -6,10 +6,11 @@
 #include <string>
 #include <windows.h>
 
-/// The registry path below which a product has its key "name\version".
+/// The registry key that has a subkey "name\version" for each product.
 inline const std::wstring RecordPath = product_family::RecordRegistryPath;
 
-/// Writes values of products, each "name\version", and removes all of the user's records at the end.
+/// Writes records of products, each given as "name\version". The destructor removes all of the user's
+/// records.
 struct ProductRecords
 {
     ProductRecords() { RemoveAll(); }
@@ -22,7 +23,7 @@ struct ProductRecords
         WriteBytes(product, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t), root);
     }
 
-    /// A value of any type and size, as a careless installer writes it.
+    /// Writes a value of any type and size, such as a careless installer might write.
     static void WriteBytes(
         const std::wstring& product, const wchar_t* name, DWORD type, const void* bytes, std::size_t size,
         HKEY root = HKEY_CURRENT_USER)
@@ -34,7 +35,7 @@ struct ProductRecords
     static void RemoveAll() { RegDeleteTreeW(HKEY_CURRENT_USER, RecordPath.c_str()); }
 };
 
-/// An empty HKEY_LOCAL_MACHINE of the test's own, below HKEY_CURRENT_USER, while it lives.
+/// Replaces HKEY_LOCAL_MACHINE by an empty key below HKEY_CURRENT_USER during its lifetime.
 class MachineRegistry
 {
 public:

@@ -1,4 +1,4 @@
-// Replies of the service and what they lead to, from replies.json.
+// Replies of the service and the outcomes of calls that receive them, from replies.json.
 #pragma once
 
 #include "data_file.h"
@@ -13,7 +13,7 @@ struct Reply
     std::wstring outcome;
 };
 
-/// The replies for which it is written down what comes of them, with `call` "check" or "center".
+/// The replies that have an outcome for `call`, which is "check" or "center".
 inline std::vector<Reply> RepliesTo(const std::string& call)
 {
     std::vector<Reply> replies;

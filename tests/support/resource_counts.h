@@ -1,4 +1,5 @@
-// What this process holds, counted by hand: Wine 8 answers 0 where Windows counts GDI objects or handles.
+// Counts the resources of this process. Windows' own functions for GDI objects and handles return 0 in
+// Wine 8.
 #pragma once
 
 #include <functional>
@@ -23,7 +24,7 @@ inline std::ptrdiff_t CountGdiObjects()
     return count;
 }
 
-// Or the lowest free one, which Wine gives out first.
+// Under Wine, the number of the lowest free handle, which Wine assigns first.
 inline std::ptrdiff_t CountKernelHandles()
 {
     DWORD known = 0;
@@ -53,8 +54,8 @@ inline std::map<std::string, std::ptrdiff_t> CountResources()
         {"private bytes", CountPrivateBytes()}};
 }
 
-/// Runs `work` until it has settled, then `times` more: what the process holds does not grow.
-inline void ExpectLevel(int times, const std::function<void()>& work)
+/// Runs `work` until the resources have settled and then `times` more, and expects that they do not grow.
+inline void ExpectNoGrowth(int times, const std::function<void()>& work)
 {
     for (int i = 0; i < 20; ++i) {
         work();
@@ -63,7 +64,7 @@ inline void ExpectLevel(int times, const std::function<void()>& work)
     for (int i = 0; i < times; ++i) {
         work();
     }
-    before["kernel handles"] += 3; // one may be on its way out in another thread
+    before["kernel handles"] += 3; // another thread may be about to close some
     before["private bytes"] += 512 * 1024;
     for (const auto& [name, count] : CountResources()) {
         EXPECT_LE(count, before[name]) << name;

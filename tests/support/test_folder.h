@@ -1,4 +1,4 @@
-// Where a test may leave files.
+// A folder for the files of a test.
 #pragma once
 
 #include <filesystem>
@@ -6,7 +6,7 @@
 #include <string>
 #include <windows.h>
 
-/// Writes the units of `characters`, and then `rest`.
+/// Writes `characters` as UTF-16, and then `rest`.
 inline void WriteFile(
     const std::filesystem::path& path, const std::wstring& characters, const std::string& rest = {})
 {
@@ -14,7 +14,8 @@ inline void WriteFile(
     std::ofstream(path, std::ios::binary) << bytes << rest;
 }
 
-/// A new folder below the working directory, which it is itself while it lives. Goes with all that is in it.
+/// Creates a folder in the working directory and makes it the working directory. The destructor changes back
+/// and removes the folder with its contents.
 class TestFolder
 {
 public:
@@ -22,8 +23,8 @@ public:
     {
         static int count = 0;
         const std::string name = std::to_string(GetCurrentProcessId()) + "." + std::to_string(++count);
-        m_folder = m_former / ("test-folder." + name);
-        std::filesystem::remove_all(m_folder); // of a run that crashed
+        m_folder = m_previous / ("test-folder." + name);
+        std::filesystem::remove_all(m_folder); // left by a run that crashed
         std::filesystem::create_directory(m_folder);
         std::filesystem::current_path(m_folder);
     }
@@ -31,11 +32,11 @@ public:
     ~TestFolder()
     {
         std::error_code ignored;
-        std::filesystem::current_path(m_former, ignored);
+        std::filesystem::current_path(m_previous, ignored);
         std::filesystem::remove_all(m_folder, ignored);
     }
 
 private:
-    std::filesystem::path m_former = std::filesystem::current_path();
+    std::filesystem::path m_previous = std::filesystem::current_path();
     std::filesystem::path m_folder;
 };

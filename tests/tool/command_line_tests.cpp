@@ -1,8 +1,7 @@
 // The command line, and the results of calls as they are printed.
 #include "call_result.h"
 #include "options.h"
-
-#include <gtest/gtest.h>
+#include "support/text_assertions.h"
 
 using namespace product_services_tool;
 
@@ -22,7 +21,7 @@ Arguments CheckWith(const Arguments& more)
 TEST(CommandLine, HasDefaults)
 {
     const ParsedCommandLine parsed = ParseCommandLine(CheckWith({}));
-    ASSERT_TRUE(parsed.options) << "no options";
+    ASSERT_TRUE(parsed.options) << testing::PrintToString(parsed.text);
     EXPECT_EQ(parsed.options->command, Command::Check);
     EXPECT_EQ(parsed.options->product, L"P");
     EXPECT_EQ(parsed.options->version, L"1");
@@ -41,7 +40,7 @@ TEST(CommandLine, AcceptsEveryOption)
         {L"doctor", L"--product", L"/Dåta \"1\"", L"--version", L"", L"--api-key", L"K", L"--language",
          L"140", L"--trusted-hosts", L"a.example;*.b.example:8443", L"--time-limit", L"7",
          L"--any-certificate", L"--no-system-proxy", L"--json", L"--program", L"C:\\My App"});
-    ASSERT_TRUE(parsed.options) << "no options";
+    ASSERT_TRUE(parsed.options) << testing::PrintToString(parsed.text);
     EXPECT_EQ(parsed.options->command, Command::Doctor);
     EXPECT_EQ(parsed.options->product, L"/Dåta \"1\"");
     EXPECT_EQ(parsed.options->version, L"");
@@ -56,30 +55,30 @@ TEST(CommandLine, AcceptsEveryOption)
 
 TEST(CommandLine, ReportsErrorsInOneLine)
 {
-    struct Case
+    const struct
     {
         const char* name;
         Arguments arguments;
-        const wchar_t* named;
-    };
-    const Case cases[]{
+        const wchar_t* mentioned;
+    } cases[]{
         {"no command", {}, L"check, upgrade, doctor and version"},
         {"an unknown command", {L"chek"}, L"chek"},
         {"no product", {L"check"}, L"--product"},
         {"no value", CheckWith({L"--language"}), L"--language"},
         {"an unknown option", CheckWith({L"--unknown"}), L"--unknown"},
         {"an option of another command", CheckWith({L"--program=x"}), L"--program"},
-        {"no number", CheckWith({L"--language", L"de"}), L"--language"},
-        {"no time", CheckWith({L"--time-limit", L"0"}), L"--time-limit"},
-        {"no host", CheckWith({L"--trusted-hosts", L"a.example;b/"}), L"--trusted-hosts"},
+        {"a value that is not a number", CheckWith({L"--language", L"de"}), L"--language"},
+        {"a time limit of zero", CheckWith({L"--time-limit", L"0"}), L"--time-limit"},
+        {"an invalid host", CheckWith({L"--trusted-hosts", L"a.example;b/"}), L"--trusted-hosts"},
     };
-    for (const Case& row : cases) {
-        const ParsedCommandLine parsed = ParseCommandLine(row.arguments);
-        EXPECT_FALSE(parsed.options) << row.name;
-        EXPECT_EQ(parsed.status, 2) << row.name;
-        EXPECT_TRUE(parsed.text.starts_with(L"ProductServicesTool: ")) << row.name;
-        EXPECT_NE(parsed.text.find(row.named), std::wstring::npos) << row.name;
-        EXPECT_EQ(parsed.text.find(L'\n'), std::wstring::npos) << row.name;
+    for (const auto& [name, arguments, mentioned] : cases) {
+        SCOPED_TRACE(name);
+        const ParsedCommandLine parsed = ParseCommandLine(arguments);
+        EXPECT_FALSE(parsed.options);
+        EXPECT_EQ(parsed.status, 2);
+        EXPECT_EQ(parsed.text.substr(0, 21), L"ProductServicesTool: ");
+        EXPECT_TRUE(Contains(parsed.text, mentioned));
+        EXPECT_FALSE(Contains(parsed.text, L"\n"));
     }
 }
 
@@ -87,8 +86,8 @@ TEST(CommandLine, PrintsDefaultsInHelp)
 {
     const ParsedCommandLine parsed = ParseCommandLine({L"check", L"--help"});
     EXPECT_EQ(parsed.status, 0);
-    EXPECT_NE(parsed.text.find(L"--time-limit SECONDS"), std::wstring::npos) << "see --help";
-    EXPECT_NE(parsed.text.find(L"(default: 30)"), std::wstring::npos) << "see --help";
+    EXPECT_TRUE(Contains(parsed.text, L"--time-limit SECONDS"));
+    EXPECT_TRUE(Contains(parsed.text, L"(default: 30)"));
 }
 
 TEST(CallResult, NamesEachOutcome)

@@ -1,12 +1,10 @@
 #include "window_automation.h"
 
 #include <commctrl.h>
+#include <ios>
 
 namespace window_automation {
 namespace {
-
-// Where a message box keeps its text; 0xFFFF on Windows as under Wine.
-constexpr int MessageBoxTextId = 0xFFFF;
 
 BOOL CALLBACK AddVisibleDialog(HWND window, LPARAM dialogs)
 {
@@ -50,19 +48,6 @@ std::vector<HWND> VisibleDialogs(DWORD threadId)
     return dialogs;
 }
 
-HWND WaitForDialog(DWORD threadId, DWORD timeoutMs)
-{
-    HWND dialog = nullptr;
-    WaitFor(
-        [&] {
-            const std::vector<HWND> dialogs = VisibleDialogs(threadId);
-            dialog = dialogs.empty() ? nullptr : dialogs.front();
-            return dialog != nullptr;
-        },
-        timeoutMs);
-    return dialog;
-}
-
 std::wstring WindowText(HWND window)
 {
     std::wstring text(static_cast<std::size_t>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
@@ -75,11 +60,6 @@ std::wstring WindowText(HWND window)
 std::wstring ControlText(HWND dialog, int id)
 {
     return WindowText(GetDlgItem(dialog, id));
-}
-
-std::wstring MessageBoxText(HWND box)
-{
-    return ControlText(box, MessageBoxTextId);
 }
 
 std::vector<std::vector<std::wstring>> ListRows(HWND list, int columns)
@@ -116,7 +96,7 @@ int ColumnAlignment(HWND list, int column)
 
 void SelectRow(HWND list, int row)
 {
-    // The list takes the focus as under a click, so that the selection is seen.
+    // Give the list the focus, as a click does, so that the selection is visible.
     SendMessageW(GetParent(list), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list), TRUE);
     LVITEMW item{};
     item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
@@ -132,19 +112,33 @@ HWND FocusedWindowOfThread(HWND window)
     return info.hwndFocus;
 }
 
-bool WaitForPixelColor(HWND window, POINT at, COLORREF color, int width, DWORD timeoutMs)
+testing::AssertionResult WaitForFocus(HWND control)
+{
+    const bool isFocused = WaitFor([control] { return FocusedWindowOfThread(control) == control; }, 3000);
+    return testing::AssertionResult(isFocused)
+           << "the control with the id " << GetDlgCtrlID(FocusedWindowOfThread(control)) << " has the focus";
+}
+
+testing::AssertionResult WaitForPixelColor(HWND window, POINT at, COLORREF color, int width)
 {
     const HDC deviceContext = GetDC(window);
+    COLORREF seen = CLR_INVALID;
     int tried = 0;
-    const auto hasColor = [&] { return GetPixel(deviceContext, at.x + tried++ % width, at.y) == color; };
-    const bool isFound = WaitFor(hasColor, timeoutMs);
+    const auto hasColor = [&] {
+        seen = GetPixel(deviceContext, at.x + tried % width, at.y);
+        ++tried;
+        return seen == color;
+    };
+    const bool isFound = WaitFor(hasColor, 3000);
     ReleaseDC(window, deviceContext);
-    return isFound;
+    return testing::AssertionResult(isFound)
+           << "a pixel has the color " << std::hex << seen << " instead of " << color << " (0xBBGGRR)";
 }
 
 void ClickButton(HWND dialog, int id)
 {
-    // What a button sends; BM_CLICK does nothing in a dialog that is losing or gaining activation.
+    // A button sends the same command. BM_CLICK does nothing while the dialog is losing or gaining
+    // activation.
     PostMessageW(
         dialog, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(dialog, id)));
 }
