@@ -1,4 +1,4 @@
-// Run-time class information, as MFC documents it.
+// Run-time class information, as documented for MFC.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// Common controls, as MFC documents them.
+// Common controls, as documented for MFC.
 #pragma once
 
 #include <afxwin.h>

@@ -1,4 +1,4 @@
-// Dialogs with a background image, as MFC documents them.
+// Dialogs with a background image, as documented for MFC.
 #pragma once
 
 #include <afxwin.h>
@@ -16,8 +16,8 @@ public:
     CDialogEx(UINT nIDTemplate, CWnd* pParent = nullptr);
     ~CDialogEx() override;
 
-    /// Paints the image, unscaled, behind the controls; static texts are transparent over it. Null takes the
-    /// image away. The dialog deletes the image with itself where `bAutoDestroy` is TRUE.
+    /// Paints the image without scaling it behind the controls. Static texts are transparent. Null removes
+    /// the image. If `bAutoDestroy` is TRUE, the dialog owns the image.
     void SetBackgroundImage(
         HBITMAP hBitmap, BackgroundLocation location, BOOL bAutoDestroy = TRUE, BOOL bRepaint = TRUE);
 

@@ -1,4 +1,4 @@
-// The module state: which module's resources and application object are in force.
+// The module state: the module whose resources and application object are used.
 #pragma once
 
 #include <afx.h>
@@ -12,13 +12,14 @@ public:
     HINSTANCE m_hCurrentResourceHandle = nullptr;
 };
 
-/// The state of the module that this is linked into.
+/// Returns the state of the module that this function is linked into.
 AFX_MODULE_STATE* AFXAPI AfxGetStaticModuleState();
 
-/// The state in force.
+/// Returns the current state.
 AFX_MODULE_STATE* AFXAPI AfxGetModuleState();
 
-/// Puts a state in force for the rest of the enclosing scope; the former one comes back on every way out.
+/// Makes a state the current one for the rest of the enclosing scope. The previous one is restored even if
+/// the scope is left by an exception.
 class AFX_MAINTAIN_STATE2
 {
 public:
@@ -29,7 +30,7 @@ public:
     AFX_MAINTAIN_STATE2& operator=(const AFX_MAINTAIN_STATE2&) = delete;
 
 private:
-    AFX_MODULE_STATE* m_formerState;
+    AFX_MODULE_STATE* m_previousState;
 };
 
 #define AFX_MANAGE_STATE(pModuleState) AFX_MAINTAIN_STATE2 afxModuleStateOfThisScope(pModuleState);

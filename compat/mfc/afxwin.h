@@ -1,4 +1,4 @@
-// Application object, message maps, windows and dialogs, as MFC documents them.
+// Application object, message maps, windows and dialogs, as documented for MFC.
 #pragma once
 
 #include <afx.h>
@@ -10,8 +10,8 @@
 
 class CCmdTarget;
 
-/// What a handler of a message map is called with; which members mean something depends on the message.
-struct AFX_MESSAGE
+/// The arguments for a handler of WM_NOTIFY; null for WM_COMMAND.
+struct MessageArguments
 {
     NMHDR* notification;
     LRESULT* result;
@@ -22,13 +22,13 @@ struct AFX_MSGMAP_ENTRY
     UINT nMessage; ///< WM_COMMAND or WM_NOTIFY; 0 ends the map.
     UINT nCode;
     UINT nID;
-    void (*invoke)(CCmdTarget& target, const AFX_MESSAGE& message);
+    void (*pfn)(CCmdTarget& target, const MessageArguments& arguments);
 };
 
 struct AFX_MSGMAP
 {
-    const AFX_MSGMAP* (*baseMap)();
-    const AFX_MSGMAP_ENTRY* entries;
+    const AFX_MSGMAP* (*pfnGetBaseMap)();
+    const AFX_MSGMAP_ENTRY* lpEntries;
 };
 
 // clang-format off
@@ -50,7 +50,7 @@ protected:                                          \
 
 #define ON_COMMAND(id, memberFxn)                             \
             {WM_COMMAND, BN_CLICKED, static_cast<UINT>(id),   \
-             [](CCmdTarget& target, const AFX_MESSAGE&) {     \
+             [](CCmdTarget& target, const MessageArguments&) { \
                  (static_cast<ThisClass&>(target).*(memberFxn))(); \
              }},
 
@@ -58,8 +58,8 @@ protected:                                          \
 
 #define ON_NOTIFY(wNotifyCode, id, memberFxn)                                      \
             {WM_NOTIFY, static_cast<UINT>(wNotifyCode), static_cast<UINT>(id),     \
-             [](CCmdTarget& target, const AFX_MESSAGE& message) {                  \
-                 (static_cast<ThisClass&>(target).*(memberFxn))(message.notification, message.result); \
+             [](CCmdTarget& target, const MessageArguments& arguments) {           \
+                 (static_cast<ThisClass&>(target).*(memberFxn))(arguments.notification, arguments.result); \
              }},
 
 #define END_MESSAGE_MAP()                                     \
@@ -74,8 +74,9 @@ class CCmdTarget : public CObject
     DECLARE_DYNAMIC(CCmdTarget)
 
 protected:
-    /// Calls the first handler for the message, in the map of the most derived class that has one.
-    bool RouteMessage(UINT message, UINT code, UINT id, const AFX_MESSAGE& arguments);
+    /// Calls the handler for the message that is found first, from the most derived class to its bases.
+    /// Returns false if there is none.
+    bool HandleMessage(UINT message, UINT code, UINT id, const MessageArguments& arguments);
 
     static const AFX_MSGMAP* GetThisMessageMap();
     virtual const AFX_MSGMAP* GetMessageMap() const;
@@ -140,15 +141,15 @@ protected:
     virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* pResult);
     virtual void ShowOnIdle();
 
-    bool m_continuesModal = false;
+    bool m_inModalLoop = false;
     int m_modalResult = 0;
 
 private:
-    static CWnd* FindAttached(HWND window);
-    static LRESULT CALLBACK AttachedWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    static CWnd* FromHandlePermanent(HWND window);
+    static LRESULT CALLBACK SubclassProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     void Detach();
 
-    WNDPROC m_formerProc = nullptr;
+    WNDPROC m_pfnSuper = nullptr;
 
     DECLARE_MESSAGE_MAP()
 };

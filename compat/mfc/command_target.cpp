@@ -21,12 +21,13 @@ const AFX_MSGMAP* CCmdTarget::GetMessageMap() const
     return GetThisMessageMap();
 }
 
-bool CCmdTarget::RouteMessage(UINT message, UINT code, UINT id, const AFX_MESSAGE& arguments)
+bool CCmdTarget::HandleMessage(UINT message, UINT code, UINT id, const MessageArguments& arguments)
 {
-    for (const AFX_MSGMAP* map = GetMessageMap(); map; map = map->baseMap ? map->baseMap() : nullptr) {
-        for (const AFX_MSGMAP_ENTRY* entry = map->entries; entry->nMessage; ++entry) {
+    for (const AFX_MSGMAP* map = GetMessageMap(); map;
+         map = map->pfnGetBaseMap ? map->pfnGetBaseMap() : nullptr) {
+        for (const AFX_MSGMAP_ENTRY* entry = map->lpEntries; entry->nMessage; ++entry) {
             if (entry->nMessage == message && entry->nCode == code && entry->nID == id) {
-                entry->invoke(*this, arguments);
+                entry->pfn(*this, arguments);
                 return true;
             }
         }

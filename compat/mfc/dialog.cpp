@@ -16,7 +16,7 @@ RECT WindowRect(HWND window)
     return rect;
 }
 
-// The head of an extended dialog template, for which Windows' headers have no name.
+// The beginning of an extended dialog template (DLGTEMPLATEEX), which Windows' headers do not declare.
 #pragma pack(push, 2)
 struct ExtendedTemplate
 {
@@ -31,7 +31,7 @@ struct ExtendedTemplate
 };
 #pragma pack(pop)
 
-// Whether the template leaves the dialog in the corner. Where Windows then puts it depends on the taskbar.
+// Whether the template places the dialog at 0, 0. Windows may then move it, for example below a taskbar.
 bool IsTemplateAtOrigin(UINT id)
 {
     const HINSTANCE module = AfxGetResourceHandle();
@@ -45,7 +45,7 @@ bool IsTemplateAtOrigin(UINT id)
     return extended.signature == 0xFFFF ? extended.x == 0 && extended.y == 0 : old.x == 0 && old.y == 0;
 }
 
-// MFC registers the classes of the common controls by itself.
+// MFC registers the window classes of the common controls, too.
 void RegisterCommonControls()
 {
     const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_WIN95_CLASSES};
@@ -59,7 +59,7 @@ CDialog::CDialog(UINT nIDTemplate, CWnd* pParentWnd) : m_templateId(nIDTemplate)
 INT_PTR CDialog::DoModal()
 {
     RegisterCommonControls();
-    m_continuesModal = true;
+    m_inModalLoop = true;
     m_modalResult = -1;
     if (::CreateDialogParamW(
             AfxGetResourceHandle(), MAKEINTRESOURCEW(m_templateId), m_parent ? m_parent->m_hWnd : nullptr,
@@ -84,8 +84,8 @@ INT_PTR CALLBACK CDialog::DialogProc(HWND dialog, UINT message, WPARAM, LPARAM l
     return reinterpret_cast<CDialog*>(lParam)->InitDialog(dialog);
 }
 
-// A dialog that its template leaves in the corner, and that its own initialisation does not move, comes up
-// centred. The focus, and the activation with it, wait until it is shown.
+// Centers a dialog whose template places it at 0, 0, unless OnInitDialog has moved it. The dialog gets the
+// focus and becomes active only when it is shown.
 BOOL CDialog::InitDialog(HWND dialog)
 {
     SubclassWindow(dialog);
@@ -139,7 +139,7 @@ BOOL CWnd::UpdateData(BOOL bSaveAndValidate)
     return TRUE;
 }
 
-// Binds at the first exchange. A control that the template lacks stays unbound.
+// Attaches the control at the first exchange. If the template has no such control, nothing is attached.
 void AFXAPI DDX_Control(CDataExchange* pDX, int nIDC, CWnd& rControl)
 {
     if (rControl.m_hWnd) {

@@ -55,15 +55,15 @@ BOOL CDialogEx::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pR
     return CDialog::OnWndMsg(message, wParam, lParam, pResult);
 }
 
-// The dialog's own background goes only where the image is not, so that nothing is painted twice.
+// Paints the image, and the normal background only around it, so that nothing is painted twice.
 void CDialogEx::EraseBackground(HDC dc)
 {
     BITMAP size{};
     ::GetObjectW(m_image, sizeof size, &size);
     HDC source = ::CreateCompatibleDC(dc);
-    HGDIOBJ former = ::SelectObject(source, m_image);
+    HGDIOBJ previous = ::SelectObject(source, m_image);
     ::BitBlt(dc, 0, 0, size.bmWidth, size.bmHeight, source, 0, 0, SRCCOPY);
-    ::SelectObject(source, former);
+    ::SelectObject(source, previous);
     ::DeleteDC(source);
 
     const int state = ::SaveDC(dc);

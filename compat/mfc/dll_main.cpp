@@ -1,4 +1,4 @@
-// A regular DLL's entry point, which MFC supplies.
+// The entry point of a regular DLL, which MFC provides.
 #include <afxwin.h>
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)

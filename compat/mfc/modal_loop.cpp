@@ -2,23 +2,24 @@
 
 namespace {
 
-// The queue of a busy host is never empty; its user waits no longer than this.
-constexpr ULONGLONG ShownAfterMs = 250;
+// The window is shown after this time even if the queue of a busy host is never empty.
+constexpr ULONGLONG ShowTimeoutMs = 250;
 
-// The timer of carets and menus, for which the headers have no name.
+// The timer of carets and menus, which Windows' headers do not declare.
 constexpr UINT WM_SYSTIMER = 0x0118;
 
-bool TakeMessage(MSG& message, bool waits)
+// Returns false if there is no message, unless it is to wait for one.
+bool FetchMessage(MSG& message, bool wait)
 {
-    if (waits) {
+    if (wait) {
         ::GetMessageW(&message, nullptr, 0, 0);
         return true;
     }
     return ::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
 }
 
-// The queue hands these out when it holds nothing else, so that all that was posted has had its turn.
-bool ComesLast(const MSG& message)
+// Windows generates these only when the queue is otherwise empty, so all posted messages have been handled.
+bool IsLowPriorityMessage(const MSG& message)
 {
     return message.message == WM_PAINT || message.message == WM_TIMER || message.message == WM_SYSTIMER;
 }
@@ -27,21 +28,24 @@ bool ComesLast(const MSG& message)
 
 int CWnd::RunModalLoop(DWORD dwFlags)
 {
-    bool isHidden = (dwFlags & MLF_SHOWONIDLE) && !(GetStyle() & WS_VISIBLE);
-    const ULONGLONG latest = ::GetTickCount64() + ShownAfterMs;
+    bool isShowPending = (dwFlags & MLF_SHOWONIDLE) && !(GetStyle() & WS_VISIBLE);
+    const ULONGLONG showDeadline = ::GetTickCount64() + ShowTimeoutMs;
     while (ContinueModal()) {
         MSG message;
-        const bool isIdle = !TakeMessage(message, !isHidden);
-        if (!isIdle && message.message == WM_QUIT) {
+        const bool wait = !isShowPending;
+        const bool hasMessage = FetchMessage(message, wait);
+        if (hasMessage && message.message == WM_QUIT) {
             ::PostQuitMessage(static_cast<int>(message.wParam));
             return -1;
         }
-        // A message that another thread sent may have ended the loop during the look at the queue.
-        if (isHidden && ContinueModal() && (isIdle || ComesLast(message) || ::GetTickCount64() >= latest)) {
-            isHidden = false;
+        const bool isIdle = !hasMessage || IsLowPriorityMessage(message);
+        const bool isTimeToShow = isIdle || ::GetTickCount64() >= showDeadline;
+        // A message that was sent by another thread, and handled while fetching, may have ended the loop.
+        if (isShowPending && isTimeToShow && ContinueModal()) {
+            isShowPending = false;
             ShowOnIdle();
         }
-        if (!isIdle && !PreTranslateMessage(&message)) {
+        if (hasMessage && !PreTranslateMessage(&message)) {
             ::TranslateMessage(&message);
             ::DispatchMessageW(&message);
         }
@@ -57,14 +61,15 @@ void CWnd::ShowOnIdle()
 
 BOOL CWnd::ContinueModal()
 {
-    return m_continuesModal;
+    return m_inModalLoop;
 }
 
 void CWnd::EndModalLoop(int nResult)
 {
     m_modalResult = nResult;
-    m_continuesModal = false;
-    // Wakes the loop where it waits for a message while a sent one brings it here.
+    m_inModalLoop = false;
+    // If this is called from a sent message, the loop is still blocked in GetMessageW; post a message to wake
+    // it.
     ::PostMessageW(m_hWnd, WM_NULL, 0, 0);
 }
 

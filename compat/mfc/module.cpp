@@ -2,31 +2,32 @@
 
 namespace {
 
-// Plain: the library runs on one thread, and what a thread has of its own outlives the library.
-AFX_MODULE_STATE stateOfThisModule;
-AFX_MODULE_STATE* stateInForce = &stateOfThisModule;
+// Plain static data instead of thread-local storage, which would outlive the library. There is one call at a
+// time.
+AFX_MODULE_STATE moduleState;
+AFX_MODULE_STATE* currentState = &moduleState;
 
 } // namespace
 
-// In an executable no DllMain fills the handle in: null stands for the executable.
+// In an executable, no DllMain sets the handle, and null means the executable.
 AFX_MODULE_STATE* AFXAPI AfxGetStaticModuleState()
 {
-    return &stateOfThisModule;
+    return &moduleState;
 }
 
 AFX_MODULE_STATE* AFXAPI AfxGetModuleState()
 {
-    return stateInForce;
+    return currentState;
 }
 
-AFX_MAINTAIN_STATE2::AFX_MAINTAIN_STATE2(AFX_MODULE_STATE* pModuleState) : m_formerState(stateInForce)
+AFX_MAINTAIN_STATE2::AFX_MAINTAIN_STATE2(AFX_MODULE_STATE* pModuleState) : m_previousState(currentState)
 {
-    stateInForce = pModuleState;
+    currentState = pModuleState;
 }
 
 AFX_MAINTAIN_STATE2::~AFX_MAINTAIN_STATE2()
 {
-    stateInForce = m_formerState;
+    currentState = m_previousState;
 }
 
 CWinApp* AFXAPI AfxGetApp()

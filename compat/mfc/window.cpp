@@ -1,6 +1,6 @@
 #include <afxwin.h>
 
-#include "centred.h"
+#include "centered_position.h"
 
 #include <algorithm>
 #include <map>
@@ -12,9 +12,9 @@ END_MESSAGE_MAP()
 
 namespace {
 
-// The windows that have an object. An entry whose thread was terminated stays, and is never looked at again:
-// its window is gone.
-std::map<HWND, CWnd*> attachedWindows;
+// The windows that have an object. If a thread was terminated, the entries of its windows stay, but are never
+// used again.
+std::map<HWND, CWnd*> permanentWindows;
 
 } // namespace
 
@@ -26,42 +26,42 @@ CWnd::~CWnd()
 BOOL CWnd::SubclassWindow(HWND hWnd)
 {
     m_hWnd = hWnd;
-    attachedWindows[hWnd] = this;
-    m_formerProc = reinterpret_cast<WNDPROC>(
-        ::SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(AttachedWindowProc)));
+    permanentWindows[hWnd] = this;
+    m_pfnSuper = reinterpret_cast<WNDPROC>(
+        ::SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(SubclassProc)));
     return TRUE;
 }
 
 void CWnd::Detach()
 {
-    attachedWindows.erase(m_hWnd);
-    ::SetWindowLongPtrW(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_formerProc));
+    permanentWindows.erase(m_hWnd);
+    ::SetWindowLongPtrW(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_pfnSuper));
     m_hWnd = nullptr;
-    if (m_continuesModal) {
-        // Nothing can end its loop any more. Not to the window, whose messages go with it.
-        m_continuesModal = false;
+    if (m_inModalLoop) {
+        // Wake the loop, which nothing else can end any more. Messages to the window itself would be lost.
+        m_inModalLoop = false;
         ::PostMessageW(nullptr, WM_NULL, 0, 0);
     }
 }
 
-CWnd* CWnd::FindAttached(HWND window)
+CWnd* CWnd::FromHandlePermanent(HWND window)
 {
-    const auto found = attachedWindows.find(window);
-    return found == attachedWindows.end() ? nullptr : found->second;
+    const auto found = permanentWindows.find(window);
+    return found == permanentWindows.end() ? nullptr : found->second;
 }
 
-LRESULT CALLBACK CWnd::AttachedWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT CALLBACK CWnd::SubclassProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    // A window procedure is an entry into the module like an export.
+    // Like an export, a window procedure is an entry point of the module.
     AFX_MANAGE_STATE(AfxGetStaticModuleState())
-    CWnd* object = FindAttached(window);
+    CWnd* object = FromHandlePermanent(window);
     if (!object) {
         return ::DefWindowProcW(window, message, wParam, lParam);
     }
-    const WNDPROC formerProc = object->m_formerProc;
     if (message == WM_NCDESTROY) {
+        const WNDPROC original = object->m_pfnSuper;
         object->Detach();
-        return ::CallWindowProcW(formerProc, window, message, wParam, lParam);
+        return ::CallWindowProcW(original, window, message, wParam, lParam);
     }
     return object->WindowProc(message, wParam, lParam);
 }
@@ -86,20 +86,20 @@ BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* pResult
 
 LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
-    return ::CallWindowProcW(m_formerProc, m_hWnd, message, wParam, lParam);
+    return ::CallWindowProcW(m_pfnSuper, m_hWnd, message, wParam, lParam);
 }
 
 BOOL CWnd::OnCommand(WPARAM wParam, LPARAM lParam)
 {
-    // A menu or an accelerator has no control and no code of its own.
+    // A menu or an accelerator sends no control handle and no notification code.
     const UINT code = lParam ? HIWORD(wParam) : BN_CLICKED;
-    return RouteMessage(WM_COMMAND, code, LOWORD(wParam), {});
+    return HandleMessage(WM_COMMAND, code, LOWORD(wParam), {});
 }
 
 BOOL CWnd::OnNotify(WPARAM, LPARAM lParam, LRESULT* pResult)
 {
     auto* header = reinterpret_cast<NMHDR*>(lParam);
-    return RouteMessage(WM_NOTIFY, header->code, static_cast<UINT>(header->idFrom), {header, pResult});
+    return HandleMessage(WM_NOTIFY, header->code, static_cast<UINT>(header->idFrom), {header, pResult});
 }
 
 BOOL CWnd::DestroyWindow()
@@ -132,7 +132,7 @@ void CWnd::SetRedraw(BOOL bRedraw)
     SendMessage(WM_SETREDRAW, static_cast<WPARAM>(bRedraw));
 }
 
-POINT CentredPosition(const RECT& area, const RECT& window)
+POINT CenteredPosition(const RECT& area, const RECT& window)
 {
     const LONG freeWidth = (area.right - area.left) - (window.right - window.left);
     const LONG freeHeight = (area.bottom - area.top) - (window.bottom - window.top);
@@ -142,8 +142,8 @@ POINT CentredPosition(const RECT& area, const RECT& window)
     };
 }
 
-// Without an owner, the middle of the work area of the monitor that is worked on. A dialog that is not shown
-// yet is not active and lies in a corner of the primary one.
+// Centers the window in the work area of the monitor with the active window. The dialog itself says nothing
+// about the monitor, because it is not shown yet and lies in a corner of the primary one.
 void CWnd::CenterWindow()
 {
     const HWND active = ::GetActiveWindow();
@@ -155,7 +155,7 @@ void CWnd::CenterWindow()
     if (!::GetMonitorInfoW(monitor, &information) || !::GetWindowRect(m_hWnd, &window)) {
         return;
     }
-    const POINT position = CentredPosition(information.rcWork, window);
+    const POINT position = CenteredPosition(information.rcWork, window);
     ::SetWindowPos(m_hWnd, nullptr, position.x, position.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
@@ -166,9 +166,9 @@ DWORD CWnd::GetStyle() const
 
 BOOL CWnd::ModifyStyleEx(DWORD dwRemove, DWORD dwAdd, UINT nFlags)
 {
-    const auto former = static_cast<DWORD>(::GetWindowLongPtrW(m_hWnd, GWL_EXSTYLE));
-    const DWORD style = (former & ~dwRemove) | dwAdd;
-    if (style == former) {
+    const auto previous = static_cast<DWORD>(::GetWindowLongPtrW(m_hWnd, GWL_EXSTYLE));
+    const DWORD style = (previous & ~dwRemove) | dwAdd;
+    if (style == previous) {
         return FALSE;
     }
     ::SetWindowLongPtrW(m_hWnd, GWL_EXSTYLE, static_cast<LONG_PTR>(style));

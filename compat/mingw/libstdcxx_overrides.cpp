@@ -1,14 +1,15 @@
-// What our DLLs do otherwise than mingw's runtime would.
+// Replaces parts of libstdc++ that are too large for our DLLs or leave something behind when they are
+// unloaded.
 #include <cstdlib>
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the runtime's own names.
+// NOLINTBEGIN(bugprone-reserved-identifier): these are the runtime's names.
 namespace __gnu_cxx {
 
 void __verbose_terminate_handler();
 void __freeres();
 
-// libstdc++'s own handler prints the name of an uncaught exception, for which it brings a demangler of 45 KB.
-// A host has no console to read it on.
+// libstdc++'s handler prints the name of an uncaught exception, for which it links a demangler of 45 KB.
+// Hosts have no console that would show it.
 void __verbose_terminate_handler()
 {
     std::abort();
@@ -18,7 +19,7 @@ void __verbose_terminate_handler()
 
 namespace __cxxabiv1 {
 
-// The runtime's record of the exceptions that are being handled, whose layout the C++ ABI fixes.
+// The runtime's data about exceptions that are being handled. The C++ ABI specifies the layout.
 struct __cxa_eh_globals
 {
     void* caughtExceptions;
@@ -30,23 +31,23 @@ __cxa_eh_globals* __cxa_get_globals() noexcept;
 __cxa_eh_globals* __cxa_get_globals_fast() noexcept;
 }
 
-// libstdc++ keeps it for each thread, in a place whose handles and TLS index stay when the DLL is unloaded.
-// One is enough: there is one call at a time.
-static __cxa_eh_globals exceptions;
+// libstdc++ has one for each thread, in storage whose handles and TLS index stay when the DLL is unloaded.
+// One for the process is enough, because there is one call at a time.
+static __cxa_eh_globals ehGlobals;
 
 __cxa_eh_globals* __cxa_get_globals() noexcept
 {
-    return &exceptions;
+    return &ehGlobals;
 }
 
 __cxa_eh_globals* __cxa_get_globals_fast() noexcept
 {
-    return &exceptions;
+    return &ehGlobals;
 }
 
 } // namespace __cxxabiv1
 
-// libstdc++ keeps 72 KB for exceptions without memory, which would stay when the DLL is unloaded.
+// libstdc++ reserves 72 KB for exceptions when memory runs out, which would stay when the DLL is unloaded.
 __attribute__((destructor)) static void FreeEmergencyMemory()
 {
     __gnu_cxx::__freeres();

@@ -1,10 +1,10 @@
-#include <centred.h>
+#include <centered_position.h>
 
 #include <gtest/gtest.h>
 
 TEST(CenterWindow, CentersInTheWorkArea)
 {
-    // Name, work area, window, and where it goes.
+    // Name, work area, window, and its new position.
     const std::tuple<const char*, RECT, RECT, POINT> cases[]{
         {"on the primary monitor, already elsewhere",
          {0, 0, 1920, 1040},
@@ -17,7 +17,7 @@ TEST(CenterWindow, CentersInTheWorkArea)
     };
     for (const auto& [name, workArea, window, expected] : cases) {
         SCOPED_TRACE(name);
-        const POINT position = CentredPosition(workArea, window);
+        const POINT position = CenteredPosition(workArea, window);
         EXPECT_EQ(position.x, expected.x);
         EXPECT_EQ(position.y, expected.y);
     }
