@@ -1,12 +1,13 @@
-// Functions of Windows' libraries that are loaded at the first need.
+// Loads functions of Windows' libraries on demand.
 #pragma once
 
 #include <windows.h>
 
 namespace product_services_guard {
 
-/// A function of a library in the system folder; an import would also look beside the program. The library
-/// stays loaded, because its threads may outlive a call. Null if there is none.
+/// Loads a function from a library in the system folder, while an import would also search the program's
+/// folder. The library stays loaded, because its threads may outlive a call. Returns null if there is no such
+/// function.
 template <typename Function>
 Function* LoadSystemFunction(const wchar_t* library, const char* name)
 {

@@ -5,7 +5,8 @@
 namespace product_services_guard {
 namespace {
 
-// A mutex belongs to a thread, and Windows says when its thread has ended. It goes with this DLL.
+// A mutex is owned by a thread, and Windows reports if that thread has ended. Closed when this DLL is
+// unloaded.
 class CallMutex
 {
 public:
@@ -22,7 +23,8 @@ private:
 };
 CallMutex callMutex;
 
-// Whether the thread that owns the mutex is within a call: it may take the mutex more than once.
+// Whether the thread that owns the mutex is in a call. The mutex alone is not enough, because its thread can
+// acquire it more than once.
 bool isCallInProgress = false;
 
 } // namespace

@@ -3,8 +3,8 @@
 
 namespace product_services_guard {
 
-/// Marks a call as the one in progress while it lives, unless another one is: then it does not wait, and
-/// OwnsLock() is false. A thread that ended within a call gives the lock up.
+/// Locks guarded calls during its lifetime. If another call is in progress, the constructor does not wait,
+/// and OwnsLock() is false. The lock is released if its thread ends during a call.
 class CallLock
 {
 public:

@@ -18,9 +18,9 @@ bool IsQuerySent(const CallEvents& events, GuardedFunction function)
     return events.transferCount == (function == GuardedFunction::CheckForUpdates ? 1 : 2);
 }
 
-// A transfer that failed explains all that the library then said, but for a missing record, which it has
-// looked for in any case.
-std::optional<CallOutcome> OutcomeOfTransfer(const CallEvents& events)
+// A failed transfer explains whatever the library reported after it, except a missing record, which does not
+// depend on the transfer.
+std::optional<CallOutcome> FindTransferError(const CallEvents& events)
 {
     if (events.transferResult == CURLE_OK) {
         return std::nullopt;
@@ -40,7 +40,7 @@ std::optional<CallOutcome> OutcomeOfTransfer(const CallEvents& events)
     return CallOutcome{PRODUCT_SERVICES_OUTCOME_UNREACHABLE, events.transferError};
 }
 
-// {"status":0,"error":"unknown product"}: the service's own words, or else the library's.
+// Returns the service's text, as in {"status":0,"error":"unknown product"}, or else the library's message.
 std::wstring RefusalText(const CallEvents& events, const std::wstring& message)
 {
     const ServiceReply reply = ServiceReply::parse(events.reply, nullptr, false);
@@ -48,7 +48,7 @@ std::wstring RefusalText(const CallEvents& events, const std::wstring& message)
     return error != reply.end() && error->is_string() ? FromUtf8(error->get<std::string>()) : message;
 }
 
-CallOutcome OutcomeOfDownload(const std::wstring& url, const wchar_t* trustedHosts)
+CallOutcome CheckDownloadUrl(const std::wstring& url, const wchar_t* trustedHosts)
 {
     if (!IsTrustedUrl(url, trustedHosts)) {
         return {PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS, url};
@@ -56,12 +56,12 @@ CallOutcome OutcomeOfDownload(const std::wstring& url, const wchar_t* trustedHos
     return {PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE, url, PRODUCT_SERVICES_SUCCESS};
 }
 
-CallOutcome OutcomeOfResult(const CallEvents& events, std::uint32_t code, const wchar_t* trustedHosts)
+CallOutcome TranslateResult(const CallEvents& events, std::uint32_t code, const wchar_t* trustedHosts)
 {
     const std::wstring& text = events.resultText;
     switch (code) {
     case PRODUCT_SERVICES_SUCCESS:
-        return OutcomeOfDownload(text, trustedHosts);
+        return CheckDownloadUrl(text, trustedHosts);
     case PRODUCT_SERVICES_USER_QUIT:
         return {PRODUCT_SERVICES_OUTCOME_USER_QUIT, text, code};
     case PRODUCT_SERVICES_BROWSER_OPENED:
@@ -77,7 +77,7 @@ CallOutcome OutcomeOfResult(const CallEvents& events, std::uint32_t code, const 
     }
 }
 
-CallOutcome OutcomeOfMessage(const CallEvents& events, product_services::TextId message)
+CallOutcome TranslateMessage(const CallEvents& events, product_services::TextId message)
 {
     if (message == product_services::text_ids::LatestVersion) {
         return {PRODUCT_SERVICES_OUTCOME_UP_TO_DATE, events.messageText};
@@ -85,8 +85,8 @@ CallOutcome OutcomeOfMessage(const CallEvents& events, product_services::TextId 
     return {PRODUCT_SERVICES_OUTCOME_REFUSED, RefusalText(events, events.messageText)};
 }
 
-// The library has neither reported nor shown anything.
-CallOutcome OutcomeOfSilence(const CallEvents& events, GuardedFunction function)
+// Explains a call in which the library has neither reported nor shown anything.
+CallOutcome ExplainSilence(const CallEvents& events, GuardedFunction function)
 {
     if (!IsQuerySent(events, function)) {
         return {PRODUCT_SERVICES_OUTCOME_NOTHING_SENT, L"The API key or the product key is empty."};
@@ -107,32 +107,32 @@ CallOutcome OutcomeOfSilence(const CallEvents& events, GuardedFunction function)
 
 CallOutcome DetermineOutcome(const CallEvents& events, GuardedFunction function, const wchar_t* trustedHosts)
 {
-    if (const std::optional<CallOutcome> outcome = OutcomeOfTransfer(events)) {
-        return *outcome;
+    if (const std::optional<CallOutcome> error = FindTransferError(events)) {
+        return *error;
     }
     if (!events.blockedUrl.empty()) {
         return {PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS, events.blockedUrl};
     }
-    // Without a transfer the library takes the empty reply for an answer.
+    // Without a transfer, the library has handled the empty reply buffer like an empty reply.
     const bool hasRecord = events.resultCode != PRODUCT_SERVICES_NO_PRODUCT_RECORD;
     if (events.transferCount == 0 && hasRecord && (events.resultCode || events.message)) {
         return {PRODUCT_SERVICES_OUTCOME_FAILED, L"libcurl could not be initialised."};
     }
     if (events.resultCode) {
-        return OutcomeOfResult(events, *events.resultCode, trustedHosts);
+        return TranslateResult(events, *events.resultCode, trustedHosts);
     }
-    return events.message ? OutcomeOfMessage(events, *events.message) : OutcomeOfSilence(events, function);
+    return events.message ? TranslateMessage(events, *events.message) : ExplainSilence(events, function);
 }
 
-CallOutcome DetermineOutcomeOfException(const CallEvents& events, GuardedFunction function, const char* error)
+CallOutcome TranslateException(const CallEvents& events, GuardedFunction function, const char* what)
 {
-    if (const std::optional<CallOutcome> outcome = OutcomeOfTransfer(events)) {
-        return *outcome;
+    if (const std::optional<CallOutcome> error = FindTransferError(events)) {
+        return *error;
     }
     if (!IsQuerySent(events, function)) {
-        return {PRODUCT_SERVICES_OUTCOME_FAILED, L"A key or the version cannot be sent: " + FromUtf8(error)};
+        return {PRODUCT_SERVICES_OUTCOME_FAILED, L"A key or the version cannot be sent: " + FromUtf8(what)};
     }
-    return {PRODUCT_SERVICES_OUTCOME_INVALID_REPLY, FromUtf8(error)};
+    return {PRODUCT_SERVICES_OUTCOME_INVALID_REPLY, FromUtf8(what)};
 }
 
 } // namespace product_services_guard

@@ -1,4 +1,4 @@
-// What became of a guarded call.
+// The outcome of a guarded call.
 #pragma once
 
 #include "calls/guarded_environment.h"
@@ -22,11 +22,10 @@ struct CallOutcome
     std::uint32_t resultCode = PRODUCT_SERVICES_NO_RESULT;
 };
 
-/// The outcome of a call that returned.
+/// Returns the outcome of a call that has returned.
 CallOutcome DetermineOutcome(const CallEvents& events, GuardedFunction function, const wchar_t* trustedHosts);
 
-/// The outcome of a call that an exception left; `error` is the exception's text.
-CallOutcome DetermineOutcomeOfException(
-    const CallEvents& events, GuardedFunction function, const char* error);
+/// Returns the outcome of a call that has thrown an exception; `what` is the exception's text.
+CallOutcome TranslateException(const CallEvents& events, GuardedFunction function, const char* what);
 
 } // namespace product_services_guard

@@ -19,12 +19,12 @@ constexpr std::uint32_t AllOptions =
 constexpr std::size_t MaxQuotedLength = 100;
 
 template <typename Member>
-constexpr std::size_t EndOf(std::size_t offset)
+constexpr std::size_t GetEnd(std::size_t offset)
 {
     return offset + sizeof(Member);
 }
 
-#define MEMBER_END(member) EndOf<decltype(GuardedCallParams::member)>(offsetof(GuardedCallParams, member))
+#define MEMBER_END(member) GetEnd<decltype(GuardedCallParams::member)>(offsetof(GuardedCallParams, member))
 
 constexpr std::array MemberEnds{
     MEMBER_END(size),
@@ -43,15 +43,15 @@ constexpr std::array MemberEnds{
     MEMBER_END(reserved)};
 static_assert(MemberEnds.back() == sizeof(GuardedCallParams), "no padding, and no member is missing");
 
-std::size_t SizeOfWholeMembers(std::uint32_t size)
+std::size_t RoundDownToMemberEnd(std::uint32_t size)
 {
-    std::size_t whole = 0;
+    std::size_t rounded = 0;
     for (const std::size_t end : MemberEnds) {
         if (end <= size) {
-            whole = end;
+            rounded = end;
         }
     }
-    return whole;
+    return rounded;
 }
 
 std::wstring UnknownOptionsText(std::uint32_t options)
@@ -66,7 +66,7 @@ std::wstring UnknownOptionsText(std::uint32_t options)
 GuardedCallParams ReadParams(const GuardedCallParams& hostParams)
 {
     GuardedCallParams params{};
-    std::memcpy(&params, &hostParams, SizeOfWholeMembers(hostParams.size));
+    std::memcpy(&params, &hostParams, RoundDownToMemberEnd(hostParams.size));
     return params;
 }
 

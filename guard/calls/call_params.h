@@ -1,4 +1,4 @@
-// The structure of a guarded call, which may be a newer or an older host's.
+// The structure of a guarded call. Hosts may have been built for a newer or an older version of it.
 #pragma once
 
 #include "product_services/guarded_calls.h"
@@ -7,12 +7,12 @@
 
 namespace product_services_guard {
 
-/// A copy of the members that the host's structure has, with zeroes in place of the others and of a member
-/// that its size cuts through. A size of 0 gives nothing at all.
+/// Copies the members that the host's structure has. The others, and a member that is not completely within
+/// its size, are zero.
 GuardedCallParams ReadParams(const GuardedCallParams& hostParams);
 
-/// Says which member cannot be used; empty if all can. `allowedOptions` are the flags that the call can
-/// honour.
+/// Returns a message about the first member whose value is invalid, or an empty text if all are valid.
+/// `allowedOptions` are the flags that the call supports.
 std::wstring FindInvalidParameter(const GuardedCallParams& params, std::uint32_t allowedOptions);
 
 /// Writes the outcome into the members that the host's structure has.

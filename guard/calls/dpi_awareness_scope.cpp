@@ -5,7 +5,8 @@
 namespace product_services_guard {
 namespace {
 
-// DPI_AWARENESS_CONTEXT_UNAWARE_GDISCALED, which keeps text sharp, and _UNAWARE, which is older.
+// DPI_AWARENESS_CONTEXT_UNAWARE_GDISCALED, which keeps text sharp, and _UNAWARE for older versions of
+// Windows.
 constexpr std::intptr_t UnawareContexts[]{-5, -1};
 
 HANDLE ToDpiContext(std::intptr_t number)

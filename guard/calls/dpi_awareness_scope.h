@@ -1,13 +1,13 @@
-// Windows that the system scales as a whole.
+// Makes Windows scale the windows of a call.
 #pragma once
 
 #include <windows.h>
 
 namespace product_services_guard {
 
-/// While it lives, windows that this thread creates are laid out for 96 DPI and scaled by Windows, pictures
-/// included. The thread's previous DPI awareness comes back at the end. Does nothing if `enable` is false and
-/// on a Windows that is too old for it (before version 1607).
+/// Makes this thread DPI-unaware during its lifetime: its new windows are laid out for 96 DPI, and Windows
+/// scales them together with their pictures. The destructor restores the previous awareness. Does nothing if
+/// `enable` is false or Windows does not support it (before version 1607).
 class ScopedDpiUnaware
 {
 public:

@@ -48,7 +48,7 @@ CallOutcome CallGuarded(const GuardedCallParams& params, GuardedFunction functio
 {
     HostContext context = MakeHostContext(params);
     GuardedEnvironment environment(params);
-    // Message boxes of a check stay as the host's windows are.
+    // The message boxes of a check keep the host's DPI awareness.
     const bool usesHostDpiAwareness = (params.options & PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS) != 0;
     const ScopedDpiUnaware dpiUnaware(function == GuardedFunction::Upgrade && !usesHostDpiAwareness);
     try {
@@ -56,7 +56,7 @@ CallOutcome CallGuarded(const GuardedCallParams& params, GuardedFunction functio
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
-        return DetermineOutcomeOfException(environment.Events(), function, error.what());
+        return TranslateException(environment.Events(), function, error.what());
     } catch (...) {
         return {PRODUCT_SERVICES_OUTCOME_FAILED, L"The call failed with an unknown exception."};
     }

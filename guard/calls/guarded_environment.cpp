@@ -60,7 +60,7 @@ void GuardedEnvironment::PrepareTransfer(CURL* handle)
     if (HasOption(PRODUCT_SERVICES_OPTION_SYSTEM_PROXY)) {
         SetSystemProxy(handle);
     }
-    // Last, because the search for a proxy takes its share of the time.
+    // This comes last, because the search for a proxy counts towards the time limit.
     m_limits.Apply(handle);
 }
 

@@ -1,4 +1,4 @@
-// What a guarded call does to the world outside it, and what it learns there.
+// The environment of a guarded call, which also records what happens during the call.
 #pragma once
 
 #include "calls/transfer_limits.h"
@@ -13,31 +13,30 @@ namespace product_services_guard {
 /// What happened during a call.
 struct CallEvents
 {
-    /// What the library reported to the host.
+    /// The last result that the library reported.
     std::optional<std::uint32_t> resultCode;
     std::wstring resultText;
-    /// The message that the library showed, or would have shown if the call were not quiet.
+    /// The message that the library showed, or suppressed because the call is quiet.
     std::optional<product_services::TextId> message;
     std::wstring messageText;
-    /// A purchase URL that was not opened.
+    /// The purchase URL that was not opened because it is not trusted.
     std::wstring blockedUrl;
 
-    /// The transfers that were made, and how the last one ended.
+    /// The number of transfers, and the result of the last one.
     int transferCount = 0;
     CURLcode transferResult = CURLE_OK;
     std::wstring transferError;
     std::string reply;
-    /// Why the service's certificate was refused.
+    /// Why the service's certificate was rejected; empty if it was not.
     std::wstring certificateError;
     bool isCancelled = false;
     bool isTimedOut = false;
 };
 
-/// The environment of a guarded call.
 class GuardedEnvironment final : public product_services::HostEnvironment
 {
 public:
-    /// The parameters stay the caller's and outlive this.
+    /// The parameters must outlive the environment.
     explicit GuardedEnvironment(const GuardedCallParams& params);
 
     void WriteResult(std::uint32_t resultCode, const std::wstring& text) override;
@@ -53,7 +52,7 @@ private:
     bool HasOption(ProductServicesOptions option) const { return (m_params.options & option) != 0; }
     void SetSystemProxy(CURL* handle);
 
-    /// libcurl's pre-request callback: after the TLS handshake, before the request.
+    /// libcurl's pre-request callback, which runs after the TLS handshake and before the request.
     static int OnConnected(void* environment, char*, char*, int, int);
 
     const GuardedCallParams& m_params;

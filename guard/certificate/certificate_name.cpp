@@ -3,7 +3,7 @@
 namespace product_services_guard {
 namespace {
 
-std::wstring ReadName(PCCERT_CONTEXT certificate, DWORD type, DWORD flags, void* parameter)
+std::wstring GetName(PCCERT_CONTEXT certificate, DWORD type, DWORD flags, void* parameter)
 {
     const DWORD capacity = CertGetNameStringW(certificate, type, flags, parameter, nullptr, 0);
     std::wstring name(capacity, L'\0');
@@ -16,13 +16,13 @@ std::wstring ReadName(PCCERT_CONTEXT certificate, DWORD type, DWORD flags, void*
 
 std::wstring GetCertificateName(PCCERT_CONTEXT certificate, DWORD flags)
 {
-    return ReadName(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, flags, nullptr);
+    return GetName(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, flags, nullptr);
 }
 
 std::wstring GetCommonName(PCCERT_CONTEXT certificate)
 {
     char commonName[] = szOID_COMMON_NAME;
-    return ReadName(certificate, CERT_NAME_ATTR_TYPE, 0, commonName);
+    return GetName(certificate, CERT_NAME_ATTR_TYPE, 0, commonName);
 }
 
 } // namespace product_services_guard

@@ -8,11 +8,12 @@
 
 namespace product_services_guard {
 
-/// The subject's name as Windows shows it or, with CERT_NAME_ISSUER_FLAG, the issuer's. A NUL within the name
-/// stays: what comes before it is another name.
+/// Returns the subject's name as Windows shows it or, with CERT_NAME_ISSUER_FLAG, the issuer's. A NUL within
+/// the name is kept, because the part before it would be a different name.
 std::wstring GetCertificateName(PCCERT_CONTEXT certificate, DWORD flags);
 
-/// The common name of the subject and nothing in its place; empty if it has none. A NUL stays here, too.
+/// Returns the common name of the subject; empty if it has none, with no other name as a fallback. A NUL is
+/// kept, too.
 std::wstring GetCommonName(PCCERT_CONTEXT certificate);
 
 } // namespace product_services_guard

@@ -1,10 +1,11 @@
-// For the time that fetching an issuer may take.
+// Declares CERT_CHAIN_PARA::dwUrlRetrievalTimeout.
 #define CERT_CHAIN_PARA_HAS_EXTRA_FIELDS
 #define SECURITY_WIN32
 
 #include "certificate/server_certificate.h"
 
 #include "certificate/certificate_name.h"
+#include "certificate/chain_policy.h"
 #include "system_function.h"
 
 #include <memory>
@@ -23,7 +24,7 @@ using Certificate = std::unique_ptr<const CERT_CONTEXT, CertificateDeleter>;
 
 using CertificateChain = std::unique_ptr<const CERT_CHAIN_CONTEXT, decltype(&CertFreeCertificateChain)>;
 
-// Null if the transfer has no TLS connection of Schannel's.
+// Returns null if the transfer does not use TLS through Schannel.
 Certificate GetServerCertificate(CURL* handle)
 {
     const curl_tlssessioninfo* session = nullptr;
@@ -53,30 +54,22 @@ CertificateChain BuildChain(const CertificateApi& api, PCCERT_CONTEXT certificat
     return {chain, api.freeChain};
 }
 
-// 0 if the policy of TLS accepts the chain for the host. A revocation status that is not in the cache does
-// not count.
-DWORD CheckChainPolicy(const CertificateApi& api, const CERT_CHAIN_CONTEXT& chain, const std::wstring& host)
+// Returns 0 if Windows' TLS policy accepts the chain for the host. A revocation status that is not in the
+// cache is ignored.
+DWORD CheckTlsPolicy(const CertificateApi& api, const CERT_CHAIN_CONTEXT& chain, const std::wstring& host)
 {
     std::wstring name = host;
     SSL_EXTRA_CERT_CHAIN_POLICY_PARA server{};
     server.cbSize = sizeof server;
     server.dwAuthType = AUTHTYPE_SERVER;
     server.pwszServerName = name.data();
-    // What is revoked has been found before. Wine does not know the policy's flag for an unknown status.
+    // CheckTrustStatus has found revoked certificates already. Wine ignores the policy's flag for an unknown
+    // status.
     server.fdwChecks = SECURITY_FLAG_IGNORE_REVOCATION;
-    CERT_CHAIN_POLICY_PARA policy{};
-    policy.cbSize = sizeof policy;
-    policy.dwFlags = CERT_CHAIN_POLICY_IGNORE_ALL_REV_UNKNOWN_FLAGS;
-    policy.pvExtraPolicyPara = &server;
-    CERT_CHAIN_POLICY_STATUS status{};
-    status.cbSize = sizeof status;
-    if (!api.verifyPolicy(CERT_CHAIN_POLICY_SSL, &chain, &policy, &status)) {
-        return static_cast<DWORD>(TRUST_E_SYSTEM_ERROR);
-    }
-    return status.dwError;
+    return static_cast<DWORD>(VerifyChainPolicy(CERT_CHAIN_POLICY_SSL, chain, &server, api.verifyPolicy));
 }
 
-// Wine's policy of TLS passes over these.
+// Returns errors that Wine's TLS policy ignores.
 DWORD CheckTrustStatus(const CERT_CHAIN_CONTEXT& chain)
 {
     const DWORD errors = chain.TrustStatus.dwErrorStatus;
@@ -137,7 +130,7 @@ std::wstring VerifyCertificate(
     const CertificateChain chain = BuildChain(api, certificate, remainingMs);
     DWORD error = chain ? CheckTrustStatus(*chain) : static_cast<DWORD>(TRUST_E_SYSTEM_ERROR);
     if (error == 0) {
-        error = CheckChainPolicy(api, *chain, host);
+        error = CheckTlsPolicy(api, *chain, host);
     }
     if (error == 0) {
         return {};

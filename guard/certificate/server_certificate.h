@@ -9,7 +9,7 @@
 
 namespace product_services_guard {
 
-/// The functions of Windows that judge a certificate.
+/// The functions with which Windows verifies a certificate.
 struct CertificateApi
 {
     decltype(&CertGetCertificateChain) getChain = &CertGetCertificateChain;
@@ -18,12 +18,12 @@ struct CertificateApi
 };
 
 /// Verifies the certificate of the server to which a transfer has just connected. Returns an empty text if it
-/// is valid for the host, and else one that says whose certificate it is, who issued it, and what is wrong
-/// with it. Throws std::bad_alloc.
+/// is valid for the host; otherwise a message with its subject, its issuer, and what is wrong with it. Throws
+/// std::bad_alloc.
 std::wstring VerifyServerCertificate(CURL* handle, const std::wstring& host, long remainingMs);
 
-/// The same for a certificate. Windows may fetch an issuer or a root that it does not have within
-/// `remainingMs`; for revocation it asks its cache only.
+/// Does the same for a given certificate. Windows may take `remainingMs` to fetch an issuer or a root that it
+/// does not have. Revocation is checked in Windows' cache only.
 std::wstring VerifyCertificate(
     PCCERT_CONTEXT certificate, const std::wstring& host, long remainingMs, const CertificateApi& api = {});
 

@@ -7,7 +7,7 @@ namespace {
 
 constexpr DWORD PollIntervalMs = 50;
 
-// Owned by the thread and by who waits for it. Only the thread writes to it, until it has ended.
+// Owned by the query's thread and by the caller. Until the thread has ended, only the thread writes to it.
 struct Query
 {
     Query() = default;
@@ -28,7 +28,7 @@ struct Query
     bool isAnswered = false;
 };
 
-void Run(Query& query)
+void RunQuery(Query& query)
 {
     const HINTERNET session =
         query.winHttp.open(L"ProductServices", WINHTTP_ACCESS_TYPE_NO_PROXY, nullptr, nullptr, 0);
@@ -41,25 +41,25 @@ void Run(Query& query)
     query.winHttp.closeHandle(session);
 }
 
-DWORD WINAPI RunInThread(void* parameter)
+DWORD WINAPI QueryThread(void* parameter)
 {
     auto* const owner = static_cast<std::shared_ptr<Query>*>(parameter);
     const HMODULE module = (*owner)->module;
-    Run(**owner);
+    RunQuery(**owner);
     delete owner;
     FreeLibraryAndExitThread(module, 0);
 }
 
-// Null if there is no thread to be had. The thread holds a reference to this DLL.
+// Returns null if no thread can be created. The thread holds a reference to this DLL.
 HANDLE StartThread(const std::shared_ptr<Query>& query)
 {
     if (!GetModuleHandleExW(
-            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<const wchar_t*>(&RunInThread),
+            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<const wchar_t*>(&QueryThread),
             &query->module)) {
         return nullptr;
     }
     auto* const owner = new std::shared_ptr<Query>(query);
-    const HANDLE thread = CreateThread(nullptr, 0, RunInThread, owner, 0, nullptr);
+    const HANDLE thread = CreateThread(nullptr, 0, QueryThread, owner, 0, nullptr);
     if (!thread) {
         delete owner;
         FreeLibrary(query->module);

@@ -1,4 +1,4 @@
-// What a proxy configuration script (PAC) says.
+// Runs a proxy configuration script (PAC).
 #pragma once
 
 #include "calls/transfer_limits.h"
@@ -13,18 +13,18 @@ namespace product_services_guard {
 /// credentials are never sent.
 WINHTTP_AUTOPROXY_OPTIONS WpadOptions();
 
-/// Options for a script whose URL is configured, which must stay valid until the script has been asked.
+/// Options for a script whose URL is configured. The URL must stay valid until the query is done.
 WINHTTP_AUTOPROXY_OPTIONS PacUrlOptions(const wchar_t* scriptUrl);
 
 struct PacAnswer
 {
-    std::wstring proxies; ///< Empty: the service is to be asked directly.
+    std::wstring proxies; ///< Empty for a direct connection.
     std::wstring bypassList;
 };
 
-/// Asks the script for a proxy for `url`; `scriptUrl` is empty for detection. Nothing if there is no script
-/// or it cannot be run, and if the limits are exceeded first: then Windows goes on looking for it in a thread
-/// of its own, which keeps this DLL loaded until it ends.
+/// Queries a script for the proxies for `url`. An empty `scriptUrl` means automatic detection. Returns
+/// nullopt if there is no script, if it cannot be run, or if the limits are exceeded first. In the last case
+/// the query continues on its own thread, which keeps this DLL loaded until it ends.
 std::optional<PacAnswer> QueryPac(
     const WinHttpApi& winHttp, const std::wstring& url, const std::wstring& scriptUrl,
     const TransferLimits& limits);

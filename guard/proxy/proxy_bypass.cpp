@@ -8,8 +8,8 @@
 namespace product_services_guard {
 namespace {
 
-// On a mismatch, the last "*" matches one more character and the rest is tried again. Takes at most as many
-// steps as the product of both lengths, whatever the pattern.
+// On a mismatch, lets the last "*" match one more character and tries the rest again. The number of steps is
+// at most the product of both lengths, whatever the pattern.
 bool MatchesWildcard(std::wstring_view pattern, std::wstring_view text)
 {
     std::size_t patternIndex = 0;

@@ -1,4 +1,4 @@
-// Windows' list of hosts that are asked without a proxy.
+// Windows' list of hosts to which connections bypass the proxy.
 #pragma once
 
 #include "url/service_endpoint.h"
@@ -7,10 +7,9 @@
 
 namespace product_services_guard {
 
-/// Whether the list names the service. An entry is [scheme://]host[:port]: a scheme or a port that it names
-/// must be the service's, its host matches the whole name, with "*" for any characters and "?" for one. Case
-/// does not matter.
-/// "<local>" stands for all names without a dot.
+/// Returns true if an entry of the list matches the service. An entry is [scheme://]host[:port]. The host
+/// must match the entire name, with "*" for any characters and "?" for one; a scheme and a port, if present,
+/// must be the service's. "<local>" matches all names without a dot. Case does not matter.
 bool IsBypassed(const std::wstring& bypassList, const ServiceEndpoint& service);
 
 } // namespace product_services_guard

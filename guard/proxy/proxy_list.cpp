@@ -13,7 +13,8 @@ bool IsPrintableAscii(wchar_t c)
     return c > L' ' && c < 0x7F;
 }
 
-// "scheme://user@host:port" with a port; empty for what is not an HTTP proxy.
+// Adds the default port to "scheme://user@host" if there is none. Returns an empty text if the proxy is not
+// an HTTP proxy.
 std::wstring NormalizeProxy(std::wstring proxy)
 {
     const std::wstring scheme = ConsumeScheme(proxy);

@@ -21,7 +21,7 @@ bool CanConnectTo(std::wstring proxy, const TransferLimits& limits)
     if (!handle) {
         return false;
     }
-    // Without TLS, to a proxy that speaks it too: only the connection counts.
+    // Connect without TLS even to a proxy that uses it, because only the TCP connection matters.
     ConsumeScheme(proxy);
     const std::string url = "http://" + product_services::ToUtf8(proxy);
     curl_easy_setopt(handle.get(), CURLOPT_URL, url.c_str());

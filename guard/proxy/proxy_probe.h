@@ -1,4 +1,4 @@
-// Tries whether a proxy accepts connections.
+// Finds a proxy that accepts connections.
 #pragma once
 
 #include "calls/transfer_limits.h"
@@ -8,15 +8,15 @@
 
 namespace product_services_guard {
 
-/// A proxy of a script's list that was tried.
+/// A proxy that was tried.
 struct ProxyCandidate
 {
     std::wstring proxy;
     bool isReachable = false;
 };
 
-/// The first proxy of a script's list that accepts a connection, or an empty text if none does. Each has two
-/// seconds; nothing is sent to it. Adds the proxies that were tried to `candidates`, unless that is null.
+/// Returns the first proxy in the list that accepts a TCP connection within two seconds, or an empty text if
+/// none does. Nothing is sent. Adds the proxies that were tried to `candidates`, unless that is null.
 std::wstring FirstReachableProxy(
     const std::wstring& proxies, const TransferLimits& limits,
     std::vector<ProxyCandidate>* candidates = nullptr);

@@ -13,13 +13,13 @@
 namespace product_services_guard {
 namespace {
 
-// Like libcurl, which takes an empty variable for none.
+// An empty variable counts as not set, as it does for libcurl.
 bool IsVariableSet(const wchar_t* name)
 {
     return GetEnvironmentVariableW(name, nullptr, 0) > 1;
 }
 
-// The texts of the user's settings, which WinHTTP hands over.
+// The user's settings, whose texts the caller of WinHTTP has to free.
 struct ProxyConfig : WINHTTP_CURRENT_USER_IE_PROXY_CONFIG
 {
     ProxyConfig() : WINHTTP_CURRENT_USER_IE_PROXY_CONFIG() {}
@@ -34,7 +34,7 @@ struct ProxyConfig : WINHTTP_CURRENT_USER_IE_PROXY_CONFIG
     ProxyConfig& operator=(const ProxyConfig&) = delete;
 };
 
-// The answer of the script that is detected, or else of the one that is configured.
+// Returns the answer of the detected script, or else of the configured one.
 std::optional<PacAnswer> QueryScripts(
     const WinHttpApi& winHttp, const ProxyConfig& config, const TransferLimits& limits)
 {
@@ -48,7 +48,7 @@ std::optional<PacAnswer> QueryScripts(
     return answer;
 }
 
-// Without a proxy that is configured or, by a script, can be reached, the service is asked directly.
+// If the script returns no reachable proxy, the connection is direct.
 SystemProxy UseScript(const PacAnswer& answer, const ServiceEndpoint& service, const TransferLimits& limits)
 {
     SystemProxy choice{.source = ProxySource::Script, .isBypassed = IsBypassed(answer.bypassList, service)};

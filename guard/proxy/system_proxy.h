@@ -11,30 +11,31 @@
 
 namespace product_services_guard {
 
-/// What decides on the proxy.
+/// Where the choice of a proxy comes from.
 enum class ProxySource
 {
-    Nothing,     ///< Windows has none configured, or its settings cannot be read.
-    Environment, ///< Proxy variables, which libcurl reads by itself; Windows is not asked.
-    Script,      ///< The answer of a script, detected (WPAD) or configured (PAC).
-    FixedProxy   ///< The proxy that is configured.
+    Nothing,     ///< No proxy is configured in Windows, or the settings cannot be read.
+    Environment, ///< Proxy variables, which libcurl reads itself. Windows' settings are not read.
+    Script,      ///< A script that was detected (WPAD) or is configured (PAC).
+    FixedProxy   ///< The configured proxy.
 };
 
 /// The proxy for the service, and how it was found.
 struct SystemProxy
 {
     ProxySource source = ProxySource::Nothing;
-    std::wstring proxy = {};                     ///< Empty: the service is asked directly.
-    bool isBypassed = false;                     ///< The bypass list names the service.
+    std::wstring proxy = {};                     ///< Empty for a direct connection.
+    bool isBypassed = false;                     ///< The bypass list matches the service.
     bool isScriptUnanswered = false;             ///< The configured script could not be fetched or run.
     std::vector<ProxyCandidate> candidates = {}; ///< The script's proxies that were tried.
 };
 
-/// The proxy through which to reach the service. Scripts are asked within the limits.
+/// Chooses the proxy for connections to the service. Scripts are queried within the limits.
 SystemProxy ChooseSystemProxy(
     const ServiceEndpoint& service, const TransferLimits& limits, const WinHttpApi& winHttp = LoadWinHttp());
 
-/// The same in UTF-8 for libcurl; empty if there is none, and if the process has proxy variables.
+/// Does the same and returns the proxy in UTF-8 for libcurl. Empty if there is none, or if proxy variables
+/// are set.
 std::string FindSystemProxy(
     const ServiceEndpoint& service, const TransferLimits& limits, const WinHttpApi& winHttp = LoadWinHttp());
 

@@ -1,4 +1,4 @@
-// The part of WinHTTP that knows proxies.
+// WinHTTP's functions for proxies.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@
 
 namespace product_services_guard {
 
-/// Its functions, which are loaded at the first need: few hosts need them.
+/// The functions are loaded on demand, because few hosts need them.
 struct WinHttpApi
 {
     decltype(&WinHttpGetIEProxyConfigForCurrentUser) getProxyConfig;
@@ -16,7 +16,7 @@ struct WinHttpApi
     decltype(&WinHttpCloseHandle) closeHandle;
 };
 
-/// WinHTTP of the system folder, whose functions are null if it cannot be loaded.
+/// Loads WinHTTP from the system folder. The functions are null if that fails.
 WinHttpApi LoadWinHttp();
 
 } // namespace product_services_guard

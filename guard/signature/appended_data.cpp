@@ -13,11 +13,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The signature's entry in the file is a multiple of this.
+// The size of the signature's entry in the file is a multiple of this.
 constexpr std::uint64_t Alignment = 8;
 constexpr std::size_t CertificateHeaderSize = offsetof(WIN_CERTIFICATE, bCertificate);
 
-// The bytes at `offset`, fewer at the end of the file.
+// Returns the bytes at `offset`, or fewer at the end of the file.
 Bytes ReadAt(HANDLE file, std::uint64_t offset, std::size_t size)
 {
     Bytes bytes(size);
@@ -42,7 +42,7 @@ std::optional<Structure> ReadStructure(HANDLE file, std::uint64_t offset)
     return structure;
 }
 
-// Where the signature is: an offset in the file and a size.
+// Returns the signature's offset in the file and its size.
 std::optional<IMAGE_DATA_DIRECTORY> FindSignature(HANDLE file)
 {
     const auto dosHeader = ReadStructure<IMAGE_DOS_HEADER>(file, 0);
@@ -61,8 +61,8 @@ std::optional<IMAGE_DATA_DIRECTORY> FindSignature(HANDLE file)
     return headers32->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_SECURITY];
 }
 
-// The size of a DER value with its tag and its length: 30 82 0A 0B is followed by 0x0A0B bytes.
-std::optional<std::uint64_t> DerSize(const Bytes& beginning)
+// Returns the size of a DER value, including its tag and length: 30 82 0A 0B is followed by 0x0A0B bytes.
+std::optional<std::uint64_t> GetDerSize(const Bytes& beginning)
 {
     if (beginning.size() < 2) {
         return std::nullopt;
@@ -99,11 +99,11 @@ bool HasAppendedData(HANDLE file)
     GetFileSizeEx(file, &fileSize);
     const std::uint64_t start = signature->VirtualAddress;
     const std::uint64_t end = start + signature->Size;
-    const auto der = DerSize(ReadAt(file, start + CertificateHeaderSize, 6));
-    if (end != static_cast<std::uint64_t>(fileSize.QuadPart) || !der) {
+    const auto derSize = GetDerSize(ReadAt(file, start + CertificateHeaderSize, 6));
+    if (end != static_cast<std::uint64_t>(fileSize.QuadPart) || !derSize) {
         return true;
     }
-    const std::uint64_t used = CertificateHeaderSize + *der;
+    const std::uint64_t used = CertificateHeaderSize + *derSize;
     if (used > signature->Size || signature->Size - used >= Alignment) {
         return true;
     }

@@ -5,7 +5,7 @@
 namespace product_services_guard {
 namespace {
 
-// The full path, in the form that Windows accepts at any length; empty if it is not a path.
+// Returns the full path in the form that Windows accepts at any length, or an empty text if it is not a path.
 std::wstring ToExtendedLengthPath(const wchar_t* path)
 {
     if (std::wstring_view(path).starts_with(LR"(\\?\)")) {

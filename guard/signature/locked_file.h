@@ -13,20 +13,20 @@ struct HandleDeleter
 };
 using FileHandle = std::unique_ptr<void, HandleDeleter>;
 
-/// Null `handle` if the file could not be opened; `error` then says why.
+/// An open file. If it could not be opened, `handle` is null and `error` says why.
 struct LockedFile
 {
     FileHandle handle;
     /// The full path that was opened.
     std::wstring path;
-    /// Where the file really is: there is no junction or symbolic link in it that could be changed to lead
-    /// elsewhere. Empty if Windows cannot tell.
+    /// The path without junctions and symbolic links, which could be changed. Empty if it cannot be
+    /// determined.
     std::wstring finalPath;
     std::wstring error;
 };
 
 /// Opens a file for reading so that nobody else can write to it, replace it or delete it until it is closed.
-/// Fails if somebody already may.
+/// Fails if somebody has already opened it for that.
 LockedFile LockFile(const wchar_t* path);
 
 } // namespace product_services_guard

@@ -13,7 +13,7 @@
 namespace product_services_guard {
 namespace {
 
-PublisherResult Verify(const LockedFile& file, const wchar_t* publishers)
+PublisherResult VerifyFile(const LockedFile& file, const wchar_t* publishers)
 {
     if (!file.handle) {
         return {PRODUCT_SERVICES_PUBLISHER_FILE_ERROR, file.error};
@@ -26,9 +26,9 @@ bool IsEmpty(const wchar_t* text)
     return !text || *text == L'\0';
 }
 
-// Calls `verify`, which may throw std::bad_alloc, for a host.
+// Passes the result of `verify`, which may throw std::bad_alloc, to the host.
 template <typename Function>
-ProductServicesPublisherResult Report(wchar_t* text, std::uint32_t textCapacity, const Function& verify)
+ProductServicesPublisherResult ReportResult(wchar_t* text, std::uint32_t textCapacity, const Function& verify)
 {
     try {
         const PublisherResult result = verify();
@@ -40,7 +40,7 @@ ProductServicesPublisherResult Report(wchar_t* text, std::uint32_t textCapacity,
     }
 }
 
-PublisherResult EmptyArgument()
+PublisherResult RejectEmptyArgument()
 {
     return {PRODUCT_SERVICES_PUBLISHER_FILE_ERROR, L"The path or the publisher is empty."};
 }
@@ -53,8 +53,11 @@ using namespace product_services_guard;
 ProductServicesPublisherResult PRODUCT_SERVICES_CALL
 VerifyPublisher(const wchar_t* path, const wchar_t* publishers, wchar_t* text, std::uint32_t textCapacity)
 {
-    return Report(text, textCapacity, [=] {
-        return IsEmpty(path) || IsEmpty(publishers) ? EmptyArgument() : Verify(LockFile(path), publishers);
+    return ReportResult(text, textCapacity, [=] {
+        if (IsEmpty(path) || IsEmpty(publishers)) {
+            return RejectEmptyArgument();
+        }
+        return VerifyFile(LockFile(path), publishers);
     });
 }
 
@@ -62,13 +65,13 @@ ProductServicesPublisherResult PRODUCT_SERVICES_CALL StartVerifiedFile(
     const wchar_t* path, const wchar_t* publishers, const wchar_t* arguments, wchar_t* text,
     std::uint32_t textCapacity)
 {
-    return Report(text, textCapacity, [=] {
+    return ReportResult(text, textCapacity, [=] {
         if (IsEmpty(path) || IsEmpty(publishers)) {
-            return EmptyArgument();
+            return RejectEmptyArgument();
         }
-        // It stays open until the program has been started.
+        // The file stays locked until it has been started.
         const LockedFile file = LockFile(path);
-        const PublisherResult result = Verify(file, publishers);
+        const PublisherResult result = VerifyFile(file, publishers);
         return result.status == PRODUCT_SERVICES_PUBLISHER_TRUSTED ? StartFile(file, arguments) : result;
     });
 }

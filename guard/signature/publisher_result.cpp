@@ -52,7 +52,8 @@ PublisherResult ResultForStatus(LONG status)
     return {PRODUCT_SERVICES_PUBLISHER_UNTRUSTED, text};
 }
 
-// By default Windows accepts a signature if it cannot reach an issuer; the errors of the certificates tell.
+// By default, Windows accepts a signature if it cannot reach an issuer. Only the certificates' errors show
+// that.
 bool IsRevocationUnknown(const Signature& signature)
 {
     constexpr DWORD Unknown = CERT_TRUST_REVOCATION_STATUS_UNKNOWN | CERT_TRUST_IS_OFFLINE_REVOCATION;
@@ -68,7 +69,7 @@ bool IsRevocationUnknown(const Signature& signature)
     }
 }
 
-// Empty lines name nobody.
+// Empty lines are ignored.
 bool IsListed(std::wstring_view names, std::wstring_view name)
 {
     while (!name.empty() && !names.empty()) {

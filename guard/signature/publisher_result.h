@@ -12,11 +12,11 @@ namespace product_services_guard {
 struct PublisherResult
 {
     ProductServicesPublisherResult status;
-    /// A sentence that says why.
+    /// Explains the status in a sentence.
     std::wstring text;
 };
 
-/// `publishers` has one name in each line. Throws std::bad_alloc.
+/// Compares the signer with `publishers`, which has one name in each line. Throws std::bad_alloc.
 PublisherResult EvaluateSignature(const Signature& signature, std::wstring_view publishers);
 
 } // namespace product_services_guard

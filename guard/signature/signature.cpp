@@ -1,13 +1,14 @@
 #include "signature/signature.h"
 
 #include "certificate/certificate_name.h"
+#include "certificate/chain_policy.h"
 #include "signature/appended_data.h"
 #include "system_function.h"
 
 namespace product_services_guard {
 namespace {
 
-// One verification, whose state Windows keeps until it is closed.
+// One verification, whose data Windows keeps until the destructor closes it.
 class Verification
 {
 public:
@@ -29,7 +30,7 @@ public:
 
     LONG Verify() { return CallWinVerifyTrust(WTD_STATEACTION_VERIFY); }
 
-    // What Windows found out; it lives as long as this. Null if it found nothing.
+    // The data that Windows has found, which lives as long as this object. Null if there is none.
     CRYPT_PROVIDER_DATA* Data() const { return m_api.getData(m_data.hWVTStateData); }
 
 private:
@@ -45,25 +46,15 @@ private:
     WINTRUST_DATA m_data{};
 };
 
-// On Windows, WinVerifyTrust has done the same. Wine 8 does not get that far if a certificate is signed with
-// SHA-256, and reports success.
-LONG CheckChainPolicy(const CRYPT_PROVIDER_DATA& data, const CRYPT_PROVIDER_SGNR& signer)
+// On Windows, WinVerifyTrust has already done this. Wine 8 skips it and reports success if a certificate is
+// signed with SHA-256.
+LONG CheckAuthenticodePolicy(const CRYPT_PROVIDER_DATA& data, const CRYPT_PROVIDER_SGNR& signer)
 {
     AUTHENTICODE_EXTRA_CERT_CHAIN_POLICY_PARA settings{};
     settings.cbSize = sizeof settings;
     settings.dwRegPolicySettings = data.dwRegPolicySettings;
     settings.pSignerInfo = signer.psSigner;
-    CERT_CHAIN_POLICY_PARA policy{};
-    policy.cbSize = sizeof policy;
-    policy.dwFlags = CERT_CHAIN_POLICY_IGNORE_ALL_REV_UNKNOWN_FLAGS;
-    policy.pvExtraPolicyPara = &settings;
-    CERT_CHAIN_POLICY_STATUS status{};
-    status.cbSize = sizeof status;
-    if (!CertVerifyCertificateChainPolicy(
-            CERT_CHAIN_POLICY_AUTHENTICODE, signer.pChainContext, &policy, &status)) {
-        return TRUST_E_SYSTEM_ERROR;
-    }
-    return static_cast<LONG>(status.dwError);
+    return VerifyChainPolicy(CERT_CHAIN_POLICY_AUTHENTICODE, *signer.pChainContext, &settings);
 }
 
 std::wstring GetSignerName(const CERT_CHAIN_CONTEXT& chain)
@@ -95,7 +86,7 @@ Signature ReadSignature(HANDLE file, const wchar_t* path, const WinTrustApi& api
         signature.status = status == 0 ? TRUST_E_SYSTEM_ERROR : status;
         return signature;
     }
-    signature.status = status == 0 ? CheckChainPolicy(*data, *signer) : status;
+    signature.status = status == 0 ? CheckAuthenticodePolicy(*data, *signer) : status;
     signature.certificateErrors = signer->pChainContext->TrustStatus.dwErrorStatus;
     signature.signer = GetSignerName(*signer->pChainContext);
     signature.hasAppendedData = HasAppendedData(file);

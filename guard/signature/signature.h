@@ -1,4 +1,4 @@
-// What Windows finds out about the signature within a file.
+// Reads the signature that is embedded in a file.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@
 
 namespace product_services_guard {
 
-/// The functions that verify a signature, which are loaded at the first need. Null if they cannot be loaded.
+/// The functions that verify a signature, which are loaded on demand. Null if they cannot be loaded.
 struct WinTrustApi
 {
     decltype(&WinVerifyTrust) verifyTrust;
@@ -22,17 +22,18 @@ WinTrustApi LoadWinTrust();
 
 struct Signature
 {
-    /// 0 if Windows trusts the signature, else why it does not.
+    /// 0 if Windows trusts the signature, otherwise an error code.
     LONG status = 0;
-    /// What is wrong with the signer's certificates, as in CERT_TRUST_STATUS. Windows accepts some of it.
+    /// Errors of the signer's certificates, as in CERT_TRUST_STATUS. Windows accepts some of them.
     DWORD certificateErrors = 0;
     /// The common name of the signer; empty if there is none.
     std::wstring signer = {};
-    /// Whether the file holds data that the signature does not cover.
+    /// Whether the file has data that the signature does not cover.
     bool hasAppendedData = false;
 };
 
-/// Verifies the file through its handle; the path says of what kind it is. Throws std::bad_alloc.
+/// Verifies the file through its handle. Windows derives the file's type from the path. Throws
+/// std::bad_alloc.
 Signature ReadSignature(HANDLE file, const wchar_t* path, const WinTrustApi& api = LoadWinTrust());
 
 } // namespace product_services_guard

@@ -9,7 +9,7 @@
 namespace product_services_guard {
 namespace {
 
-// The shell knows no \\?\ in front of a path.
+// The shell does not accept the prefix \\?\ of a path.
 std::wstring ToShellPath(const std::wstring& finalPath)
 {
     constexpr std::wstring_view Share = LR"(\\?\UNC\)";
@@ -20,17 +20,17 @@ std::wstring ToShellPath(const std::wstring& finalPath)
     return finalPath.starts_with(Drive) ? finalPath.substr(Drive.size()) : finalPath;
 }
 
-// What a signature says of a program it does not say of a script: the ending decides what Windows makes of a
-// file.
+// Windows chooses by the extension how it runs a file, so a signed program with the extension of a script
+// would run as a script.
 bool CanBeStarted(const std::wstring& path)
 {
-    const std::wstring ending =
+    const std::wstring extension =
         ToLowerAscii(path.substr(path.size() - std::min<std::size_t>(path.size(), 4)));
-    return ending == L".exe" || ending == L".msi";
+    return extension == L".exe" || extension == L".msi";
 }
 
-// Windows Installer reads the package after it has been started, so its process gets the handle that locks
-// the file.
+// Windows Installer reads the package after it has been started, so its process gets a copy of the handle
+// that locks the file.
 void KeepLockedBy(HANDLE process, HANDLE file)
 {
     HANDLE duplicate = nullptr;

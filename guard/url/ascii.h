@@ -1,4 +1,4 @@
-// ASCII letters in either case.
+// Case conversion of ASCII letters.
 #pragma once
 
 #include <algorithm>

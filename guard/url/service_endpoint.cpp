@@ -15,7 +15,7 @@ struct UrlDeleter
     void operator()(CURLU* url) const { curl_url_cleanup(url); }
 };
 
-std::wstring GetPart(CURLU* url, CURLUPart part)
+std::wstring GetUrlPart(CURLU* url, CURLUPart part)
 {
     char* text = nullptr;
     if (curl_url_get(url, part, &text, CURLU_DEFAULT_PORT) != CURLUE_OK) {
@@ -36,11 +36,11 @@ ServiceEndpoint GetServiceEndpoint()
 {
     const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
     curl_url_set(url.get(), CURLUPART_URL, product_services::ToUtf8(GetServiceUrl()).c_str(), 0);
-    std::wstring host = ToLowerAscii(GetPart(url.get(), CURLUPART_HOST));
+    std::wstring host = ToLowerAscii(GetUrlPart(url.get(), CURLUPART_HOST));
     if (host.starts_with(L'[')) {
         host = host.substr(1, host.find(L']') - 1);
     }
-    return {host, GetPart(url.get(), CURLUPART_PORT)};
+    return {host, GetUrlPart(url.get(), CURLUPART_PORT)};
 }
 
 } // namespace product_services_guard

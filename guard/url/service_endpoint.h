@@ -1,4 +1,4 @@
-// The maker's service, as the product family names it.
+// The service of the product family.
 #pragma once
 
 #include <string>
@@ -12,10 +12,10 @@ struct ServiceEndpoint
     std::wstring port;
 };
 
-/// Where the service's base URL leads.
+/// Returns the host and the port of the service's base URL.
 ServiceEndpoint GetServiceEndpoint();
 
-/// The base URL, for scripts that want to know where a request goes.
+/// Returns the base URL, which proxy configuration scripts get.
 std::wstring GetServiceUrl();
 
 } // namespace product_services_guard

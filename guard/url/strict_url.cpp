@@ -8,10 +8,9 @@ namespace product_services_guard {
 namespace {
 
 constexpr std::wstring_view Scheme = L"https://";
-constexpr unsigned DefaultHttpsPort = 443;
 constexpr unsigned MaxPort = 65535;
 
-// Windows' own parsers accept no more.
+// The limit of Windows' own parsers.
 constexpr std::size_t MaxUrlLength = 2083;
 // The limits of the DNS.
 constexpr std::size_t MaxHostLength = 253;
@@ -32,7 +31,7 @@ bool IsHostnameCharacter(wchar_t c)
     return IsLetter(c) || IsDigit(c) || c == L'-';
 }
 
-// The characters of RFC 3986, which a backslash and a quotation mark are not among.
+// The characters of RFC 3986, which do not include the backslash and the quotation mark.
 bool IsUriCharacter(wchar_t c)
 {
     return IsLetter(c) || IsDigit(c) ||
@@ -69,7 +68,7 @@ bool IsDnsName(std::wstring_view host)
     return IsDnsLabel(host) && !LooksLikeIpv4Part(host);
 }
 
-// 0 for what is not a port: too large, or with a leading zero.
+// Returns 0 if it is not a valid port: too large, or with a leading zero.
 unsigned ParsePort(std::wstring_view digits)
 {
     if (digits.empty() || digits.size() > 5 || digits.front() == L'0' ||

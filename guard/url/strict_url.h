@@ -6,19 +6,22 @@
 
 namespace product_services_guard {
 
-/// A host and its port, as parts of the text that was parsed.
+inline constexpr unsigned DefaultHttpsPort = 443;
+
+/// A host and its port. The host is a part of the text that was parsed.
 struct HostPort
 {
     std::wstring_view host;
     unsigned port = 0;
 };
 
-/// Parses "host" or "host:port"; without a port it is 443. Nothing if the host is not a DNS name: labels of
-/// letters, digits and inner hyphens with single dots between them, the last of which is not a number.
+/// Parses "host" or "host:port"; the default port is 443. Returns nullopt if the host is not a DNS name:
+/// labels of letters, digits and inner hyphens, separated by single dots; the last label must not be a
+/// number.
 std::optional<HostPort> ParseHostPort(std::wstring_view text);
 
-/// Parses "https://", a host and its port, and then nothing or a path, of at most 2,083 characters. Nothing
-/// for any other text.
+/// Parses a URL of at most 2,083 characters that consists of "https://", a host, an optional port and an
+/// optional path. Returns nullopt for any other text.
 std::optional<HostPort> ParseStrictHttpsUrl(std::wstring_view url);
 
 } // namespace product_services_guard

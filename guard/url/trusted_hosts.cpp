@@ -15,7 +15,7 @@ std::wstring_view Trim(std::wstring_view text)
                               : text.substr(start, text.find_last_not_of(L" \t") - start + 1);
 }
 
-// Removes the first entry from the list and returns it; empty if only separators were left.
+// Removes the first entry from the list and returns it. Returns an empty text if there are no more entries.
 std::wstring_view NextEntry(std::wstring_view& list)
 {
     std::wstring_view entry;

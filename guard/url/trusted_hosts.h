@@ -1,4 +1,4 @@
-// The hosts whose URLs a host application trusts.
+// The list of hosts whose URLs are trusted.
 #pragma once
 
 #include <optional>
@@ -6,11 +6,11 @@
 
 namespace product_services_guard {
 
-/// The first entry of the list that is not a host, or the whole list if it has no entry; nothing if the list
-/// can be used. The grammar is that of GuardedCallParams::trustedHosts.
+/// Returns the first invalid entry of the list, the entire list if it has no entries, or nullopt if it is
+/// valid. GuardedCallParams::trustedHosts describes the syntax.
 std::optional<std::wstring_view> FindInvalidEntry(std::wstring_view list);
 
-/// Whether a strict https URL leads to a host and port of the list.
+/// Returns true if the URL has the strict form, and its host and port match an entry of the list.
 bool MatchesTrustedHosts(std::wstring_view url, std::wstring_view list);
 
 } // namespace product_services_guard

@@ -15,7 +15,7 @@ namespace {
 // Longer than any host, port or scheme.
 constexpr DWORD UrlPartCapacity = 300;
 
-/// A part of the URL; empty if it has none.
+// Returns a part of the URL, or an empty text if it has no such part.
 std::wstring GetUrlPart(const std::wstring& url, DWORD part)
 {
     wchar_t text[UrlPartCapacity] = L"";
@@ -33,7 +33,7 @@ bool WindowsParsesIdentically(const std::wstring& url)
         return false;
     }
     const std::wstring port = GetUrlPart(url, URL_PART_PORT);
-    return (port.empty() ? 443 : std::wcstoul(port.c_str(), nullptr, 10)) == parsed->port &&
+    return (port.empty() ? DefaultHttpsPort : std::wcstoul(port.c_str(), nullptr, 10)) == parsed->port &&
            GetUrlPart(url, URL_PART_USERNAME).empty() && GetUrlPart(url, URL_PART_PASSWORD).empty();
 }
 

@@ -1,16 +1,16 @@
-// The URLs of the service that may be reported and opened.
+// Decides which URLs of the service may be reported and opened.
 #pragma once
 
 #include <string>
 
 namespace product_services_guard {
 
-/// Whether Windows' own parser finds in the URL what ParseStrictHttpsUrl does: the scheme, the host and the
-/// port, and neither a user nor a password.
+/// Returns true if the URL has the strict form and Windows parses it the same way as ParseStrictHttpsUrl:
+/// with the same scheme, host and port, and without a user and a password.
 bool WindowsParsesIdentically(const std::wstring& url);
 
-/// Whether a URL may be reported and opened: a strict https URL, also to Windows, that leads to a host of the
-/// list if there is one.
+/// Returns true if Windows parses the URL the same way as we do, and its host is in the list. If the list is
+/// null, any host is trusted.
 bool IsTrustedUrl(const std::wstring& url, const wchar_t* trustedHosts);
 
 } // namespace product_services_guard
