@@ -1,4 +1,4 @@
-// What came of a guarded call, as it is printed.
+// The result of a guarded call, and how it is printed.
 #pragma once
 
 #include "product_services/guarded_calls.h"
@@ -10,21 +10,22 @@ namespace product_services_tool {
 struct CallResult
 {
     ProductServicesOutcome outcome = PRODUCT_SERVICES_OUTCOME_FAILED;
-    /// Of the library, or PRODUCT_SERVICES_NO_RESULT.
+    /// The library's result code, or PRODUCT_SERVICES_NO_RESULT.
     std::uint32_t code = PRODUCT_SERVICES_NO_RESULT;
     std::wstring text = {};
 };
 
-/// The outcome's name without its prefix, such as "NEWER_RELEASE".
+/// Returns the outcome's name without its prefix, such as "NEWER_RELEASE".
 std::wstring ToString(ProductServicesOutcome outcome);
 
-/// Whether the service was asked and has answered.
+/// Returns true if the service was queried and has answered.
 bool IsAnswered(ProductServicesOutcome outcome);
 
-/// "NEWER_RELEASE: https://example.com/setup.exe"
+/// Returns a line such as "NEWER_RELEASE: https://example.com/setup.exe".
 std::wstring ToLine(const CallResult& result);
 
-/// {"outcome":"NEWER_RELEASE","code":200,"text":"https://example.com/setup.exe"}, with null for no code.
+/// Returns JSON such as {"outcome":"NEWER_RELEASE","code":200,"text":"https://example.com/setup.exe"}. The
+/// code is null if there is none.
 std::wstring ToJson(const CallResult& result);
 
 } // namespace product_services_tool

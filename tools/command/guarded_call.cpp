@@ -1,5 +1,6 @@
 #include "guarded_call.h"
 
+#include "product_services/product_services.hpp"
 #include "text.h"
 #include "watchdog.h"
 
@@ -8,40 +9,35 @@
 namespace product_services_tool {
 namespace {
 
-// Longer than any text that a service sends for users to read.
-constexpr std::size_t TextCapacity = 65536;
-
-// What a call takes besides its transfers, such as 750 ms without a record.
+// The time that a call needs in addition to its transfers, such as 750 ms if there is no record.
 constexpr std::chrono::seconds Grace{2};
 
-using GuardedFunction = decltype(&GuardedCheckForUpdates);
-
-CallResult Call(GuardedFunction function, const Options& options, std::uint32_t flags)
+product_services::CallParams ToCallParams(const Options& options)
 {
-    std::wstring text(TextCapacity, L'\0');
-    GuardedCallParams params{};
-    params.size = sizeof params;
-    params.languageId = options.languageId;
-    params.productName = options.product.c_str();
-    params.productVersion = options.version.c_str();
-    params.apiKey = options.apiKey.c_str();
-    params.trustedHosts = options.trustedHosts ? options.trustedHosts->c_str() : nullptr;
-    params.options = flags;
-    if (options.acceptsAnyCertificate) {
-        params.options |= PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE;
-    }
-    if (options.usesSystemProxy) {
-        params.options |= PRODUCT_SERVICES_OPTION_SYSTEM_PROXY;
-    }
-    params.timeLimitMs = options.timeLimitSeconds * 1000;
-    params.resultText = text.data();
-    params.resultTextCapacity = static_cast<std::uint32_t>(text.size());
-    const ProductServicesOutcome outcome = function(&params);
-    text.resize(text.find(L'\0'));
-    return {outcome, params.resultCode, text};
+    return {
+        .productName = options.product,
+        .productVersion = options.version,
+        .apiKey = options.apiKey,
+        .languageId = options.languageId,
+        .trustedHosts = options.trustedHosts.value_or(L""),
+        .usesSystemProxy = options.usesSystemProxy,
+        .acceptsAnyCertificate = options.acceptsAnyCertificate,
+        .timeLimit = std::chrono::seconds(options.timeLimitSeconds)};
 }
 
-int Print(const CallResult& result, const Options& options)
+CallResult ToResult(const product_services::CallResult& result)
+{
+    return {
+        static_cast<ProductServicesOutcome>(result.outcome),
+        result.resultCode.value_or(PRODUCT_SERVICES_NO_RESULT), result.text};
+}
+
+CallResult Upgrade(const Options& options)
+{
+    return ToResult(product_services::Upgrade(ToCallParams(options)));
+}
+
+int PrintResult(const CallResult& result, const Options& options)
 {
     PrintLine(options.printsJson ? ToJson(result) : ToLine(result));
     return IsAnswered(result.outcome) ? 0 : 1;
@@ -67,7 +63,9 @@ bool HasVisibleWindow(DWORD thread)
 
 CallResult CheckQuietly(const Options& options)
 {
-    return Call(GuardedCheckForUpdates, options, PRODUCT_SERVICES_OPTION_QUIET);
+    product_services::CallParams params = ToCallParams(options);
+    params.isQuiet = true;
+    return ToResult(product_services::CheckForUpdates(params));
 }
 
 int RunGuardedCall(const Options& options)
@@ -76,18 +74,18 @@ int RunGuardedCall(const Options& options)
     {
         const DWORD thread = GetCurrentThreadId();
         const Watchdog watchdog(std::chrono::seconds(options.timeLimitSeconds) + Grace, [&options, thread] {
-            // The upgrade center is open, and the user has all the time.
+            // While the upgrade center is open, there is no time limit.
             if (HasVisibleWindow(thread)) {
                 return;
             }
-            EndProcess(Print(
+            EndProcess(PrintResult(
                 {PRODUCT_SERVICES_OUTCOME_TIMED_OUT, PRODUCT_SERVICES_NO_RESULT,
                  L"The time limit was exceeded."},
                 options));
         });
-        result = options.command == Command::Check ? CheckQuietly(options) : Call(GuardedUpgrade, options, 0);
+        result = options.command == Command::Check ? CheckQuietly(options) : Upgrade(options);
     }
-    return Print(result, options);
+    return PrintResult(result, options);
 }
 
 } // namespace product_services_tool

@@ -1,4 +1,4 @@
-// Makes the guarded calls.
+// Makes guarded calls.
 #pragma once
 
 #include "call_result.h"
@@ -6,11 +6,11 @@
 
 namespace product_services_tool {
 
-/// Looks for a newer release without any window, within the time limit but for the look-up of a name.
+/// Checks for updates without showing anything. The time limit does not include DNS lookups.
 CallResult CheckQuietly(const Options& options);
 
-/// Runs `check` or `upgrade` and prints the result; returns the exit status. If the time limit is exceeded by
-/// what cannot be interrupted, it prints that and ends the process.
+/// Runs the command `check` or `upgrade`, prints the result, and returns the exit status. If something that
+/// cannot be interrupted exceeds the time limit, prints that and ends the process.
 int RunGuardedCall(const Options& options);
 
 } // namespace product_services_tool

@@ -1,4 +1,5 @@
-// A program for those who cannot load the DLL or look for a fault: scripts, 32-bit hosts, services, support.
+// Makes guarded calls for programs that cannot load the DLL, such as scripts, services and 32-bit programs,
+// and diagnoses problems.
 #include <afxwin.h>
 
 #include "doctor/doctor.h"
@@ -22,14 +23,14 @@ int RunVersion()
     return 0;
 }
 
-int Run(const Options& options)
+int RunCommand(const Options& options)
 {
     switch (options.command) {
     case Command::Check:
     case Command::Upgrade:
         return RunGuardedCall(options);
     case Command::Doctor:
-        // What has exceeded its time may still run.
+        // End all threads, since one that has exceeded its time may still run.
         EndProcess(RunDoctor(options));
     case Command::Version:
         break;
@@ -41,7 +42,7 @@ int RunCommandLine(const std::vector<std::wstring>& arguments)
 {
     const ParsedCommandLine parsed = ParseCommandLine(arguments);
     if (parsed.options) {
-        return Run(*parsed.options);
+        return RunCommand(*parsed.options);
     }
     if (parsed.status == 0) {
         PrintLine(parsed.text);
@@ -51,7 +52,7 @@ int RunCommandLine(const std::vector<std::wstring>& arguments)
     return parsed.status;
 }
 
-// The upgrade center's window finds its resources in this program.
+// Makes MFC find the resources of the upgrade center in this program.
 void PrepareMfc()
 {
 #ifdef _AFXDLL

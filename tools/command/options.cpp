@@ -14,7 +14,7 @@ namespace {
 using product_services_guard::FindInvalidEntry;
 using product_services_guard::FromUtf8;
 
-// The library's own.
+// The same as the default of guarded calls.
 constexpr unsigned DefaultTimeLimitSeconds = 30;
 constexpr unsigned MaxTimeLimitSeconds = 24 * 60 * 60;
 
@@ -23,7 +23,7 @@ constexpr char Footer[] =
     "Exit status of doctor: 0 if it found no error, 1 if it found one. Wrong usage: 2.\n"
     "COMMAND --help lists the options of a command.";
 
-// UTF-8, as the parser has them.
+// The values as the parser stores them, in UTF-8.
 struct RawOptions
 {
     std::string product;
@@ -136,7 +136,7 @@ ParsedCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
     app.get_formatter()->column_width(28);
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     AddCommands(app, raw);
-    // The parser takes them from the last to the first.
+    // The parser expects them in reverse order.
     std::vector<std::string> reversed;
     std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed), ToUtf8);
     try {

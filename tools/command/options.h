@@ -22,26 +22,26 @@ struct Options
     std::wstring version;
     std::wstring apiKey;
     int languageId = 0;
-    /// Nothing: any host is trusted.
+    /// If not set, any host is trusted.
     std::optional<std::wstring> trustedHosts;
     unsigned timeLimitSeconds = 0;
     bool acceptsAnyCertificate = false;
     bool usesSystemProxy = true;
     bool printsJson = false;
-    /// The folder of the program whose DLL the doctor looks at; empty: this program's own.
+    /// The folder of the program whose DLL the doctor checks. Empty for this program's folder.
     std::wstring programFolder;
 };
 
-/// What the command line asks for: a command, or a text to print and to end with.
+/// Either the options of a command, or a text to print before exiting.
 struct ParsedCommandLine
 {
     std::optional<Options> options = {};
     std::wstring text = {};
-    /// 0 for a help text; 2 for wrong usage, which the text then names in one line.
+    /// 0 for a help text, or 2 for an error, which the text describes in one line.
     int status = 0;
 };
 
-/// Parses the arguments that follow the program's name.
+/// Parses the arguments after the program's name.
 ParsedCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments);
 
 } // namespace product_services_tool

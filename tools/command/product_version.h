@@ -1,4 +1,4 @@
-// Versions of DLLs and of this program.
+// The versions of DLLs and of this program.
 #pragma once
 
 #include "product_services/version.h"
@@ -11,7 +11,7 @@ namespace product_services_tool {
 /// Major, minor, patch.
 using FileVersion = std::array<unsigned, 3>;
 
-/// This program's.
+/// The version of this program.
 inline constexpr FileVersion ProductVersion{
     PRODUCT_SERVICES_VERSION_MAJOR, PRODUCT_SERVICES_VERSION_MINOR, PRODUCT_SERVICES_VERSION_PATCH};
 

@@ -8,7 +8,7 @@
 namespace product_services_tool {
 namespace {
 
-void Print(DWORD stream, std::wstring_view line)
+void WriteToStream(DWORD stream, std::wstring_view line)
 {
     const std::wstring text = std::wstring(line) + L'\n';
     const HANDLE handle = GetStdHandle(stream);
@@ -42,12 +42,12 @@ std::wstring ToOneLine(std::wstring text)
 
 void PrintLine(std::wstring_view line)
 {
-    Print(STD_OUTPUT_HANDLE, line);
+    WriteToStream(STD_OUTPUT_HANDLE, line);
 }
 
 void PrintErrorLine(std::wstring_view line)
 {
-    Print(STD_ERROR_HANDLE, line);
+    WriteToStream(STD_ERROR_HANDLE, line);
 }
 
 void EndProcess(int status)

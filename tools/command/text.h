@@ -1,4 +1,4 @@
-// Texts on their way out.
+// Converts and prints texts, and ends the process.
 #pragma once
 
 #include <string>
@@ -6,18 +6,19 @@
 
 namespace product_services_tool {
 
-/// Converts UTF-16 to UTF-8. Half a surrogate pair becomes a replacement character.
+/// Converts UTF-16 to UTF-8. An unpaired surrogate becomes a replacement character.
 std::string ToUtf8(std::wstring_view text);
 
-/// Puts question marks in the place of control characters, such as line ends: who sends them is not trusted.
+/// Replaces control characters, such as line ends, by question marks, because the text may come from an
+/// untrusted source.
 std::wstring ToOneLine(std::wstring text);
 
-/// Writes a line to the standard output or the standard error at once: real characters on a console, UTF-8
-/// into a file or a pipe.
+/// Writes a line to the standard output or the standard error at once. A console gets UTF-16, a file or a
+/// pipe UTF-8.
 void PrintLine(std::wstring_view line);
 void PrintErrorLine(std::wstring_view line);
 
-/// Ends the process at once, with all its threads, of which one may never return.
+/// Ends the process at once with all its threads, even if one of them never returns.
 [[noreturn]] void EndProcess(int status);
 
 } // namespace product_services_tool

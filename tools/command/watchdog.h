@@ -1,4 +1,4 @@
-// Looks after work that may never return.
+// Watches work that may never return.
 #pragma once
 
 #include <chrono>
@@ -9,8 +9,8 @@
 
 namespace product_services_tool {
 
-/// Calls `onTimeout` in a thread of its own if it lives longer than the timeout. Its destructor waits for a
-/// call that has begun.
+/// Calls `onTimeout` on a separate thread unless it is destroyed before the timeout. The destructor waits
+/// until a call that has begun returns.
 class Watchdog
 {
 public:

@@ -18,27 +18,27 @@ namespace {
 
 constexpr DWORD MaxPathLength = 32768;
 
-// After that time Windows says of a window whose program waits that it does not respond.
+// After this time, Windows marks the window of a program that waits as not responding.
 constexpr unsigned MaxStepSeconds = 5;
 
-// What a call may take beyond its time limit.
+// The time that a call needs beyond its time limit.
 constexpr std::chrono::seconds CallGrace{3};
 
-std::wstring OwnFolder()
+std::wstring GetOwnFolder()
 {
     std::wstring path(MaxPathLength, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), MaxPathLength));
     return path.substr(0, path.rfind(L'\\'));
 }
 
-Finding Skip(const wchar_t* check, const std::wstring& reason, const wchar_t* helpAnchor)
+Finding MakeSkippedFinding(const wchar_t* check, const std::wstring& reason, const wchar_t* helpAnchor)
 {
     return {Severity::Warning, check, L"skipped: " + reason, helpAnchor};
 }
 
 void AddProgramFiles(FindingCollector& findings, const Options& options)
 {
-    const std::wstring folder = options.programFolder.empty() ? OwnFolder() : options.programFolder;
+    const std::wstring folder = options.programFolder.empty() ? GetOwnFolder() : options.programFolder;
     const std::vector<LibraryFile> files = ReadLibraryFiles(folder);
     findings.Add(CheckProgramFolder(folder, files));
     for (const LibraryFile& file : files) {
@@ -59,14 +59,15 @@ void AddProduct(FindingCollector& findings, const Options& options, const Stored
     }
 }
 
-// Returns the proxy for transfers; it is empty with proxy variables, which libcurl reads by itself.
+// Returns the proxy for transfers. It is empty if proxy variables are set, because libcurl reads these
+// itself.
 std::string AddProxies(FindingCollector& findings, const Options& options)
 {
-    const ProxyVariables variables = ReadProxyVariables();
+    const ProxyVariables variables = GetProxyVariables();
     findings.AddSecretsOfProxy(variables.httpsProxy);
     findings.AddSecretsOfProxy(variables.allProxy);
     findings.Add(CheckProxyVariables(variables));
-    const std::optional<product_services_guard::SystemProxy> system = ReadSystemProxy();
+    const std::optional<product_services_guard::SystemProxy> system = QuerySystemProxy();
     if (system) {
         findings.AddSecretsOfProxy(system->proxy);
         for (const product_services_guard::ProxyCandidate& candidate : system->candidates) {
@@ -84,7 +85,8 @@ bool AddUpdateQuery(FindingCollector& findings, const Options& options, const Tr
         product_services::FindProductRecord(options.product, options.version));
     record.Load();
     if (options.apiKey.empty() || record.Read(L"key").empty()) {
-        findings.Add(Skip(L"update query", L"a key is empty or missing", help_anchors::Nothing));
+        findings.Add(
+            MakeSkippedFinding(L"update query", L"a key is empty or missing", help_anchors::Nothing));
         return true;
     }
     const TransferReport report = WatchTransfer(settings, [record, apiKey = options.apiKey] {
@@ -105,7 +107,7 @@ bool AddService(FindingCollector& findings, const Options& options, TransferSett
     const bool isCertificateAccepted = findings.Add(CheckCertificate(probe, options.acceptsAnyCertificate));
     findings.Add(CheckProbe(probe, settings));
     if (!isCertificateAccepted) {
-        findings.Add(Skip(
+        findings.Add(MakeSkippedFinding(
             L"update query", L"keys are not sent to a server whose certificate is refused",
             help_anchors::Certificate));
         return !probe.isTimedOut;
@@ -136,14 +138,14 @@ int RunDoctor(const Options& options)
     AddProgramFiles(findings, options);
     AddProduct(findings, options, record);
     findings.Add(CheckLanguageFile(ReadLanguageFile(options.languageId)));
-    findings.Add(CheckDisplayScaling(ReadDisplayScaling()));
+    findings.Add(CheckDisplayScaling(GetDisplayScaling()));
     TransferSettings settings;
     settings.proxy = AddProxies(findings, options);
     settings.stepTimeout = std::chrono::seconds(std::min(options.timeLimitSeconds, MaxStepSeconds));
     if (AddService(findings, options, settings)) {
         AddQuietCall(findings, options);
     } else {
-        findings.Add(Skip(L"quiet check", L"the service hangs", help_anchors::Hanging));
+        findings.Add(MakeSkippedFinding(L"quiet check", L"the service hangs", help_anchors::Hanging));
     }
     return findings.Finish();
 }

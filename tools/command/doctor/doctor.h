@@ -1,12 +1,12 @@
-// Looks for what keeps the calls of an application from working.
+// Diagnoses why the calls of an application do not work.
 #pragma once
 
 #include "options.h"
 
 namespace product_services_tool {
 
-/// Checks the machine step by step and prints what it finds. Changes nothing. Returns 1 if it found an error,
-/// else 0; threads that have exceeded their time may still run.
+/// Checks the machine step by step and prints the findings. Changes nothing. Returns 1 if it has found an
+/// error, otherwise 0. Threads that have exceeded their time may still run.
 int RunDoctor(const Options& options);
 
 } // namespace product_services_tool

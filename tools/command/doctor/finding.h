@@ -1,4 +1,4 @@
-// What the doctor finds.
+// A finding of the doctor.
 #pragma once
 
 #include "doctor/help_anchors.h"
@@ -10,7 +10,7 @@ namespace product_services_tool {
 enum class Severity
 {
     Ok,
-    /// Worth knowing, and not a fault by itself.
+    /// Worth knowing, but not an error by itself.
     Warning,
     Error
 };
@@ -18,9 +18,9 @@ enum class Severity
 struct Finding
 {
     Severity severity = Severity::Ok;
-    /// What was checked, in a word or two.
+    /// The name of the check, in a word or two.
     const wchar_t* check = L"";
-    /// What was seen, and why it is not as it should be.
+    /// What was found, and why it is a problem.
     std::wstring message = {};
     /// One of help_anchors.
     const wchar_t* helpAnchor = L"";

@@ -12,9 +12,9 @@ namespace {
 constexpr std::size_t SeverityWidth = 9;
 constexpr std::size_t ShownKeyLength = 4;
 
-// Of a shorter key, what is shown would be half of it or more.
+// The beginning of a shorter key would be more than half of it, so nothing of it is shown.
 constexpr std::size_t MinShownKeyLength = 2 * ShownKeyLength;
-// A still shorter one is in many words.
+// An even shorter key is part of many words, so it is not replaced.
 constexpr std::size_t MinReplacedKeyLength = 4;
 
 constexpr const wchar_t* SeverityNames[]{L"ok", L"warning", L"error"};
@@ -35,7 +35,7 @@ bool IsError(const Finding& finding)
 }
 
 // "2 errors"
-std::wstring Count(const std::vector<Finding>& findings, Severity severity)
+std::wstring CountFindings(const std::vector<Finding>& findings, Severity severity)
 {
     const auto count = std::count_if(findings.begin(), findings.end(), [severity](const Finding& finding) {
         return finding.severity == severity;
@@ -83,13 +83,13 @@ std::wstring ToJson(const std::vector<Finding>& findings)
 
 std::wstring Summarize(const std::vector<Finding>& findings)
 {
-    const std::wstring warnings = Count(findings, Severity::Warning);
+    const std::wstring warnings = CountFindings(findings, Severity::Warning);
     const auto first = std::find_if(findings.begin(), findings.end(), IsError);
     if (first == findings.end()) {
         return L"All is well (" + warnings + L").";
     }
-    return Count(findings, Severity::Error) + L", " + warnings + L". Begin with \"" + first->check + L"\": " +
-           HelpLink(*first);
+    return CountFindings(findings, Severity::Error) + L", " + warnings + L". Begin with \"" + first->check +
+           L"\": " + HelpLink(*first);
 }
 
 void FindingCollector::AddSecretKey(const std::wstring& key)

@@ -1,5 +1,5 @@
-// The headings of docs/troubleshooting.md that findings lead to, as links name them. A test compares them
-// with the page.
+// The anchors of the headings of docs/troubleshooting.md to which findings link. A test compares them with
+// the page.
 #pragma once
 
 namespace product_services_tool::help_anchors {

@@ -30,11 +30,11 @@ std::wstring OpenErrorText(DWORD error)
     }
 }
 
-// Empty if the texts are as the library expects them.
+// Returns an empty text if the format is as the library expects it.
 std::wstring FindFormatError(const std::string& bytes)
 {
     const std::wstring text = product_services::DecodeUtf16(bytes);
-    // Text in another encoding hardly ever has both whole surrogate pairs and line ends.
+    // Text in another encoding almost never has line ends and no unpaired surrogates.
     if (text.size() * 2 != bytes.size() || text.find(L'\n') == text.npos) {
         return L" is not UTF-16 (little-endian), so that texts are odd or empty";
     }
@@ -60,7 +60,7 @@ LanguageFile ReadLanguageFile(std::int32_t languageId)
     LanguageFile file;
     file.code = product_services::LanguageCodeFromId(languageId);
     file.path = std::filesystem::absolute(product_services::LanguageFilePath(file.code)).wstring();
-    // As the library opens it.
+    // Opens it like the library.
     const HANDLE handle = CreateFileW(
         file.path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
         OPEN_EXISTING, 0, nullptr);
@@ -81,7 +81,7 @@ Finding CheckLanguageFile(const LanguageFile& file)
 {
     Finding finding{Severity::Ok, L"language file", file.path, help_anchors::English};
     if (file.error != ERROR_SUCCESS) {
-        // Who asks for English, or for a language that the library does not know, gets English anyway.
+        // English and unknown languages do not need a file, because the built-in texts are English.
         const bool isEnglish = file.code == L"EN" || file.code == L"US";
         finding.severity = isEnglish ? Severity::Ok : Severity::Error;
         finding.message += OpenErrorText(file.error) + L": English is shown";

@@ -1,25 +1,20 @@
-// The DLL of an application.
+// Checks of an application's DLL.
 #include "doctor/machine_checks.h"
 
 #include "doctor/run_with_timeout.h"
+#include "signature/locked_file.h"
 #include "signature/signature.h"
 
 #include <algorithm>
 #include <fstream>
-#include <memory>
 
 namespace product_services_tool {
 namespace {
 
 using product_services_guard::PublisherResult;
 
-// Windows asks the issuers whether a certificate has been revoked.
+// Windows queries the issuers for revoked certificates, which may take long.
 constexpr std::chrono::seconds SignatureTimeout{20};
-
-struct HandleDeleter
-{
-    void operator()(HANDLE handle) const { CloseHandle(handle); }
-};
 
 WORD ReadMachine(const std::wstring& path)
 {
@@ -83,9 +78,9 @@ std::optional<PublisherResult> ReadPublisher(const std::wstring& path)
         if (handle == INVALID_HANDLE_VALUE) {
             return {PRODUCT_SERVICES_PUBLISHER_FILE_ERROR, L"The file could not be opened."};
         }
-        const std::unique_ptr<void, HandleDeleter> owner(handle);
+        const product_services_guard::FileHandle owner(handle);
         const auto signature = product_services_guard::ReadSignature(handle, path.c_str());
-        // An application knows its publisher; this program takes whoever has signed.
+        // This program does not know the application's publisher, so it accepts any.
         return product_services_guard::EvaluateSignature(signature, signature.signer);
     });
 }

@@ -1,4 +1,4 @@
-// Checks of the machine: rules over plain values, and functions that read those.
+// Checks of the machine: functions that read values, and rules that check them.
 #pragma once
 
 #include "doctor/finding.h"
@@ -13,42 +13,42 @@
 
 namespace product_services_tool {
 
-/// A DLL in the folder of a program.
+/// A DLL in an application's folder.
 struct LibraryFile
 {
     std::wstring name = {};
     std::wstring path = {};
     bool exists = false;
-    /// As in IMAGE_FILE_HEADER; 0 if the file is not a DLL.
+    /// IMAGE_FILE_HEADER::Machine; 0 if the file is not a DLL.
     WORD machine = 0;
     FileVersion version{};
-    /// The package that its version resource names.
+    /// The package id in its version resource.
     std::wstring packageId = {};
 };
 
-/// The two DLLs of which an application ships one.
+/// Reads the two DLLs, of which an application ships one.
 std::vector<LibraryFile> ReadLibraryFiles(const std::wstring& folder);
 Finding CheckProgramFolder(const std::wstring& folder, const std::vector<LibraryFile>& files);
-/// Compares a DLL with this program, which is `expectedVersion` of the package.
+/// Compares a DLL with the version and the package of this program.
 Finding CheckLibraryFile(
     const LibraryFile& file, const FileVersion& expectedVersion, const std::wstring& packageId);
 
-/// What Windows says of the signature; nothing if it takes too long.
+/// Verifies the signature. Returns nullopt if that takes too long.
 std::optional<product_services_guard::PublisherResult> ReadPublisher(const std::wstring& path);
 Finding CheckSignature(
     const std::wstring& name, const std::optional<product_services_guard::PublisherResult>& result);
 
 struct RegistryValue
 {
-    /// REG_NONE if there is no such value.
+    /// REG_NONE if the value does not exist.
     DWORD type = REG_NONE;
-    /// Empty if it is not REG_SZ.
+    /// Empty unless the type is REG_SZ.
     std::wstring text = {};
 };
 
 struct StoredRecord
 {
-    /// The registry key with its hive; empty if there is none.
+    /// The registry key with its hive; empty if there is no record.
     std::wstring keyPath = {};
     RegistryValue key = {};
     RegistryValue version = {};
@@ -61,22 +61,23 @@ Finding CheckRecordKey(const RegistryValue& value);
 Finding CheckRecordVersion(const RegistryValue& value);
 Finding CheckApiKey(const std::wstring& apiKey);
 
-/// The file with the texts of a language.
+/// The language file of a language.
 struct LanguageFile
 {
     std::wstring code; ///< "DE"
     std::wstring path = {};
-    /// Why it could not be opened for reading and writing or be read; ERROR_SUCCESS if it could.
+    /// The error of opening the file for reading and writing, or of reading it; ERROR_SUCCESS if there was
+    /// none.
     DWORD error = ERROR_SUCCESS;
     std::string bytes = {};
 };
 
-/// Reads the file that the library would load in the working directory. Creates and changes nothing.
+/// Reads the file that the library would load from the working directory. Changes nothing.
 LanguageFile ReadLanguageFile(std::int32_t languageId);
 Finding CheckLanguageFile(const LanguageFile& file);
 
-/// 100 for a screen of 96 DPI.
-int ReadDisplayScaling();
+/// Returns the scaling in percent; 100 means 96 DPI.
+int GetDisplayScaling();
 Finding CheckDisplayScaling(int percent);
 
 } // namespace product_services_tool

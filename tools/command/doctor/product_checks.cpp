@@ -1,4 +1,4 @@
-// What an installer has put on the machine for a product, and the screen.
+// Checks of a product's record and API key, and of the display.
 #include "doctor/machine_checks.h"
 
 #include "doctor/finding_collector.h"
@@ -18,7 +18,7 @@ RegistryValue ReadValue(HKEY key, const wchar_t* name)
     return value;
 }
 
-// `shownText` is what may be shown of a value that can be used.
+// `shownText` is shown if the value is valid.
 Finding CheckValue(
     const wchar_t* check, const RegistryValue& value, const std::wstring& shownText,
     const wchar_t* consequence, const wchar_t* helpAnchor)
@@ -83,9 +83,9 @@ Finding CheckApiKey(const std::wstring& apiKey)
     return {Severity::Ok, L"API key", MaskKey(apiKey), help_anchors::Nothing};
 }
 
-int ReadDisplayScaling()
+int GetDisplayScaling()
 {
-    // This program's manifest says that it is DPI-aware, so Windows tells the real resolution.
+    // This program's manifest makes it DPI-aware, so Windows reports the real resolution.
     const HDC screen = GetDC(nullptr);
     const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
     ReleaseDC(nullptr, screen);

@@ -10,19 +10,19 @@ namespace {
 using product_services_guard::ProxySource;
 using product_services_guard::SystemProxy;
 
-// Finding a script takes Windows some seconds, and each of its proxies is tried for two.
+// Windows may need some seconds to find a script, and each of the script's proxies is tried for two seconds.
 constexpr std::chrono::seconds SystemProxyTimeout{15};
-// The look-up of a proxy's name is not cut short.
+// The DNS lookup of a proxy cannot be interrupted.
 constexpr std::chrono::seconds NameLookupGrace{5};
 
-std::wstring ReadVariable(const wchar_t* name)
+std::wstring GetVariable(const wchar_t* name)
 {
     const wchar_t* const value = _wgetenv(name);
     return value ? value : L"";
 }
 
 // "Windows' configuration script names b:80; tried a:80 (no connection), b:80 (connected)"
-std::wstring Describe(const SystemProxy& system)
+std::wstring DescribeSystemProxy(const SystemProxy& system)
 {
     std::wstring text = L"Windows has ";
     if (system.source == ProxySource::Script) {
@@ -47,9 +47,9 @@ std::wstring Describe(const SystemProxy& system)
 
 } // namespace
 
-ProxyVariables ReadProxyVariables()
+ProxyVariables GetProxyVariables()
 {
-    return {ReadVariable(L"https_proxy"), ReadVariable(L"all_proxy"), ReadVariable(L"no_proxy")};
+    return {GetVariable(L"https_proxy"), GetVariable(L"all_proxy"), GetVariable(L"no_proxy")};
 }
 
 Finding CheckProxyVariables(const ProxyVariables& variables)
@@ -67,7 +67,7 @@ Finding CheckProxyVariables(const ProxyVariables& variables)
         proxy.empty() ? Severity::Ok : Severity::Warning, L"proxy variables", message, help_anchors::Proxies};
 }
 
-std::optional<SystemProxy> ReadSystemProxy()
+std::optional<SystemProxy> QuerySystemProxy()
 {
     return RunWithTimeout(SystemProxyTimeout + NameLookupGrace, [] {
         constexpr std::chrono::milliseconds Limit = SystemProxyTimeout;
@@ -89,7 +89,7 @@ Finding CheckSystemProxy(const std::optional<SystemProxy>& system, bool isUsed)
         finding.message = L"not used: https_proxy or all_proxy is set and takes precedence";
         return finding;
     }
-    finding.message = Describe(*system);
+    finding.message = DescribeSystemProxy(*system);
     if (system->proxy.empty()) {
         finding.message += L", so that the service is asked directly";
     }

@@ -1,4 +1,4 @@
-// Work that may take longer than anybody waits.
+// Runs work with a timeout.
 #pragma once
 
 #include <chrono>
@@ -10,8 +10,8 @@
 
 namespace product_services_tool {
 
-/// The result of `work`, or nothing if it takes longer than the timeout. It then runs on in its thread, so it
-/// owns all that it uses.
+/// Returns the result of `work`, or nullopt if it takes longer than the timeout. In that case it continues on
+/// its thread, so it must own everything that it uses.
 template <typename Work>
 auto RunWithTimeout(std::chrono::milliseconds timeout, Work work) -> std::optional<decltype(work())>
 {
@@ -24,7 +24,7 @@ auto RunWithTimeout(std::chrono::milliseconds timeout, Work work) -> std::option
     return result.get();
 }
 
-/// "5 seconds"
+/// Returns a text such as "5 seconds".
 inline std::wstring ToText(std::chrono::seconds timeout)
 {
     return std::to_wstring(timeout.count()) + (timeout.count() == 1 ? L" second" : L" seconds");

@@ -18,7 +18,7 @@ constexpr wchar_t Certificate[] = L"certificate";
 constexpr wchar_t Probe[] = L"probe";
 constexpr wchar_t UpdateQuery[] = L"update query";
 
-// The rest of the last line that begins so.
+// Returns the rest of the last line that starts with `beginning`.
 std::wstring FindLine(const TransferReport& report, const std::wstring& beginning)
 {
     std::wstring rest;
@@ -28,7 +28,7 @@ std::wstring FindLine(const TransferReport& report, const std::wstring& beginnin
     return rest;
 }
 
-std::wstring Milliseconds(curl_off_t begin, curl_off_t end)
+std::wstring FormatMilliseconds(curl_off_t begin, curl_off_t end)
 {
     return std::to_wstring((end - begin) / 1000) + L" ms";
 }
@@ -51,7 +51,7 @@ std::wstring DescribeTimeout(TransferStep step, const std::wstring& address)
     }
 }
 
-// Why a transfer failed.
+// Explains why a transfer failed.
 Finding MakeTransferError(
     const wchar_t* check, const TransferReport& report, const TransferSettings& settings)
 {
@@ -63,19 +63,19 @@ Finding MakeTransferError(
     return {Severity::Error, check, message + ToText(settings.stepTimeout), help_anchors::Hanging};
 }
 
-// The beginning of a text, in quotation marks.
+// Returns the beginning of a text, in quotation marks.
 std::wstring Quote(const std::string& text)
 {
     constexpr std::size_t MaxLength = 160;
     return L'"' + FromUtf8(text.substr(0, MaxLength)) + (text.size() > MaxLength ? L"...\"" : L"\"");
 }
 
-std::wstring HttpStatus(const TransferReport& report)
+std::wstring FormatHttpStatus(const TransferReport& report)
 {
     return L"HTTP status " + std::to_wstring(report.httpStatus);
 }
 
-// What keeps a reply from being read as it was sent; nothing if nothing does.
+// Returns what prevents the library from getting the reply that was sent, if anything does.
 std::optional<Finding> FindTransferError(
     const wchar_t* check, const TransferReport& report, const TransferSettings& settings)
 {
@@ -83,8 +83,8 @@ std::optional<Finding> FindTransferError(
         return MakeTransferError(check, report, settings);
     }
     if (report.httpStatus / 100 == 3) {
-        const std::wstring message =
-            HttpStatus(report) + L" redirects to " + report.redirectUrl + L", but redirects are not followed";
+        const std::wstring message = FormatHttpStatus(report) + L" redirects to " + report.redirectUrl +
+                                     L", but redirects are not followed";
         return Finding{Severity::Error, check, message, help_anchors::NoUpdate};
     }
     if (report.pieceCount > 1) {
@@ -95,17 +95,17 @@ std::optional<Finding> FindTransferError(
     return std::nullopt;
 }
 
-// The status of an error does not keep the library from reading the reply.
+// Mentions the status of an HTTP error, although the library reads such a reply like any other.
 Finding MentionHttpStatus(Finding finding, const TransferReport& report)
 {
     if (report.httpStatus >= 400) {
         finding.severity = finding.severity == Severity::Ok ? Severity::Warning : finding.severity;
-        finding.message += L" (" + HttpStatus(report) + L')';
+        finding.message += L" (" + FormatHttpStatus(report) + L')';
     }
     return finding;
 }
 
-// Empty if the URL may be reported and opened.
+// Returns an empty text if the URL may be reported and opened.
 std::wstring FindUrlError(const std::wstring& url, const std::optional<std::wstring>& trustedHosts)
 {
     if (product_services_guard::IsTrustedUrl(url, trustedHosts ? trustedHosts->c_str() : nullptr)) {
@@ -199,10 +199,10 @@ Finding CheckConnection(const TransferReport& report, const TransferSettings& se
         return MakeTransferError(Connection, report, settings);
     }
     const std::wstring server = FindLine(report, L"Connected to ");
-    const std::wstring times = L": name " + Milliseconds(0, report.nameTime) + L", connection " +
-                               Milliseconds(report.nameTime, report.connectTime) + L", TLS " +
-                               Milliseconds(report.connectTime, report.tlsTime);
-    // Some versions of libcurl add the connection's number.
+    const std::wstring times = L": name " + FormatMilliseconds(0, report.nameTime) + L", connection " +
+                               FormatMilliseconds(report.nameTime, report.connectTime) + L", TLS " +
+                               FormatMilliseconds(report.connectTime, report.tlsTime);
+    // Some versions of libcurl append the number of the connection.
     const std::wstring message = server.substr(0, server.find(L" (#")) + times;
     return {Severity::Ok, Connection, message, help_anchors::NoConnection};
 }

@@ -1,5 +1,5 @@
-// Checks of the way to the service and of its replies: rules over plain values, and functions that read
-// those.
+// Checks of the connection to the service and of its replies: functions that read values, and rules that
+// check them.
 #pragma once
 
 #include "call_result.h"
@@ -12,7 +12,7 @@
 
 namespace product_services_tool {
 
-/// The environment variables that libcurl reads; empty for those that are not set.
+/// The environment variables that libcurl reads. A variable that is not set is empty.
 struct ProxyVariables
 {
     std::wstring httpsProxy;
@@ -20,19 +20,19 @@ struct ProxyVariables
     std::wstring noProxy;
 };
 
-ProxyVariables ReadProxyVariables();
+ProxyVariables GetProxyVariables();
 Finding CheckProxyVariables(const ProxyVariables& variables);
 
-/// What a guarded call would use; nothing if Windows takes too long.
-std::optional<product_services_guard::SystemProxy> ReadSystemProxy();
+/// Returns the proxy that a guarded call would use, or nullopt if Windows takes too long.
+std::optional<product_services_guard::SystemProxy> QuerySystemProxy();
 /// `isUsed` is false with --no-system-proxy.
 Finding CheckSystemProxy(const std::optional<product_services_guard::SystemProxy>& system, bool isUsed);
 
-/// Whether the transfer got as far as to a request.
+/// Checks whether the transfer reached the request.
 Finding CheckConnection(const TransferReport& report, const TransferSettings& settings);
 Finding CheckCertificate(const TransferReport& report, bool acceptsAnyCertificate);
 Finding CheckProbe(const TransferReport& report, const TransferSettings& settings);
-/// Without trusted hosts, any host is trusted.
+/// If there is no list of trusted hosts, any host is trusted.
 Finding CheckUpdateQuery(
     const TransferReport& report, const TransferSettings& settings,
     const std::optional<std::wstring>& trustedHosts);

@@ -22,13 +22,13 @@ using std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds PollInterval{20};
 
-// How long a thread that waits for a socket lives at most.
+// The maximum time that a thread waits for a socket.
 constexpr std::chrono::seconds MaxWait{30};
 
 // Windows may fetch an issuer's certificate.
 constexpr long VerificationTimeoutMs = 5000;
 
-// Asked until it is connected: what select says of a socket before libcurl connects it means nothing.
+// Polled until the socket is connected, because the result of select is meaningless before.
 bool IsConnected(curl_socket_t socket)
 {
     sockaddr_storage peer;
@@ -54,7 +54,8 @@ bool WaitForData(curl_socket_t socket)
     return select(0, &sockets, nullptr, nullptr, &timeout) == 1;
 }
 
-// Shared with threads that may outlive the watch. The report is the transfer's thread's own until that ends.
+// Shared with threads that may outlive WatchTransfer. Only the thread of the transfer uses the report until
+// the transfer has ended.
 class WatchingEnvironment final : public product_services::HostEnvironment,
                                   public std::enable_shared_from_this<WatchingEnvironment>
 {
@@ -87,7 +88,7 @@ private:
     CURL* m_handle = nullptr;
     char m_errorBuffer[CURL_ERROR_SIZE] = {};
     steady_clock::time_point m_stepStart = steady_clock::now();
-    /// How far the socket is, of which libcurl tells only when TLS is ready.
+    /// The step that the socket has reached. libcurl reports it only after the TLS handshake.
     std::atomic<TransferStep> m_socketStep = TransferStep::Name;
 };
 
@@ -173,7 +174,7 @@ void WatchingEnvironment::Run(const std::function<void()>& transfer)
     try {
         transfer();
     } catch (const std::exception& exception) {
-        // After the transfer it is about the reply, which speaks for itself.
+        // An exception after the transfer is about the reply, which is checked separately.
         if (m_report.error.empty()) {
             m_report.error = L"a key or the version cannot be sent: " + FromUtf8(exception.what());
         }
@@ -181,7 +182,7 @@ void WatchingEnvironment::Run(const std::function<void()>& transfer)
     product_services::CurrentEnvironment = &product_services::DefaultEnvironment;
 }
 
-// A transfer that is given up closes its socket, which then seems to have data.
+// Ignores steps after the timeout: the transfer then closes its socket, which looks as if it had data.
 void WatchingEnvironment::Advance(TransferStep step)
 {
     if (step > m_report.step && !m_report.isTimedOut) {
@@ -224,7 +225,7 @@ void WatchingEnvironment::OnSocket(curl_socket_t socket) noexcept
     std::thread([self = shared_from_this(), socket] {
         if (WaitForConnection(socket)) {
             self->m_socketStep = TransferStep::TlsAnswer;
-            // The data stays for libcurl to read.
+            // The data remains for libcurl to read.
             if (WaitForData(socket)) {
                 self->m_socketStep = TransferStep::TlsHandshake;
             }

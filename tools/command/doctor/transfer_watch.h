@@ -1,4 +1,4 @@
-// Watches a transfer of the library from within.
+// Observes a transfer of the library.
 #pragma once
 
 #include <chrono>
@@ -9,38 +9,38 @@
 
 namespace product_services_tool {
 
-/// What a transfer is waiting for, in this order.
+/// The steps of a transfer, in order. A transfer waits for the end of its current step.
 enum class TransferStep
 {
-    Name,         ///< The look-up of a name.
-    Connection,   ///< With the server, or with the proxy before it.
-    TlsAnswer,    ///< The first byte from there.
-    TlsHandshake, ///< Its end.
-    ReplyStart,
-    ReplyEnd
+    Name,         ///< The DNS lookup.
+    Connection,   ///< The connection to the server, or to a proxy.
+    TlsAnswer,    ///< The first byte of the answer.
+    TlsHandshake, ///< The rest of the handshake.
+    ReplyStart,   ///< The beginning of the reply.
+    ReplyEnd      ///< The rest of the reply.
 };
 
-/// What was seen of a transfer.
+/// What was observed during a transfer.
 struct TransferReport
 {
     TransferStep step = TransferStep::Name;
-    /// The step took too long, and the transfer was given up.
+    /// The step took too long, so the transfer was ended.
     bool isTimedOut = false;
     CURLcode result = CURLE_FAILED_INIT;
-    /// libcurl's text for the result, or that of an exception before the transfer.
+    /// libcurl's text for the result, or the text of an exception before the transfer.
     std::wstring error = {};
-    /// What libcurl said on the way.
+    /// libcurl's verbose messages.
     std::vector<std::wstring> lines = {};
-    /// Whose the certificate is, by whom and until when.
+    /// The certificate's subject, issuer and expiry date.
     std::wstring certificate = {};
-    /// Why a guarded call would refuse it; empty if it would not.
+    /// Why a guarded call would reject the certificate; empty if it would accept it.
     std::wstring certificateError = {};
     long httpStatus = 0;
     std::wstring redirectUrl = {};
     int pieceCount = 0;
-    /// As the library has it: the last piece.
+    /// The reply as the library gets it, which is the last piece.
     std::string reply = {};
-    /// libcurl's times from the start, in microseconds; 0 for what was not reached.
+    /// libcurl's times from the start, in microseconds; 0 for a step that was not reached.
     curl_off_t nameTime = 0;
     curl_off_t connectTime = 0;
     curl_off_t tlsTime = 0;
@@ -49,16 +49,16 @@ struct TransferReport
 
 struct TransferSettings
 {
-    /// For libcurl, unless it is empty.
+    /// The proxy that libcurl is to use, unless it is empty.
     std::string proxy = {};
-    /// Whether to send nothing to a server whose certificate a guarded call would refuse.
+    /// Whether to send nothing to a server whose certificate a guarded call would reject.
     bool requiresCertificate = false;
     std::chrono::seconds stepTimeout{5};
 };
 
-/// Runs `transfer`, which makes one transfer of the library and owns all that it uses, in a thread of its
-/// own. If the look-up of a name takes too long, it cannot be ended, and the library must not be called
-/// again: that report has timed out in TransferStep::Name.
+/// Runs `transfer` on a separate thread. It makes one transfer of the library and must own everything that it
+/// uses. A DNS lookup cannot be ended: if the report has timed out in TransferStep::Name, the transfer is
+/// still in progress, and the library must not be called again.
 TransferReport WatchTransfer(const TransferSettings& settings, std::function<void()> transfer);
 
 } // namespace product_services_tool
