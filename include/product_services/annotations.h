@@ -1,22 +1,22 @@
 /** @file
- * What the public headers say of their declarations beyond C and C++: the calling convention, the size of an
- * enumeration's values, and the annotations that Visual Studio's analyzer reads.
+ * Macros for the declarations in the public headers: the calling convention, the size of an enumeration's
+ * values, and annotations for Visual Studio's analyzer.
  *
- * @since 1.0, all that is here.
+ * @since 1.0
  */
 #ifndef PRODUCT_SERVICES_ANNOTATIONS_H
 #define PRODUCT_SERVICES_ANNOTATIONS_H
 
 #include <stdint.h>
 
-/** The calling convention of all exports, whatever a host's compiler has as its default (/Gv, /Gr, /Gz). */
+/** The calling convention of all exports, whatever the default of the host's compiler is (/Gv, /Gr, /Gz). */
 #ifdef _WIN32
 #define PRODUCT_SERVICES_CALL __cdecl
 #else
 #define PRODUCT_SERVICES_CALL
 #endif
 
-/** Makes the values of an enumeration uint32_t where the language can say so. */
+/** Makes the values of an enumeration uint32_t if the language supports it. */
 #ifdef __cplusplus
 #define PRODUCT_SERVICES_ENUM_TYPE : uint32_t
 #else
@@ -33,9 +33,9 @@
 #endif
 #ifdef _Inout_
 #define PRODUCT_SERVICES_INOUT _Inout_                     /**< A structure that is read and written. */
-#define PRODUCT_SERVICES_INOUT_OPT _Inout_opt_             /**< The same; null is allowed. */
-#define PRODUCT_SERVICES_IN_TEXT _In_z_                    /**< A terminated text. */
-#define PRODUCT_SERVICES_IN_TEXT_OPT _In_opt_z_            /**< The same; null is allowed. */
+#define PRODUCT_SERVICES_INOUT_OPT _Inout_opt_             /**< The same, or null. */
+#define PRODUCT_SERVICES_IN_TEXT _In_z_                    /**< A NUL-terminated text. */
+#define PRODUCT_SERVICES_IN_TEXT_OPT _In_opt_z_            /**< The same, or null. */
 #define PRODUCT_SERVICES_OUT_TEXT(n) _Out_writes_opt_z_(n) /**< A buffer of n characters, or null. */
 #else
 #define PRODUCT_SERVICES_INOUT

@@ -1,20 +1,20 @@
 /** @file
- * Guarded calls: the update check and the upgrade center for hosts of any compiler and language. They are in
- * ProductServicesGuard.dll, which a host ships instead of ProductServices.dll.
+ * Guarded calls: the update check and the upgrade center for hosts in any language, built by any compiler.
+ * They are in ProductServicesGuard.dll, which a host ships instead of ProductServices.dll.
  *
- * A guarded call returns, whatever the service sends and a language file holds. It verifies the service's
- * certificate, ends within a time limit, reports and opens https URLs only, and writes no further than the
- * capacity of the host's buffer. It throws nothing.
+ * A guarded call always returns, whatever the service sends and a language file contains. It verifies the
+ * service's certificate, ends within a time limit, reports and opens only https URLs, never writes beyond
+ * the capacity of the host's buffer, and throws nothing.
  *
  * Threads: call GuardedUpgrade, and GuardedCheckForUpdates without PRODUCT_SERVICES_OPTION_QUIET, on the
- * thread that runs the host's user interface. A quiet check may be made on any thread. One call runs at a
- * time: a second one returns PRODUCT_SERVICES_OUTCOME_BUSY at once, from whatever thread. Do not leave a call
- * by longjmp.
+ * thread that runs the host's user interface. A quiet check may run on any thread. There is one call at a
+ * time: a second call on any thread returns PRODUCT_SERVICES_OUTCOME_BUSY at once. Do not leave a call by
+ * longjmp.
  *
  * First call wins: the first call of a process fixes the language and the installed product for the life of
  * the process.
  *
- * @since 1.0, all that is here.
+ * @since 1.0
  */
 #ifndef PRODUCT_SERVICES_GUARDED_CALLS_H
 #define PRODUCT_SERVICES_GUARDED_CALLS_H
@@ -23,11 +23,11 @@
 #include "product_services/product_services.h"
 #include "product_services/publisher.h"
 
-/** How a guarded call ended. A host treats a value that it does not know as PRODUCT_SERVICES_OUTCOME_FAILED.
- * If no other text is named, the text is a sentence in English that says what happened. */
+/** The outcome of a guarded call. A host should treat an unknown value like PRODUCT_SERVICES_OUTCOME_FAILED.
+ * Unless a value describes another text, the text is an English sentence that says what happened. */
 typedef enum ProductServicesOutcome PRODUCT_SERVICES_ENUM_TYPE
 {
-    /** Another failure, such as a lack of memory. The text is the error's. */
+    /** Another failure, such as a lack of memory. The text is the error message. */
     PRODUCT_SERVICES_OUTCOME_FAILED = 0,
     /** A check found a newer release. The text is its download URL. */
     PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE = 1,
@@ -40,15 +40,14 @@ typedef enum ProductServicesOutcome PRODUCT_SERVICES_ENUM_TYPE
     /** The user left the upgrade center without buying. The text is the library's message. */
     PRODUCT_SERVICES_OUTCOME_USER_QUIT = 4,
     /** The registry has no record of the product: its installer did not write one, or the first call of this
-     *  process named another product. The text is the library's message. */
+     * process named another product. The text is the library's message. */
     PRODUCT_SERVICES_OUTCOME_NO_PRODUCT_RECORD = 5,
-    /** The API key, or the product key in the record, is empty. The service was not asked for releases. */
+    /** The API key, or the product key in the record, is empty, so no update query was sent. */
     PRODUCT_SERVICES_OUTCOME_NOTHING_SENT = 6,
-    /** The service refused, or its connectivity probe did not answer "1". The text is the reason that the
-     * service gives, or else the library's message. */
+    /** The service refused the request, or did not answer the connectivity probe with "1". The text is the
+     * service's reason, or else the library's message. */
     PRODUCT_SERVICES_OUTCOME_REFUSED = 7,
-    /** The service answered with a status that is neither a refusal nor an offer. The text names the status.
-     */
+    /** The service answered with a status other than 0. The text contains the status. */
     PRODUCT_SERVICES_OUTCOME_OTHER_STATUS = 8,
     /** The service could not be reached, or the connection broke. The text is libcurl's description. */
     PRODUCT_SERVICES_OUTCOME_UNREACHABLE = 9,
@@ -57,42 +56,42 @@ typedef enum ProductServicesOutcome PRODUCT_SERVICES_ENUM_TYPE
     /** The host set the cancel flag, or ended its message loop (WM_QUIT) while the upgrade center was open.
      */
     PRODUCT_SERVICES_OUTCOME_CANCELLED = 11,
-    /** The service's certificate is not valid, and no request was sent. The text says whose certificate it
-     * is, who issued it, and what is wrong with it. */
+    /** The service's certificate is not valid, and no request was sent. The text contains the certificate's
+     * subject, its issuer, and what is wrong with it. */
     PRODUCT_SERVICES_OUTCOME_UNTRUSTED_CERTIFICATE = 12,
-    /** The service gave a URL that is not allowed, see GuardedCallParams::trustedHosts. It was neither opened
+    /** The service sent a URL that is not allowed, see GuardedCallParams::trustedHosts. It was neither opened
      * nor reported. The text is the URL: do not open it. */
     PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS = 13,
-    /** The reply could not be understood. The text is the parser's. */
+    /** The reply could not be parsed. The text is the parser's error message. */
     PRODUCT_SERVICES_OUTCOME_INVALID_REPLY = 14,
     /** Another guarded call is in progress. */
     PRODUCT_SERVICES_OUTCOME_BUSY = 15,
-    /** A member of the structure has a value that cannot be used, and nothing was sent. The text says which.
-     * If the structure is null or its size is not set, nothing was written. */
+    /** A member of the structure has an invalid value, and nothing was sent. The text says which. If the
+     * structure is null or its size is not set, nothing was written either. */
     PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER = 16
 } ProductServicesOutcome;
 
-/** Flags for GuardedCallParams::options. Each makes a call laxer or adds something to it. */
+/** Flags for GuardedCallParams::options. Without flags, a call has the safe defaults. */
 typedef enum ProductServicesOptions PRODUCT_SERVICES_ENUM_TYPE
 {
-    /** Show no message box, no wait cursor, and make no sound: for checks that the user has not asked for.
-     * For GuardedCheckForUpdates only; GuardedUpgrade refuses it. */
+    /** Show no message box and no wait cursor, and make no sound. For checks that the user did not start.
+     * Only for GuardedCheckForUpdates; GuardedUpgrade rejects it. */
     PRODUCT_SERVICES_OPTION_QUIET = 1,
-    /** Show the upgrade center with the host's DPI awareness, which leaves its picture small on screens
-     * beyond 100 %. Without this flag Windows scales the window as a whole. */
+    /** Show the upgrade center with the host's DPI awareness. Its picture is then not scaled, so it looks
+     * small on displays that are scaled beyond 100 %. Without this flag, Windows scales the entire window. */
     PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS = 2,
-    /** Accept any certificate, as ProductServices.dll does: anybody on the network can then answer in the
-     * service's place. For development services. */
+    /** Accept any certificate, as ProductServices.dll does. An attacker on the network can then impersonate
+     * the service. For development services. */
     PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE = 4,
     /**
-     * Use the proxy that is configured in Windows, for this call only. The environment variables https_proxy,
-     * all_proxy and no_proxy take precedence where they are set.
+     * Use the proxy that is configured in Windows for this call. The environment variables https_proxy,
+     * all_proxy and no_proxy take precedence if they are set.
      *
-     * If Windows has automatic detection (WPAD) or a configuration script (PAC) set, the script is asked for
-     * the service's URL, and the first of its proxies that accepts a connection is used; a script that cannot
-     * be fetched or run counts as none. If there is no script, the configured proxy is used unless the bypass
-     * list names the service. Detected scripts get no logon of the user. SOCKS proxies are not supported, and
-     * neither are proxies that demand a logon (HTTP status 407).
+     * If automatic detection (WPAD) or a configuration script (PAC) is enabled in Windows, the script is
+     * queried for the service's URL, and the first of its proxies that accepts a connection is used. A script
+     * that cannot be downloaded or run is ignored. If there is no script, the configured proxy is used unless
+     * the bypass list matches the service. The user's credentials are not sent to detected scripts. SOCKS
+     * proxies and proxies that require authentication (HTTP status 407) are not supported.
      */
     PRODUCT_SERVICES_OPTION_SYSTEM_PROXY = 8
 } ProductServicesOptions;
@@ -100,33 +99,35 @@ typedef enum ProductServicesOptions PRODUCT_SERVICES_ENUM_TYPE
 /** For GuardedCallParams::timeLimitMs: no limit. */
 #define PRODUCT_SERVICES_NO_TIME_LIMIT 0xFFFFFFFFu
 
-/** In GuardedCallParams::resultCode: the call has reported no result code. */
+/** In GuardedCallParams::resultCode: the call did not report a result code. */
 #define PRODUCT_SERVICES_NO_RESULT 0xFFFFFFFFu
 
 /**
- * The parameters of a guarded call. The host owns the structure and everything that it points to, and changes
- * neither until the call returns. Zero it, set size, then fill in what is needed: a zeroed member is the safe
- * choice.
+ * The parameters of a guarded call. The host owns the structure and everything that it points to, and must
+ * not change them until the call returns. Set the structure to zero, set size, and then fill in what you
+ * need: zero is the safe default of every member.
  *
- * Later versions add members at the end. A member counts if `size` reaches past it, so a host that was built
- * with an older header keeps working: members that it does not have read as zero and are not written.
+ * Later versions add members at the end. A member is used only if it is completely within `size`, so a host
+ * that was built with an older header keeps working: members that it does not have are read as zero and not
+ * written.
  */
 typedef struct GuardedCallParams
 {
     /** In: sizeof(GuardedCallParams). */
     uint32_t size;
-    /** In: a ProductServicesLanguage; any other value is English unless there is a language file for US. */
+    /** In: a ProductServicesLanguage. Any other value is English unless there is a language file for US. */
     int32_t languageId;
-    const wchar_t* productName; /**< In: display name of the calling product. Null reads as an empty text. */
-    const wchar_t* productVersion; /**< In: its version text; selects the record together with productName. */
+    const wchar_t* productName;    /**< In: the product's display name. Null means an empty text. */
+    const wchar_t* productVersion; /**< In: its version; selects the record together with productName. */
     const wchar_t* apiKey;         /**< In: its service API key. */
     /**
-     * In: the hosts that a URL of the service may lead to, such as
+     * In: the hosts that URLs from the service may lead to, such as
      *
      *     L"example.com;*.example.com;shop.example.org:8443"
      *
-     * or null for any host. Entries are separated by semicolons. Each is a host name, or "*." and a name for
-     * all of its subdomains but not the name itself, and a port if that is not 443. Case does not matter.
+     * or null for any host. Entries are separated by semicolons. Each is a host name, or "*." and a name,
+     * which matches all subdomains of the name but not the name itself. A port other than 443 must be given.
+     * Case does not matter.
      *
      * With or without a list, a URL must be written in a strict form that every URL parser reads the same
      * way: "https://", a host name, ":" and a port if there is one, and then the end or "/" and whatever may
@@ -134,32 +135,34 @@ typedef struct GuardedCallParams
      * digits and inner hyphens, separated by dots; its last label is not a number, so IP addresses are
      * refused. Internationalized names are written as in the DNS ("xn--...").
      *
-     * Any other URL ends the call with PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS: the download URL of a
-     * check, and the purchase URL of a chosen offer, which is then not handed to the shell.
+     * If the download URL of a check, or the purchase URL of the chosen offer, is not like this, it is not
+     * opened, and the outcome is PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS.
      */
     const wchar_t* trustedHosts;
     /** In: a bitwise OR of ProductServicesOptions flags. */
     uint32_t options;
     /**
      * In: the time in milliseconds that all transfers of the call may take together, including the search for
-     * a proxy. 0: 30 seconds. PRODUCT_SERVICES_NO_TIME_LIMIT: none. Time with a window open does not count.
+     * a proxy. 0 means 30 seconds, PRODUCT_SERVICES_NO_TIME_LIMIT no limit. Time while a window is open does
+     * not count.
      *
-     * Host names are resolved on the calling thread in Windows' own time, which the limit does not cut short.
+     * Windows resolves host names on the calling thread, and the limit does not interrupt that.
      */
     uint32_t timeLimitMs;
-    /** In: the host may set this flag to a value other than 0, from any thread, to end the transfers of the
-     * call; it is looked at several times a second. An open window remains the user's to close. Null: none.
-     */
+    /** In: a flag that the host may set to a value other than 0, on any thread, to end the transfers of the
+     * call. It is read several times a second. It does not close an open window. May be null. */
     const volatile uint32_t* cancelFlag;
-    /** In: the buffer for the text that ProductServicesOutcome describes. Null: the text is not wanted. */
-    wchar_t* resultText;
-    /** In: how many wchar_t the buffer holds, the terminating NUL included. */
-    uint32_t resultTextCapacity;
-    /** Out: the ProductServicesResultCode that the call has reported, with the outcomes NEWER_RELEASE,
-     * UP_TO_DATE, BROWSER_OPENED, USER_QUIT, NO_PRODUCT_RECORD and REFUSED; else PRODUCT_SERVICES_NO_RESULT.
+    /** In: the buffer for the text that ProductServicesOutcome describes. Null if you do not want the text.
      */
+    wchar_t* resultText;
+    /** In: the capacity of the buffer in wchar_t, including the terminating NUL. */
+    uint32_t resultTextCapacity;
+    /** Out: the ProductServicesResultCode that the call reported, which is possible with the outcomes
+     * NEWER_RELEASE, UP_TO_DATE, BROWSER_OPENED, USER_QUIT, NO_PRODUCT_RECORD and REFUSED; otherwise
+     * PRODUCT_SERVICES_NO_RESULT. */
     uint32_t resultCode;
-    /** Out: 1 if the text was longer than the buffer and was truncated, at a whole character; else 0. */
+    /** Out: 1 if the text did not fit into the buffer and was truncated, otherwise 0. Surrogate pairs are not
+     * split. */
     uint32_t isTextTruncated;
     uint32_t reserved; /**< Not used yet. */
 } GuardedCallParams;
@@ -177,14 +180,14 @@ extern "C" {
 /**
  * Asks the service whether a newer release of the calling product exists.
  *
- * Without PRODUCT_SERVICES_OPTION_QUIET, the user is told in a message box that the product is up to date
- * (UP_TO_DATE), or that there is no connection (REFUSED, UNREACHABLE, TIMED_OUT). Everything else is the
- * host's to tell.
+ * Without PRODUCT_SERVICES_OPTION_QUIET, a message box tells the user that the product is up to date
+ * (UP_TO_DATE), or that there is no connection (REFUSED, UNREACHABLE, TIMED_OUT). The host has to report
+ * every other outcome itself.
  */
 ProductServicesOutcome PRODUCT_SERVICES_CALL
 GuardedCheckForUpdates(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
 
-/** Shows the upgrade center, if the service has offers. Everything else is the host's to tell. */
+/** Shows the upgrade center if the service has offers. The host has to report every other outcome itself. */
 ProductServicesOutcome PRODUCT_SERVICES_CALL
 GuardedUpgrade(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
 

@@ -1,17 +1,16 @@
 /** @file
- * ProductServices: update check and upgrade center for a family of desktop applications.
+ * Direct calls: the update check and the upgrade center as ProductServices.dll exports them, for C11 and C++
+ * hosts on 64-bit Windows.
  *
- * The interface of ProductServices.dll for C11 and C++ hosts (64-bit Windows).
+ * Threads: call both functions on the thread that runs the host's user interface, one call at a time. A call
+ * blocks that thread until the service has answered, without a timeout, and until every window that the call
+ * has opened is closed. The windows have no owner, so they do not disable the host's windows: the host has to
+ * prevent its user from starting a second call.
  *
- * Threads: call both functions on the thread that runs the host's user interface, one call at a
- * time. A call blocks that thread until the service has answered (no timeout is set) and every
- * window that the call opened is closed. The windows have no owner, so no window of the host is
- * disabled meanwhile: the host itself keeps its user from starting a second call.
+ * First call wins: the first call of a process fixes the language and the installed product for the life of
+ * the process.
  *
- * First call wins: the first call of a process fixes the language and the installed product for the
- * life of the process.
- *
- * @since 1.0, all that is here.
+ * @since 1.0
  */
 #ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_H
 #define PRODUCT_SERVICES_PRODUCT_SERVICES_H
@@ -23,18 +22,18 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/** What a call reports in HostContext::resultCode, with the message that goes into resultText. */
+/** The result codes in HostContext::resultCode. The message for the code is in resultText. */
 enum ProductServicesResultCode
 {
-    /** Mapped, reported by no call: "Unstable internet connection." */
+    /** "Unstable internet connection." No call reports this code at present. */
     PRODUCT_SERVICES_REFUSED = 0,
-    /** A newer release exists; resultText holds its download address instead of a message. */
+    /** A newer release exists. resultText contains its download address instead of a message. */
     PRODUCT_SERVICES_SUCCESS = 200,
-    /** Mapped, reported by no call: "An unknown error occurred." */
+    /** "An unknown error occurred." No call reports this code at present. */
     PRODUCT_SERVICES_UNKNOWN_ERROR = 400,
-    /** Mapped, reported by no call: "No internet found!" */
+    /** "No internet found!" No call reports this code at present. */
     PRODUCT_SERVICES_NO_INTERNET = 503,
-    /** Mapped, reported by no call today: "Unable to reach server!" */
+    /** "Unable to reach server!" No call reports this code at present. */
     PRODUCT_SERVICES_SERVER_UNREACHABLE = 504,
     /** The user left the upgrade center without buying. */
     PRODUCT_SERVICES_USER_QUIT = 540,
@@ -42,16 +41,16 @@ enum ProductServicesResultCode
     PRODUCT_SERVICES_NO_UPGRADES = 920,
     /** The purchase address of the chosen offer was handed to the browser. */
     PRODUCT_SERVICES_BROWSER_OPENED = 930,
-    /** The upgrade center needs a connection to the service and found none. */
+    /** The upgrade center could not reach the service, or the service refused the request. */
     PRODUCT_SERVICES_NO_CONNECTION = 940,
-    /** The calling product has no stored record (its installer writes it). */
+    /** The calling product has no stored record, which its installer should have written. */
     PRODUCT_SERVICES_NO_PRODUCT_RECORD = 950
 };
 
-/** The language of the texts, for HostContext::languageId. */
+/** The languages for HostContext::languageId. */
 enum ProductServicesLanguage
 {
-    PRODUCT_SERVICES_LANGUAGE_EN = 120, /**< English; its texts come from a file like the others'. */
+    PRODUCT_SERVICES_LANGUAGE_EN = 120, /**< English, which may have a language file like the others. */
     PRODUCT_SERVICES_LANGUAGE_CZ = 130, /**< Czech. */
     PRODUCT_SERVICES_LANGUAGE_DE = 140, /**< German. */
     PRODUCT_SERVICES_LANGUAGE_ES = 150, /**< Spanish. */
@@ -60,39 +59,39 @@ enum ProductServicesLanguage
     PRODUCT_SERVICES_LANGUAGE_JA = 180, /**< Japanese. */
     PRODUCT_SERVICES_LANGUAGE_PL = 190, /**< Polish. */
     PRODUCT_SERVICES_LANGUAGE_RU = 200, /**< Russian. */
-    PRODUCT_SERVICES_LANGUAGE_TW = 220, /**< Chinese in traditional characters. */
-    PRODUCT_SERVICES_LANGUAGE_ZH = 230  /**< Chinese in simplified characters. */
+    PRODUCT_SERVICES_LANGUAGE_TW = 220, /**< Traditional Chinese. */
+    PRODUCT_SERVICES_LANGUAGE_ZH = 230  /**< Simplified Chinese. */
 };
 
 /**
- * The structure that a host passes to every call. The host owns it and every buffer that it points to;
- * texts are NUL-terminated UTF-16 and stay valid for the whole call. A null text reads as an empty one.
+ * The structure that a host passes to every call. The host owns it and every buffer that it points to. Texts
+ * are NUL-terminated UTF-16 and must stay valid until the call returns. Null means an empty text.
  *
- * Set resultCode and resultText before each call: a call that has nothing to report leaves both as they
- * are. When one call reports more than once, the last report stands.
+ * Initialise resultCode and the buffer before each call, because a call that has nothing to report leaves
+ * both unchanged. If a call reports more than once, the last report counts.
  */
 typedef struct HostContext
 {
-    /** In: display name of the calling product; caption of the message boxes and of the upgrade center. */
+    /** In: the product's display name, which is the caption of message boxes and of the upgrade center. */
     const wchar_t* productName;
-    /** In: version text of the calling product; selects the stored record together with productName. */
+    /** In: the product's version, which selects the stored record together with productName. */
     const wchar_t* productVersion;
-    /** In: service API key of the calling product. */
+    /** In: the product's service API key. */
     const wchar_t* apiKey;
     /**
-     * In: a ProductServicesLanguage; any other value is the language US. Texts come from
-     * lang\DE\Vemo_DE.lang (and so on) under the working directory, or are English when there is no such
-     * file that the user may write to.
+     * In: a ProductServicesLanguage. Any other value means the language US. The texts come from a file such
+     * as lang\DE\Vemo_DE.lang in the working directory. They are English if there is no such file, or if the
+     * user may not write to it.
      */
     int32_t languageId;
-    /** Never read or written by the library, like all members named reserved. */
+    /** The library neither reads nor writes the reserved members. */
     wchar_t* reserved1;
     /** Out: a ProductServicesResultCode. */
     uint32_t resultCode;
     /**
-     * Out: the message for resultCode or, with 200, the download address. The text is copied without a
-     * bound: the buffer must hold the longest message of the language file and the longest address that
-     * the service may send, with the terminating NUL. Null: the text is not wanted.
+     * Out: the message for resultCode or, with 200, the download address. The text is copied without a length
+     * check, so the buffer must be large enough for the longest message of the language file and the longest
+     * address that the service may send, including the terminating NUL. Null if you do not want the text.
      */
     wchar_t* resultText;
     wchar_t* reserved2; /**< As reserved1. */
@@ -125,34 +124,35 @@ extern "C" {
 /**
  * Asks the service whether a newer release of the calling product exists.
  *
- * - A newer release: 200, and its download address in resultText; nothing is shown.
- * - No stored record of the product: 950 with its message, after 750 ms; nothing is shown.
- * - Nothing newer (an empty answer), or no connection, or a refusal with status 0: a message box; nothing
- *   is reported.
- * - An empty apiKey or an empty key in the record: returns at once; nothing is sent, shown or reported.
- * - A refusal with another status: nothing is shown or reported.
+ * - If there is a newer release, it reports 200 with the download address and shows nothing.
+ * - If the product has no stored record, it reports 950 after 750 ms and shows nothing.
+ * - If nothing is newer (an empty reply), there is no connection, or the service refuses with status 0, it
+ *   shows a message box and reports nothing.
+ * - If apiKey or the key in the record is empty, it returns at once. Nothing is sent, shown or reported.
+ * - If the service answers with another status, nothing is shown or reported.
  *
- * A null context is ignored: there is nowhere to report to.
+ * A null context is ignored.
  *
- * C++ exceptions leave the call, and a host should catch them (std::exception&, where host and library
- * come from the same compiler; other hosts use guarded_calls.h): an answer that is not JSON or has another
- * shape than the service's (parse error 101, type errors 302 and 305, out of range 406), or a text that is
- * not convertible ("bad conversion"). resultCode and resultText are then as the host set them.
+ * The call may throw C++ exceptions, which a host should catch as std::exception& if the same compiler has
+ * built it and the library; other hosts should use guarded_calls.h. It throws if the reply is not JSON or has
+ * another structure than the service's replies (parse error 101, type errors 302 and 305, out of range 406),
+ * or if a text cannot be converted ("bad conversion"). resultCode and the buffer are then unchanged.
  */
 void PRODUCT_SERVICES_CALL CheckForUpdates(PRODUCT_SERVICES_INOUT_OPT HostContext* context)
     PRODUCT_SERVICES_THROWS;
 
 /**
- * Shows the upgrade center: the newer products on offer, of which the user may open one's purchase
- * address in the browser.
+ * Shows the upgrade center, which lists newer products that the user can buy. The purchase address of the
+ * chosen one is opened in the browser.
  *
- * - 930 an address was handed to the browser; 540 the user left.
- * - 920 nothing on offer (an empty answer); 940 no connection, or a refusal with status 0; 950 no stored
- *   record of the product, after the connection was tried and 750 ms.
- * - An empty apiKey or an empty key in the record, a refusal with another status, an empty list: no window
- *   is shown and nothing is reported.
+ * - It reports 930 if an address was handed to the browser, and 540 if the user left.
+ * - It reports 920 if there is nothing on offer (an empty reply), 940 if there is no connection or the
+ * service refuses with status 0, and 950 if the product has no stored record. The last takes 750 ms in
+ * addition to the attempt to connect. No window is shown.
+ * - If apiKey or the key in the record is empty, the service answers with another status, or the list of
+ *   offers is empty, no window is shown and nothing is reported.
  *
- * A null context is ignored. Exceptions leave the call as with CheckForUpdates.
+ * A null context is ignored. The call throws the same exceptions as CheckForUpdates.
  */
 void PRODUCT_SERVICES_CALL Upgrade(PRODUCT_SERVICES_INOUT_OPT HostContext* context) PRODUCT_SERVICES_THROWS;
 

@@ -1,8 +1,8 @@
 /// @file
-/// The guarded calls for C++20 and later, of any compiler: what crosses the border of the DLL is the C
-/// interface of guarded_calls.h. Everything is in this header.
+/// The guarded calls for C++20 and later. This wrapper consists of this header only and calls the DLL through
+/// the C interface of guarded_calls.h, so it works with any compiler.
 ///
-/// @since 1.0, all that is here.
+/// @since 1.0
 #ifndef PRODUCT_SERVICES_PRODUCT_SERVICES_HPP
 #define PRODUCT_SERVICES_PRODUCT_SERVICES_HPP
 
@@ -24,7 +24,7 @@
 /// The guarded calls in C++.
 namespace product_services {
 
-/// ProductServicesOutcome. A value that is not here, of a newer DLL, is to be treated as Failed.
+/// The same as ProductServicesOutcome. A newer DLL may return other values; treat them like Failed.
 enum class Outcome : std::uint32_t
 {
     Failed = PRODUCT_SERVICES_OUTCOME_FAILED,                     ///< ..._OUTCOME_FAILED.
@@ -58,7 +58,7 @@ struct CallParams
     std::wstring apiKey = {};
     /// A ProductServicesLanguage.
     std::int32_t languageId = 0;
-    /// GuardedCallParams::trustedHosts; empty for any host.
+    /// GuardedCallParams::trustedHosts. Empty for any host.
     std::wstring trustedHosts = {};
     /// PRODUCT_SERVICES_OPTION_QUIET.
     bool isQuiet = false;
@@ -68,7 +68,7 @@ struct CallParams
     bool acceptsAnyCertificate = false;
     /// PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS.
     bool usesHostDpiAwareness = false;
-    /// GuardedCallParams::timeLimitMs. Nothing: the DLL's default of 30 seconds. NoTimeLimit: none.
+    /// GuardedCallParams::timeLimitMs. If it is not set, the DLL's default of 30 seconds.
     std::optional<std::chrono::milliseconds> timeLimit = std::nullopt;
 #ifdef __cpp_lib_jthread
     /// Ends the transfers of the call when a stop is requested, as GuardedCallParams::cancelFlag does.
@@ -76,28 +76,28 @@ struct CallParams
 #endif
 };
 
-/// For CallParams::timeLimit.
+/// For CallParams::timeLimit: no limit.
 inline constexpr std::chrono::milliseconds NoTimeLimit = (std::chrono::milliseconds::max)();
 
-/// What a call returned.
+/// The result of a call.
 struct [[nodiscard]] CallResult
 {
     /// How the call ended.
     Outcome outcome = Outcome::Failed;
-    /// The text that ProductServicesOutcome describes: with NewerRelease, the download URL.
+    /// The text that ProductServicesOutcome describes. With NewerRelease, it is the download URL.
     std::wstring text;
-    /// The ProductServicesResultCode that the call has reported, if any.
+    /// The ProductServicesResultCode that the call reported, if any.
     std::optional<std::uint32_t> resultCode;
     /// Whether the text was longer than 65,535 characters and was truncated.
     bool isTextTruncated = false;
 };
 
-/// What VerifyPublisher or StartVerifiedFile found.
+/// The result of VerifyPublisher or StartVerifiedFile.
 struct [[nodiscard]] PublisherResult
 {
     /// Start the file only if this is PRODUCT_SERVICES_PUBLISHER_TRUSTED.
     ProductServicesPublisherResult status = PRODUCT_SERVICES_PUBLISHER_FILE_ERROR;
-    /// A sentence that says what was found.
+    /// A sentence that describes the result.
     std::wstring text;
 };
 
@@ -105,7 +105,7 @@ namespace detail {
 
 constexpr std::uint32_t TextCapacity = 0x10000;
 
-// A limit that does not fit, or is not positive, is the nearest one that does.
+// A limit that is too large or not positive becomes the nearest valid one.
 inline std::uint32_t ToTimeLimitMs(const std::optional<std::chrono::milliseconds>& limit)
 {
     if (!limit) {
@@ -135,7 +135,7 @@ inline CallResult Call(decltype(&GuardedUpgrade) function, const CallParams& par
 #ifdef __cpp_lib_jthread
     const std::stop_callback cancel(params.stopToken, [&isCancelled] { isCancelled = 1; });
 #endif
-    // Not zeroed, unlike a vector.
+    // Unlike a vector, this does not set the memory to zero.
     const std::unique_ptr<wchar_t[]> text(new wchar_t[TextCapacity]);
     text[0] = L'\0';
     GuardedCallParams call{};
@@ -164,7 +164,7 @@ inline CallResult Call(decltype(&GuardedUpgrade) function, const CallParams& par
 
 } // namespace detail
 
-/// Asks whether a newer release exists.
+/// Asks the service whether a newer release exists.
 [[nodiscard]] inline CallResult CheckForUpdates(const CallParams& params)
 {
     return detail::Call(&GuardedCheckForUpdates, params);
@@ -176,8 +176,8 @@ inline CallResult Call(decltype(&GuardedUpgrade) function, const CallParams& par
     return detail::Call(&GuardedUpgrade, params);
 }
 
-/// Verifies that a downloaded file is signed by one of the publishers, which are one in each line, as
-/// publisher.h says.
+/// Verifies that a downloaded file is signed by one of the publishers, as ::VerifyPublisher does.
+/// `publishers` has one name in each line.
 [[nodiscard]] inline PublisherResult VerifyPublisher(const std::wstring& path, const std::wstring& publishers)
 {
     wchar_t text[1024] = L"";
@@ -185,7 +185,7 @@ inline CallResult Call(decltype(&GuardedUpgrade) function, const CallParams& par
     return {status, text};
 }
 
-/// The same, and starts the file if it is trusted.
+/// Verifies a downloaded file and starts it if it is trusted, as ::StartVerifiedFile does.
 [[nodiscard]] inline PublisherResult StartVerifiedFile(
     const std::wstring& path, const std::wstring& publishers, const std::wstring& arguments = {})
 {

@@ -1,17 +1,17 @@
 /** @file
- * The version of the header and of the library that it belongs to. The build, the version resource and the
- * package take it from here; vcpkg.json repeats it, and configuring compares them.
+ * The version of the headers and of the library. The build, the version resource and the package use it.
+ * vcpkg.json repeats it, and CMake compares them.
  *
- * @since 1.0, all that is here.
+ * @since 1.0
  */
 #ifndef PRODUCT_SERVICES_VERSION_H
 #define PRODUCT_SERVICES_VERSION_H
 
-/** A host built for one major version works with no other. */
+/** A host that was built for one major version does not work with another. */
 #define PRODUCT_SERVICES_VERSION_MAJOR 1
-/** Rises with what is new. */
+/** Increases with new features. */
 #define PRODUCT_SERVICES_VERSION_MINOR 0
-/** Rises with what is mended. */
+/** Increases with bug fixes. */
 #define PRODUCT_SERVICES_VERSION_PATCH 0
 
 #endif
