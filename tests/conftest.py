@@ -157,6 +157,21 @@ def plain_toolchain(tmp_path):
     return f"-DCMAKE_TOOLCHAIN_FILE={file}"
 
 
+@pytest.fixture(scope="module")
+def host(build, wine):
+    """Runs the host that makes guarded calls, whose product has a record, and returns its lines."""
+    record = MAKER_KEY + r"\Products\Guarded\1"
+    wine("reg", "add", record, "/v", "key", "/d", "any", "/f")
+    wine("reg", "add", record, "/v", "version", "/d", "any", "/f")
+
+    def run_host(*words):
+        status, output = wine(build / "over_tls/guard_host.exe", *words, cwd=build / "over_tls")
+        assert status == 0, output
+        return output.splitlines()
+    yield run_host
+    wine("reg", "delete", MAKER_KEY + r"\Products\Guarded", "/f")
+
+
 @pytest.fixture
 def service_command(tmp_path):
     """The command line of a development service, before its options; its offers have the tests' own address."""

@@ -10,7 +10,7 @@ import threading
 
 import pytest
 
-from conftest import ADDRESS, MAKER_KEY, run, trust_root
+from conftest import ADDRESS, run, trust_root
 
 OFFER = b'[{"name":"X","version":"2","url":"https://shop.example/x"}]'
 REPLY = b"HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: %d\r\n\r\n%s"
@@ -94,21 +94,6 @@ def tls_service(certificate, key):
 @pytest.fixture(scope="module")
 def authority(tmp_path_factory):
     return CertificateAuthority(tmp_path_factory.mktemp("authority"))
-
-
-@pytest.fixture(scope="module")
-def host(build, wine):
-    """Runs the host in C, whose product has a record, and returns its lines."""
-    record = MAKER_KEY + r"\Products\Guarded\1"
-    wine("reg", "add", record, "/v", "key", "/d", "any", "/f")
-    wine("reg", "add", record, "/v", "version", "/d", "any", "/f")
-
-    def run_host(*words):
-        status, output = wine(build / "over_tls/guard_host.exe", *words, cwd=build / "over_tls")
-        assert status == 0, output
-        return output.splitlines()
-    yield run_host
-    wine("reg", "delete", MAKER_KEY + r"\Products\Guarded", "/f")
 
 
 class CrlRequestHandler(http.server.BaseHTTPRequestHandler):

@@ -11,7 +11,7 @@ import threading
 
 import pytest
 
-from conftest import ADDRESS, MAKER_KEY
+from conftest import ADDRESS
 
 PROXY_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\Connections"
 PROXY_VALUE = "/v", "DefaultConnectionSettings", "/f"
@@ -53,20 +53,6 @@ def proxy():
         threading.Thread(target=server.serve_forever, daemon=True).start()
         yield server
         server.shutdown()
-
-
-@pytest.fixture
-def host(build, wine):
-    """Runs the host in C, whose product has a record, and returns its lines."""
-    record = MAKER_KEY + r"\Products\Guarded\1"
-    wine("reg", "add", record, "/v", "key", "/d", "any", "/f")
-
-    def run_host(*words):
-        status, output = wine(build / "over_tls/guard_host.exe", *words, cwd=build / "over_tls")
-        assert status == 0, output
-        return output.splitlines()
-    yield run_host
-    wine("reg", "delete", MAKER_KEY + r"\Products\Guarded", "/f")
 
 
 @pytest.fixture

@@ -35,8 +35,10 @@ public:
         EXPECT_EQ(bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         listen(m_listener, 16);
         m_thread = std::thread([this] {
-            for (SOCKET client = 0; (client = accept(m_listener, nullptr, nullptr)) != INVALID_SOCKET;) {
+            SOCKET client = accept(m_listener, nullptr, nullptr);
+            while (client != INVALID_SOCKET) {
                 Serve(client);
+                client = accept(m_listener, nullptr, nullptr);
             }
         });
     }
