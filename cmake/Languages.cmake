@@ -2,7 +2,9 @@
 set(PRODUCT_LANGUAGES_DIR "${PROJECT_SOURCE_DIR}/languages" CACHE PATH
     "The translations: cs.po, de.po and the like, as in the folder languages")
 
-file(GLOB po_files CONFIGURE_DEPENDS "${PRODUCT_LANGUAGES_DIR}/*.po")
+# A path may have a [, which begins a set of characters in a pattern.
+string(REGEX REPLACE "([[*?])" "[\\1]" literal_dir "${PRODUCT_LANGUAGES_DIR}")
+file(GLOB po_files CONFIGURE_DEPENDS "${literal_dir}/*.po")
 if(NOT po_files)
     message(FATAL_ERROR "The folder of the translations, ${PRODUCT_LANGUAGES_DIR}, has no PO files.")
 endif()

@@ -1,6 +1,7 @@
 # What the programs and resources are told of a product family: product_family.py reads and checks it, and writes headers.
 set(PRODUCT_FAMILY_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/product_family.py")
-file(GLOB FAMILY_TEMPLATES "${CMAKE_CURRENT_LIST_DIR}/family/*.h.in")
+set(FAMILY_TEMPLATES family_names.h.in product_family.h.in sample_product.h.in)
+list(TRANSFORM FAMILY_TEMPLATES PREPEND "${CMAKE_CURRENT_LIST_DIR}/family/")
 
 # run_family_script(OUTPUT_VARIABLE ARGUMENT...): stops the configuration with the sentence that the script ends with.
 function(run_family_script output_variable)
