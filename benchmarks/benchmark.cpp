@@ -8,6 +8,7 @@
 #include "product_services/product_services.h"
 
 #include <commctrl.h>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

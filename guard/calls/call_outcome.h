@@ -4,6 +4,7 @@
 #include "calls/guarded_environment.h"
 #include "product_services/guarded_calls.h"
 
+#include <cstdint>
 #include <string>
 
 namespace product_services_guard {

@@ -3,6 +3,7 @@
 
 #include "product_services/guarded_calls.h"
 
+#include <cstdint>
 #include <string>
 
 namespace product_services_guard {

@@ -5,6 +5,7 @@
 #include "host/host_environment.h"
 #include "product_services/guarded_calls.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 

@@ -2,6 +2,8 @@
 
 #include "host/call_environment.h"
 
+#include <cstdint>
+
 namespace product_services {
 
 /// The environment of the two exports. It writes into the host's structure, shows message boxes, opens URLs

@@ -5,6 +5,7 @@
 
 #include <product_services/guarded_calls.h>
 
+#include <cstdint>
 #include <iterator>
 
 /// What a guarded call returns and writes into its structure.

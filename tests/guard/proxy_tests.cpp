@@ -7,6 +7,7 @@
 #include "support/data_file.h"
 #include "support/loopback_server.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 
 using namespace product_services_guard;

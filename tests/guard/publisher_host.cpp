@@ -6,6 +6,7 @@
 #include "product_services/publisher.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <import_hook.h>
 #include <string>

@@ -2,6 +2,7 @@
 #include "signature/publisher_result.h"
 #include "support/data_file.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 
 using namespace product_services_guard;

@@ -1,6 +1,7 @@
 // The C++ wrapper, with fake guarded calls.
 #include <product_services/product_services.hpp>
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <thread>
 

@@ -7,6 +7,7 @@
 #include "ui/resource.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <regex>
 
 /// What a call leaves behind: "CODE TEXT" or "nothing", and after commas the exception that it threw and the

@@ -2,6 +2,7 @@
 #include "doctor/service_checks.h"
 #include "url/service_endpoint.h"
 
+#include <cstdint>
 #include <cstdlib>
 
 namespace product_services_tool {
