@@ -54,16 +54,21 @@ inline std::map<std::string, std::ptrdiff_t> CountResources()
         {"private bytes", CountPrivateBytes()}};
 }
 
-/// Runs `work` until the resources have settled and then `times` more, and expects that they do not grow.
-inline void ExpectNoGrowth(int times, const std::function<void()>& work)
+/// Runs `work` until the resources have settled and then `times` more, and expects that they do not grow. The
+/// GDI objects that the system itself keeps are not counted.
+inline void ExpectNoGrowth(
+    int times, const std::function<void()>& work,
+    const std::function<std::ptrdiff_t()>& countSystemObjects = [] { return 0; })
 {
     for (int i = 0; i < 20; ++i) {
         work();
     }
     auto before = CountResources();
+    before["GDI objects"] -= countSystemObjects();
     for (int i = 0; i < times; ++i) {
         work();
     }
+    before["GDI objects"] += countSystemObjects();
     before["kernel handles"] += 3; // another thread may be about to close some
     before["private bytes"] += 512 * 1024;
     for (const auto& [name, count] : CountResources()) {
