@@ -73,6 +73,7 @@ def test_debuggers_on_windows_find_its_functions_by_its_pdb(build, name, functio
     assert directory.entry.PdbFileName.rstrip(b"\0").decode() == pdb.name, "without a folder"
     told = run("llvm-pdbutil", "dump", "-summary", "-publics", pdb)[1]
     assert re.search(r"GUID: \{(.*)\}", told)[1].replace("-", "") == directory.entry.Signature_String[:32]
+    assert re.search(r"Signature: (\d+)", told)[1] == "0", "not the time of the build"
     assert re.search(rf"S_PUB32 .*{function}.*\n +flags = function", told)
 
 

@@ -71,8 +71,9 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
     named = {os.path.normpath("build/native/" + name.replace("\\", "/").replace("**/*", "DE/Vemo_DE"))
              for name in re.findall(r'\$\(MSBuildThisFileDirectory\)([^;"<]+\.\w+)', targets)}
     assert len(named) == 3, "one DLL, its import library, and the language files"
-    others = {"LICENSE", "licenses/curl.txt", "readme.md", "icon.png", "product-services.cdx.json",
-              "[Content_Types].xml", "_rels/.rels"}
+    licenses = {f"licenses/{path.name}" for path in (package / "licenses").iterdir()}
+    others = licenses | {"LICENSE", "readme.md", "icon.png", "product-services.cdx.json", "[Content_Types].xml",
+                         "_rels/.rels"}
     assert named | others < files
     assert not [name for name in files if name.endswith((".pdb", ".debug"))]
     assert (tmp_path / "icon.png").read_bytes().startswith(b"\x89PNG")
@@ -90,10 +91,13 @@ def test_sums_are_beside_the_packages(package):
 def test_an_archive_tells_nothing_of_when_and_where_it_was_made(package, kind):
     with zipfile.ZipFile(next(package.parent.glob(f"*.{kind}"))) as archive:
         entries = archive.infolist()
+        programs = [pefile.PE(data=archive.read(entry), fast_load=True) for entry in entries
+                    if entry.filename.endswith((".dll", ".exe"))]
     names = [entry.filename for entry in entries if entry.filename not in ("_rels/.rels", "[Content_Types].xml")]
     assert names == sorted(names)
     commit_time = int(run("git", "-C", REPOSITORY, "log", "-1", "--format=%ct")[1]) // 2 * 2  # a zip counts in twos
     assert {entry.date_time for entry in entries} == {time.gmtime(commit_time)[:6]}
+    assert {program.FILE_HEADER.TimeDateStamp // 2 * 2 for program in programs} <= {0, commit_time}
 
 
 def test_its_list_of_parts_is_what_debian_says(package):
@@ -239,6 +243,36 @@ def test_a_host_that_finds_the_package_has_the_dll_that_it_links_beside_it(packa
             assert status == 0, output
         programs = {path.name for path in (folder / "built").iterdir() if path.suffix in (".exe", ".dll")}
         assert programs == {"host.exe", dll}
+
+
+@pytest.mark.parametrize("machine", [
+    pytest.param("-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=4", id="32-bit Windows"),
+    pytest.param("-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=8 -DCMAKE_C_COMPILER_ARCHITECTURE_ID=ARM64", id="ARM64"),
+    pytest.param("-DCMAKE_SIZEOF_VOID_P=8", id="another system")])
+def test_a_host_for_another_machine_does_not_find_the_package(package, tmp_path, machine):
+    script = tmp_path / "find.cmake"
+    script.write_text(f"""include("{package}/lib/cmake/ProductServices/ProductServicesConfig.cmake")
+message("${{ProductServices_NOT_FOUND_MESSAGE}}")""")
+    refusal = "This ProductServices is for 64-bit Windows, x64.\n"
+    assert run("cmake", *machine.split(), "-P", script) == (0, refusal)
+
+
+def test_the_vcpkg_port_keeps_the_language_files_and_tells_how_the_package_is_used(package, tmp_path):
+    """With stand-ins for vcpkg's functions, of which one installs the package."""
+    port = REPOSITORY / "packaging/vcpkg"
+    names = set(re.findall(r"(?m)^vcpkg_\w+", read(port / "portfile.cmake"))) - {"vcpkg_cmake_install"}
+    functions = "".join(f"function({name})\nendfunction()\n" for name in names)
+    (tmp_path / "install.cmake").write_text(f"""{functions}function(vcpkg_cmake_install)
+    file(COPY "{package}/" DESTINATION "${{CURRENT_PACKAGES_DIR}}")
+endfunction()
+include("{port}/portfile.cmake")""")
+    assert run("cmake", f"-DCURRENT_PORT_DIR={port}", f"-DCURRENT_PACKAGES_DIR={tmp_path}/installed",
+               "-DPORT=product-services", "-P", tmp_path / "install.cmake") == (0, "")
+    shared = tmp_path / "installed/share/product-services"
+    assert (shared / "lang/DE/Vemo_DE.lang").is_file()
+    write_host_project(tmp_path, "find_package(ProductServices CONFIG REQUIRED)")
+    told = re.findall("(?m)^    (.*)$", read(shared / "usage").replace("main", "host"))
+    assert len(told) == 3 and set(told) <= set(read(tmp_path / "CMakeLists.txt").splitlines())
 
 
 def test_the_packaged_sample_host_can_be_built_from_the_package(package, plain_toolchain, tmp_path):

@@ -92,13 +92,6 @@ def test_configured_proxy_is_used_for_the_call_only(host, service, windows_proxy
     assert proxy.targets == [f"{ADDRESS}:18443"]
 
 
-def test_bypass_list_is_honoured(host, service, windows_proxy, proxy):
-    service("--answer", "empty", port=18443)
-    windows_proxy(FIXED, proxy.address, "127.*")
-    assert host(*CALL) == [UP_TO_DATE, "https_proxy: not set"]
-    assert proxy.targets == []
-
-
 def test_first_proxy_of_a_script_that_accepts_connections_is_used(host, service, windows_proxy, proxy, script):
     service("--answer", "empty", port=18443)
     url, file = script
@@ -107,12 +100,6 @@ def test_first_proxy_of_a_script_that_accepts_connections_is_used(host, service,
     windows_proxy(SCRIPT, script_url=url)
     assert host(*CALL) == [UP_TO_DATE, "https_proxy: not set"]
     assert proxy.targets == [f"{ADDRESS}:18443"]
-
-
-def test_script_that_cannot_be_fetched_counts_as_none(host, service, windows_proxy):
-    service("--answer", "empty", port=18443)
-    windows_proxy(SCRIPT, script_url=f"http://{ADDRESS}:1/proxy.pac")
-    assert host(*CALL) == [UP_TO_DATE, "https_proxy: not set"]
 
 
 def test_time_limit_covers_the_search_for_a_script(host, service, windows_proxy):

@@ -79,12 +79,14 @@ protected:
     }
 
     GuardedResult Check() { return Call("GuardedCheckForUpdates"); }
-    GuardedResult Upgrade() { return Call("GuardedUpgrade"); }
+
+    /// Requests upgrades where no upgrade center may appear. One that does is closed.
+    GuardedResult Upgrade() { return UpgradeWith(nullptr); }
 
     /// Shows the upgrade center to a user who does `action` with its window.
     GuardedResult UpgradeWith(const DialogAction& action)
     {
-        return CallWithUser(action, [this] { return Upgrade(); });
+        return CallWithUser(action, [this] { return Call("GuardedUpgrade"); });
     }
 
     /// Leaves the upgrade center with Exit.

@@ -143,7 +143,7 @@ TEST_F(OneCallAtATime, RecoversFromAThreadThatExited)
     onTimer = [] { ExitThread(0); };
     std::function<void()> upgradeUntilTimer = [this] {
         SetTimer(nullptr, 0, USER_TIMER_MINIMUM, OnTimer);
-        Upgrade();
+        Export("GuardedUpgrade")(&params);
     };
     const HANDLE thread = StartThread(upgradeUntilTimer);
     ASSERT_EQ(WaitForSingleObject(thread, 10'000), WAIT_OBJECT_0);

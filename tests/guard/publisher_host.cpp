@@ -12,6 +12,7 @@
 #include <string>
 #include <windows.h>
 
+#include <shellapi.h>
 #include <wincrypt.h>
 
 static DWORD certificateErrors;
@@ -42,6 +43,21 @@ static bool IsLeftOpen(const wchar_t* path)
     const bool isLeftOpen = file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
     CloseHandle(file);
     return isLeftOpen;
+}
+
+static BOOL WINAPI ShellExecuteHook(SHELLEXECUTEINFOW* start)
+{
+    std::printf("%s", IsLeftOpen(start->lpFile) ? "locked, " : "");
+    return ShellExecuteExW(start);
+}
+
+static BOOL WINAPI DuplicateHandleHook(
+    HANDLE owner, HANDLE file, HANDLE program, HANDLE* duplicate, DWORD access, BOOL isInherited,
+    DWORD options)
+{
+    const BOOL isKept = DuplicateHandle(owner, file, program, duplicate, access, isInherited, options);
+    std::printf("%s", isKept ? "kept locked: " : "");
+    return isKept;
 }
 
 static const wchar_t* OrNull(const std::wstring& text)
@@ -75,10 +91,15 @@ int wmain(int count, wchar_t** arguments)
         return 0;
     }
     const HMODULE windows = LoadLibraryW(L"wintrust.dll");
+    const HMODULE guard = LoadLibraryW(L"ProductServicesGuard.dll");
     ImportHook opening;
     ImportHook building;
+    ImportHook starting;
+    ImportHook duplicating;
     opening.Install(windows, "CreateFileW", reinterpret_cast<void*>(CreateFileHook));
     building.Install(windows, "CertGetCertificateChain", reinterpret_cast<void*>(GetCertificateChainHook));
+    starting.Install(guard, "ShellExecuteExW", reinterpret_cast<void*>(ShellExecuteHook));
+    duplicating.Install(guard, "DuplicateHandle", reinterpret_cast<void*>(DuplicateHandleHook));
     for (int i = 1; i + 2 < count; i += 3) {
         VerifyOne(arguments[i], arguments[i + 1], arguments[i + 2]);
     }

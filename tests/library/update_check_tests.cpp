@@ -12,6 +12,13 @@ BOOL WINAPI GetComputerNameStub(wchar_t* name, DWORD* size)
     return TRUE;
 }
 
+// Unlike that of Windows, Wine's function accepts null.
+wchar_t* WINAPI StrCpyStub(wchar_t* buffer, const wchar_t* text)
+{
+    EXPECT_NE(buffer, nullptr);
+    return lstrcpyW(buffer, text);
+}
+
 // The hash of the text in UTF-16, in lower-case hexadecimal digits.
 std::string ComputeSha256(std::wstring text)
 {
@@ -179,6 +186,7 @@ TEST_F(UpdateCheck, AcceptsNullTexts)
     Export("Upgrade")(nullptr);
     EXPECT_TRUE(RequestsMatch("^$"));
     EXPECT_EQ(Check(), L"200 u");
+    ReplaceImport("StrCpyW", StrCpyStub);
     passTextBuffer = false;
     EXPECT_EQ(Check(), L"200 " + std::wstring(64 * 1024, L'#'));
     host.productName = nullptr;

@@ -65,6 +65,8 @@ TEST_F(UpgradeWindow, ShowsTheTextsOfTheLanguage)
         EXPECT_EQ(window_automation::ColumnHeading(OfferList(center), 1), L"text 24");
     });
     EXPECT_EQ(outcome, L"540 text 67");
+    host.productName = nullptr;
+    OpenAndExit([](HWND center) { EXPECT_EQ(window_automation::WindowText(center), L" - text 22"); });
 }
 
 TEST_F(UpgradeWindow, ListsOffersInOrder)
@@ -120,7 +122,7 @@ TEST_F(UpgradeWindow, SupportsTheKeyboard)
     OpenAndExit([&](HWND center) {
         const HWND buy = GetDlgItem(center, IDOK);
         EXPECT_TRUE(WaitForFocus(buy));
-        EXPECT_EQ(LOWORD(SendMessageW(center, DM_GETDEFID, 0, 0)), IDOK);
+        EXPECT_TRUE(SendMessageW(buy, WM_GETDLGCODE, 0, 0) & DLGC_DEFPUSHBUTTON);
         for (const HWND next : {GetDlgItem(center, IDCANCEL), OfferList(center), buy}) {
             PostMessageW(window_automation::FocusedWindowOfThread(center), WM_KEYDOWN, VK_TAB, 0);
             EXPECT_TRUE(WaitForFocus(next));
@@ -131,6 +133,8 @@ TEST_F(UpgradeWindow, SupportsTheKeyboard)
 TEST_F(UpgradeWindow, PaintsTheProductLinesPicture)
 {
     const nlohmann::ordered_json table = ReadDataFile("library/pictures.json");
+    records.Write(L"P        P\\1.0", L"key", L"product-key");
+    host.productName = L"P        P";
     for (const auto& [name, line] : table["lines"].items()) {
         SCOPED_TRACE(name);
         const std::wstring apiKey = ToWide(line["api key"]);
@@ -138,8 +142,8 @@ TEST_F(UpgradeWindow, PaintsTheProductLinesPicture)
         const auto& colours = table["colours"][line["picture"].get<std::string>()];
         OpenAndExit([&](HWND center) {
             EXPECT_TRUE(WaitForPixelColor(center, {30, 400}, ToColorRef(colours["left"])));
-            EXPECT_TRUE(WaitForPixelColor(center, {600, 28}, ToColorRef(colours["behind the heading"])))
-                << "right of its text";
+            EXPECT_TRUE(WaitForPixelColor(center, {270, 28}, ToColorRef(colours["behind the heading"])))
+                << "between its letters";
         });
     }
 }
