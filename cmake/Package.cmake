@@ -36,7 +36,7 @@ install(FILES ${tool_files} DESTINATION tools)
 install(PROGRAMS "$<TARGET_FILE:ProductServicesTool>" DESTINATION tools)
 
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/README.md" DESTINATION .)
-foreach(document compatibility.md getting-started.md host-guide.md installers.md language-files.md reference.md
+foreach(document administrators.md compatibility.md getting-started.md host-guide.md installers.md language-files.md reference.md
         service.md translating.md troubleshooting.md upgrade-center-texts.png)
     install(FILES "${PROJECT_SOURCE_DIR}/docs/${document}" DESTINATION docs)
 endforeach()
@@ -51,6 +51,8 @@ install(CODE "set(package \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
     endforeach()
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/brand_package.py]==]
         [==[${SAMPLE_FAMILY_JSON}]==] [==[${FAMILY_JSON}]==] \"\${package}\" COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/policy_templates.py]==]
+        [==[${FAMILY_JSON}]==] \"\${package}/policies\" COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/make_sbom.py]==]
         \"\${package}\" --family [==[${FAMILY_JSON}]==] --version ${PROJECT_VERSION}
         --commit \"\${SOURCE_COMMIT}\" --deps [==[${PROJECT_SOURCE_DIR}/build/deps]==] COMMAND_ERROR_IS_FATAL ANY)")

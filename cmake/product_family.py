@@ -158,6 +158,11 @@ def escape_for_cpp(text):
     return re.sub(r"\\x....", r'\g<0>" L"', escape_for_rc(text))
 
 
+def policy_registry_path(family):
+    """Where administrators disable calls, below both hives."""
+    return rf"Software\Policies\{family['maker']}\{family['package_id']}"
+
+
 def write_headers(family, folder):
     address = family["service_base_address"]
     values = {
@@ -167,6 +172,7 @@ def write_headers(family, folder):
         "SERVICE_BASE_ADDRESS": escape_for_cpp(address),
         "SERVICE_HOST": escape_for_cpp(urllib.parse.urlsplit(address).netloc),
         "RECORD_REGISTRY_PATH": escape_for_cpp(family["record_registry_path"]),
+        "POLICY_REGISTRY_PATH": escape_for_cpp(policy_registry_path(family)),
         "MAKER_IN_CPP": escape_for_cpp(family["maker"]),
         **{f"KEY_{number}": escape_for_cpp(key) for number, key in enumerate(family["known_api_keys"], 1)},
     }

@@ -15,6 +15,7 @@ from sample_window import open_sample_host
 DRIVE = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"), "drive_c")
 USERS_KEY, MACHINES_KEY = MAKER_KEY, MAKER_KEY.replace("HKCU", "HKLM")
 UNINSTALL_KEY = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall"
+POLICIES = r"HKLM\Software\Policies\Example Maker"
 INSTALLERS = REPOSITORY / "samples/installer"
 
 
@@ -37,19 +38,19 @@ def msiexec(installers, wine):
     """Installs and removes packages; all of them, and all records, are removed in the end."""
     wine("reg", "delete", MAKER_KEY, "/f")
 
-    def run_msiexec(option, release, scope):
-        status, output = wine("msiexec", option, installers[release, scope], "/qn")
+    def run_msiexec(option, release, scope, *properties):
+        status, output = wine("msiexec", option, installers[release, scope], "/qn", *properties)
         assert status == 0, (option, release, scope, output)
     yield run_msiexec
     for path in installers.values():
         wine("msiexec", "/x", path, "/qn")
-    for key in (USERS_KEY, MACHINES_KEY):
+    for key in (USERS_KEY, MACHINES_KEY, POLICIES):
         wine("reg", "delete", key, "/f")
 
 
 def left_behind(wine):
     """Files and registry lines of the installed product."""
-    keys = "\n".join(wine("reg", "query", key, "/s")[1] for key in (USERS_KEY, MACHINES_KEY, UNINSTALL_KEY))
+    keys = "\n".join(wine("reg", "query", key, "/s")[1] for key in (USERS_KEY, MACHINES_KEY, UNINSTALL_KEY, POLICIES))
     return [*DRIVE.rglob("*Example*")] + re.findall(".*Example.*", keys)
 
 
@@ -60,7 +61,8 @@ def record(wine, key):
 def test_a_product_is_installed_used_upgraded_and_removed(msiexec, trusted_service, wine):
     assert left_behind(wine) == []
     msiexec("/i", "2026.1", "user")
-    msiexec("/i", "2026.1", "machine")
+    msiexec("/i", "2026.1", "machine", "ADDLOCAL=Complete,DisableUpgradeCenter")
+    assert re.findall(r"(\w+) +REG_DWORD +0x1", wine("reg", "query", POLICIES, "/s")[1]) == ["DisableUpgradeCenter"]
     folder, = DRIVE.glob("users/*/AppData/Local/Programs/Example Draft")
     for installed in (folder, DRIVE / "Program Files/Example Draft"):
         assert sorted(path.name for path in installed.glob("*.*")) == ["ProductServicesGuard.dll", "SampleHost.exe"]
@@ -129,7 +131,8 @@ def inno_list():
     rows = [dict(re.findall(r'(\w+): "?([^";]+)"?', line)) for line in script.splitlines() if ";" in line]
     files = [f'{row["DestDir"]}\\{row.get("DestName") or row["Source"].rpartition(chr(92))[2]}'.removeprefix("{app}\\")
              for row in rows if "DestDir" in row]
-    values = [(row["Subkey"], row["ValueName"], row["ValueData"]) for row in rows if "ValueData" in row]
+    values = [(row["Subkey"], row["ValueName"], row["ValueData"]) for row in rows if "ValueData" in row
+              and "Products" in row["Subkey"]]
     keys = [row["Subkey"] for row in rows if row.get("Flags") == "uninsdeletekey"]
     return files, files, values, keys
 

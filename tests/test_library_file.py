@@ -15,7 +15,8 @@ WINDOWS = "advapi32 bcrypt comctl32 crypt32 gdi32 kernel32 msvcrt ole32 oleaut32
 
 EXPORTS = {
     "ProductServices": [b"CheckForUpdates", b"Upgrade"],
-    "ProductServicesGuard": [b"GuardedCheckForUpdates", b"GuardedUpgrade", b"StartVerifiedFile", b"VerifyPublisher"],
+    "ProductServicesGuard": [b"GetDisabledCalls", b"GetStartCheckDelay", b"GuardedCheckForUpdates", b"GuardedUpgrade",
+                             b"StartVerifiedFile", b"VerifyPublisher"],
 }
 
 

@@ -6,6 +6,7 @@ import re
 import sys
 import threading
 import time
+import xml.etree.ElementTree
 
 import pytest
 
@@ -85,3 +86,27 @@ def test_script_host_reads_the_result(folder, start_service):
     tool.chmod(0o755)
     status, output = run(sys.executable, "-B", REPOSITORY / "samples/script_host/check_for_updates.py", tool)
     assert (status, output) == (0, "a newer release is at https://localhost:18443/buy\n")
+
+
+def test_policy_templates_name_what_disables_a_check(tool, folder, start_service, wine):
+    start_service()
+    assert run(sys.executable, "-B", REPOSITORY / "cmake/policy_templates.py",
+               REPOSITORY / "product_family/sample/product_family.json", folder / "policies") == (0, "")
+    template, = folder.glob("policies/*.admx")
+    uses = set(re.findall(r"\$\(string\.(\w+)\)", template.read_text("utf-8")))
+    translations = list(folder.glob("policies/*/*.adml"))
+    assert len(translations) == 11
+    for file in translations:
+        strings = xml.etree.ElementTree.parse(file).findall(".//{*}stringTable/{*}string")
+        assert {string.get("id") for string in strings} == uses, file
+    policy = xml.etree.ElementTree.parse(template).find(".//{*}policy[@name='DisableUpdateCheck']")
+    key = "HKCU\\" + policy.get("key")
+    try:
+        for state, outcome in (("enabledValue", "DISABLED_BY_POLICY"), ("disabledValue", "NEWER_RELEASE")):
+            value = policy.find(f"{{*}}{state}/{{*}}decimal").get("value")
+            wine("reg", "add", key, "/v", policy.get("valueName"), "/t", "REG_DWORD", "/d", value, "/f")
+            assert json.loads(tool("check", "--json")[1])["outcome"] == outcome
+            is_told = "warning  policy: " in tool("doctor")[1]
+            assert is_told == (state == "enabledValue")
+    finally:
+        wine("reg", "delete", key.rpartition("\\")[0], "/f")

@@ -7,6 +7,8 @@
 #include "calls/call_params.h"
 #include "calls/dpi_awareness_scope.h"
 #include "calls/guarded_environment.h"
+#include "calls/start_check_delay.h"
+#include "policy/policy.h"
 #include "update/update_check.h"
 #include "upgrade/upgrade_center.h"
 
@@ -76,6 +78,14 @@ CallOutcome ValidateAndCall(const GuardedCallParams& params, GuardedFunction fun
     if (params.cancelFlag && *params.cancelFlag != 0) {
         return {PRODUCT_SERVICES_OUTCOME_CANCELLED, L"The call was cancelled."};
     }
+    const bool isCheck = function == GuardedFunction::CheckForUpdates;
+    if (IsDisabledByPolicy(
+            isCheck ? PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES : PRODUCT_SERVICES_DISABLED_UPGRADE)) {
+        return {
+            PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY,
+            isCheck ? L"An administrator has disabled update checks."
+                    : L"An administrator has disabled the upgrade center."};
+    }
     return CallGuarded(params, function);
 }
 
@@ -107,4 +117,18 @@ ProductServicesOutcome PRODUCT_SERVICES_CALL GuardedCheckForUpdates(GuardedCallP
 ProductServicesOutcome PRODUCT_SERVICES_CALL GuardedUpgrade(GuardedCallParams* params)
 {
     return MakeGuardedCall(params, GuardedFunction::Upgrade);
+}
+
+std::uint32_t PRODUCT_SERVICES_CALL GetDisabledCalls()
+{
+    std::uint32_t disabled = 0;
+    for (const auto call : {PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES, PRODUCT_SERVICES_DISABLED_UPGRADE}) {
+        disabled |= IsDisabledByPolicy(call) ? std::uint32_t{call} : 0;
+    }
+    return disabled;
+}
+
+std::uint32_t PRODUCT_SERVICES_CALL GetStartCheckDelay()
+{
+    return StartCheckDelayMs();
 }

@@ -68,7 +68,9 @@ typedef enum ProductServicesOutcome PRODUCT_SERVICES_ENUM_TYPE
     PRODUCT_SERVICES_OUTCOME_BUSY = 15,
     /** A member of the structure has an invalid value, and nothing was sent. The text says which. If the
      * structure is null or its size is not set, nothing was written either. */
-    PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER = 16
+    PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER = 16,
+    /** An administrator has disabled the call, see GetDisabledCalls. Nothing was sent or shown. */
+    PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY = 17
 } ProductServicesOutcome;
 
 /** Flags for GuardedCallParams::options. Without flags, a call has the safe defaults. */
@@ -95,6 +97,15 @@ typedef enum ProductServicesOptions PRODUCT_SERVICES_ENUM_TYPE
      */
     PRODUCT_SERVICES_OPTION_SYSTEM_PROXY = 8
 } ProductServicesOptions;
+
+/** Flags of GetDisabledCalls. */
+typedef enum ProductServicesDisabledCalls PRODUCT_SERVICES_ENUM_TYPE
+{
+    /** GuardedCheckForUpdates. */
+    PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES = 1,
+    /** GuardedUpgrade. */
+    PRODUCT_SERVICES_DISABLED_UPGRADE = 2
+} ProductServicesDisabledCalls;
 
 /** For GuardedCallParams::timeLimitMs: no limit. */
 #define PRODUCT_SERVICES_NO_TIME_LIMIT 0xFFFFFFFFu
@@ -190,6 +201,23 @@ GuardedCheckForUpdates(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
 /** Shows the upgrade center if the service has offers. The host has to report every other outcome itself. */
 ProductServicesOutcome PRODUCT_SERVICES_CALL
 GuardedUpgrade(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
+
+/**
+ * Says which calls an administrator has disabled, as a bitwise OR of ProductServicesDisabledCalls flags: ask
+ * before you show the commands for them. Such a call ends with PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY.
+ *
+ * The policy is read anew each time: the values DisableUpdateCheck and DisableUpgradeCenter (DWORD 1) in
+ * Software\Policies\<maker>\<package_id>, first of HKEY_LOCAL_MACHINE and, if there is no such value, of
+ * HKEY_CURRENT_USER. Any thread may call this at any time.
+ */
+uint32_t PRODUCT_SERVICES_CALL GetDisabledCalls(void);
+
+/**
+ * Returns how many milliseconds a host should wait after its start before it makes a quiet check, so that not
+ * all computers ask the service at the same moment: less than two minutes, always the same on one computer.
+ * Any thread may call this at any time.
+ */
+uint32_t PRODUCT_SERVICES_CALL GetStartCheckDelay(void);
 
 #ifdef __cplusplus
 }

@@ -18,6 +18,8 @@
 #include <version>
 
 #ifdef __cpp_lib_jthread
+#include <condition_variable>
+#include <mutex>
 #include <stop_token>
 #endif
 
@@ -44,7 +46,8 @@ enum class Outcome : std::uint32_t
     UntrustedAddress = PRODUCT_SERVICES_OUTCOME_UNTRUSTED_ADDRESS, ///< ..._OUTCOME_UNTRUSTED_ADDRESS.
     InvalidReply = PRODUCT_SERVICES_OUTCOME_INVALID_REPLY,         ///< ..._OUTCOME_INVALID_REPLY.
     Busy = PRODUCT_SERVICES_OUTCOME_BUSY,                          ///< ..._OUTCOME_BUSY.
-    InvalidParameter = PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER  ///< ..._OUTCOME_INVALID_PARAMETER.
+    InvalidParameter = PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER, ///< ..._OUTCOME_INVALID_PARAMETER.
+    DisabledByPolicy = PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY ///< ..._OUTCOME_DISABLED_BY_POLICY.
 };
 
 /// The parameters of a call.
@@ -175,6 +178,31 @@ inline CallResult Call(decltype(&GuardedUpgrade) function, const CallParams& par
 {
     return detail::Call(&GuardedUpgrade, params);
 }
+
+/// Whether an administrator has disabled update checks: do not show a command for them.
+[[nodiscard]] inline bool IsUpdateCheckDisabled()
+{
+    return (GetDisabledCalls() & PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES) != 0;
+}
+
+/// Whether an administrator has disabled the upgrade center: do not show a command for it.
+[[nodiscard]] inline bool IsUpgradeCenterDisabled()
+{
+    return (GetDisabledCalls() & PRODUCT_SERVICES_DISABLED_UPGRADE) != 0;
+}
+
+#ifdef __cpp_lib_jthread
+/// Waits on a worker thread for as long as GetStartCheckDelay says. Returns false as soon as a stop is
+/// requested: make no check then.
+[[nodiscard]] inline bool WaitForStartCheck(const std::stop_token& stopToken)
+{
+    std::mutex mutex;
+    std::unique_lock lock(mutex);
+    const std::chrono::milliseconds delay(GetStartCheckDelay());
+    std::condition_variable_any().wait_for(lock, stopToken, delay, [] { return false; });
+    return !stopToken.stop_requested();
+}
+#endif
 
 /// Verifies that a downloaded file is signed by one of the publishers, as ::VerifyPublisher does.
 /// `publishers` has one name in each line.

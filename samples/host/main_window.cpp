@@ -111,6 +111,12 @@ void MainWindow::UpdateMenu(HMENU menu) const
     const UINT state = m_isCalling ? MF_GRAYED : MF_ENABLED;
     EnableMenuItem(menu, IDM_CHECK, MF_BYCOMMAND | state);
     EnableMenuItem(menu, IDM_UPGRADE, MF_BYCOMMAND | state);
+    if (product_services::IsUpdateCheckDisabled()) {
+        DeleteMenu(menu, IDM_CHECK, MF_BYCOMMAND);
+    }
+    if (product_services::IsUpgradeCenterDisabled()) {
+        DeleteMenu(menu, IDM_UPGRADE, MF_BYCOMMAND);
+    }
 }
 
 void MainWindow::Close()

@@ -83,6 +83,8 @@ Notice MakeNotice(Call call, const CallResult& result)
     case Outcome::UntrustedAddress:
         // The text is the address, which the user is not to be led to.
         return {Warning, L"The update service named an address that is not ours. It was not opened."};
+    case Outcome::DisabledByPolicy:
+        return {StatusOnly, L"Your administrator has disabled this."};
     case Outcome::Busy:
         return {Information, L"Another request is still in progress. Please try again in a moment."};
     case Outcome::InvalidReply:

@@ -31,3 +31,12 @@ Root: HKCU; Subkey: "Software\Example Maker\Products"; Flags: uninsdeletekeyifem
 Root: HKCU; Subkey: "Software\Example Maker\Products\Example Draft"; Flags: uninsdeletekeyifempty
 Root: HKCU; Subkey: "Software\Example Maker\Products\Example Draft\2026.1"; ValueType: string; ValueName: "key"; ValueData: "DRAFT-2026-DEMO"; Flags: uninsdeletekey
 Root: HKCU; Subkey: "Software\Example Maker\Products\Example Draft\2026.1"; ValueType: string; ValueName: "version"; ValueData: "2026.1"
+; For administrators, in an installer for all users: /DisableUpdateCheck=1 and /DisableUpgradeCenter=1 set the policies.
+Root: HKLM64; Subkey: "Software\Policies\Example Maker\ExampleMaker.ProductServices"; ValueType: dword; ValueName: "DisableUpdateCheck"; ValueData: "1"; Check: IsAdminInstallMode and IsWanted('DisableUpdateCheck'); Flags: uninsdeletevalue uninsdeletekeyifempty
+Root: HKLM64; Subkey: "Software\Policies\Example Maker\ExampleMaker.ProductServices"; ValueType: dword; ValueName: "DisableUpgradeCenter"; ValueData: "1"; Check: IsAdminInstallMode and IsWanted('DisableUpgradeCenter'); Flags: uninsdeletevalue uninsdeletekeyifempty
+
+[Code]
+function IsWanted(Parameter: String): Boolean;
+begin
+  Result := ExpandConstant('{param:' + Parameter + '|0}') = '1';
+end;

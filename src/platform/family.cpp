@@ -12,6 +12,7 @@ constinit const ProductFamily Family{
     product_family::PackageId,
     product_family::ServiceBaseAddress,
     product_family::RecordRegistryPath,
+    product_family::PolicyRegistryPath,
     {KnownApiKeys[0], KnownApiKeys[1], KnownApiKeys[2], KnownApiKeys[3], KnownApiKeys[4], KnownApiKeys[5]}};
 
 } // namespace product_services

@@ -8,6 +8,7 @@ struct ProductFamily
     const wchar_t* packageId;
     const wchar_t* serviceBaseAddress;
     const wchar_t* recordRegistryPath;
+    const wchar_t* policyRegistryPath;
     const wchar_t* knownApiKeys[6];
 };
 

@@ -38,7 +38,8 @@ inline const char* Name(ProductServicesOutcome outcome)
         "UNTRUSTED_ADDRESS",
         "INVALID_REPLY",
         "BUSY",
-        "INVALID_PARAMETER"};
+        "INVALID_PARAMETER",
+        "DISABLED_BY_POLICY"};
     return outcome < std::size(Names) ? Names[outcome] : "an unknown outcome";
 }
 

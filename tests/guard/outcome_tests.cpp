@@ -4,6 +4,9 @@
 #include "support/text_assertions.h"
 #include "ui/resource.h"
 
+#include <optional>
+#include <set>
+
 namespace {
 
 using GuardedCheck = GuardTest;
@@ -165,6 +168,65 @@ TEST_F(GuardedCheck, ReportsOnlyStrictHttpsUrls)
         const bool isTrusted = outcome == PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE;
         EXPECT_EQ(Check(), (GuardedResult{outcome, url, isTrusted ? 200 : PRODUCT_SERVICES_NO_RESULT}));
     }
+}
+
+TEST_F(GuardedCheck, SendsNothingIfDisabledByPolicy)
+{
+    const struct
+    {
+        const char* name;
+        const wchar_t* value;
+        std::optional<DWORD> machine;
+        std::optional<DWORD> user;
+        std::uint32_t disabled;
+    } cases[]{
+        {"no policy", L"DisableUpdateCheck", {}, {}, 0},
+        {"checks", L"DisableUpdateCheck", 1, {}, PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES},
+        {"the user's upgrade center", L"DisableUpgradeCenter", {}, 1, PRODUCT_SERVICES_DISABLED_UPGRADE},
+        {"the computer's comes first", L"DisableUpdateCheck", 0, 1, 0},
+    };
+    constexpr const wchar_t* Path = product_family::PolicyRegistryPath;
+    const auto getDisabledCalls = GetExport<decltype(&GetDisabledCalls)>("GetDisabledCalls");
+    for (const auto& [name, value, machine, user, disabled] : cases) {
+        SCOPED_TRACE(name);
+        boxes.clear();
+        service.Answer("");
+        const MachineRegistry registry;
+        for (const auto& [root, number] :
+             {std::pair(HKEY_LOCAL_MACHINE, machine), {HKEY_CURRENT_USER, user}}) {
+            if (number) {
+                RegSetKeyValueW(root, Path, value, REG_DWORD, &*number, sizeof *number);
+            }
+        }
+        EXPECT_EQ(getDisabledCalls(), disabled);
+        const bool isCheckDisabled = disabled == PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES;
+        const bool isUpgradeDisabled = disabled == PRODUCT_SERVICES_DISABLED_UPGRADE;
+        EXPECT_EQ(Check().outcome == PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY, isCheckDisabled);
+        EXPECT_EQ(Upgrade().outcome == PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY, isUpgradeDisabled);
+        EXPECT_EQ(boxes.empty(), isCheckDisabled);
+        const std::string requests = service.TakeRequests();
+        EXPECT_EQ(requests.find("&up=1") == requests.npos, isCheckDisabled) << requests;
+        EXPECT_EQ(requests.find("/check.php") == requests.npos, isUpgradeDisabled) << requests;
+        RegDeleteTreeW(HKEY_CURRENT_USER, Path);
+    }
+    const std::wstring path = Path;
+    RegDeleteKeyW(HKEY_CURRENT_USER, path.substr(0, path.rfind(L'\\')).c_str());
+}
+
+TEST_F(GuardedCheck, IsDelayedAtStartByComputer)
+{
+    const auto getDelay = GetExport<decltype(&GetStartCheckDelay)>("GetStartCheckDelay");
+    std::set<std::uint32_t> delays;
+    for (const std::wstring guid : {L"one", L"another", L"one"}) {
+        const MachineRegistry registry;
+        const auto size = static_cast<DWORD>((guid.size() + 1) * sizeof(wchar_t));
+        RegSetKeyValueW(
+            HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography", L"MachineGuid", REG_SZ, guid.c_str(),
+            size);
+        delays.insert(getDelay());
+    }
+    EXPECT_EQ(delays.size(), 2u);
+    EXPECT_LT(*delays.rbegin(), 120'000u);
 }
 
 TEST_F(GuardedUpgradeCenter, ClassifiesReplies)

@@ -111,6 +111,11 @@ TEST(Doctor, ChecksTheProduct)
         {"a short API key", CheckApiKey(L"1234567"), L"ok       API key: 7 characters"},
         {"an empty key", CheckRecordKey({REG_SZ, L""}),
          L"error    product key: is empty: a call sends nothing"},
+        {"no policy", CheckPolicy({}),
+         L"ok       policy: Software\\Policies\\Tests Maker\\TestsMaker.ProductServices disables nothing"},
+        {"a policy", CheckPolicy({.disablesCheck = true, .disablesUpgrade = true}),
+         L"warning  policy: Software\\Policies\\Tests Maker\\TestsMaker.ProductServices disables update "
+         L"checks and the upgrade center"},
         {"a scaled display", CheckDisplayScaling(150),
          L"warning  display scaling: 150 %: the upgrade center is enlarged by Windows in a guarded call; in "
          L"a direct call and with the host's own DPI awareness its picture stays small"},

@@ -84,6 +84,10 @@ bool AddUpdateQuery(FindingCollector& findings, const Options& options, const Tr
     product_services::ProductRecord record(
         product_services::FindProductRecord(options.product, options.version));
     record.Load();
+    if (GetPolicy().disablesCheck) {
+        findings.Add(Skip(L"update query", L"update checks are disabled by policy", help_anchors::Nothing));
+        return true;
+    }
     if (options.apiKey.empty() || record.Read(L"key").empty()) {
         findings.Add(
             MakeSkippedFinding(L"update query", L"a key is empty or missing", help_anchors::Nothing));
@@ -137,6 +141,7 @@ int RunDoctor(const Options& options)
     findings.AddSecretKey(record.key.text);
     AddProgramFiles(findings, options);
     AddProduct(findings, options, record);
+    findings.Add(CheckPolicy(GetPolicy()));
     findings.Add(CheckLanguageFile(ReadLanguageFile(options.languageId)));
     findings.Add(CheckDisplayScaling(GetDisplayScaling()));
     TransferSettings settings;

@@ -61,6 +61,16 @@ Finding CheckRecordKey(const RegistryValue& value);
 Finding CheckRecordVersion(const RegistryValue& value);
 Finding CheckApiKey(const std::wstring& apiKey);
 
+/// What an administrator has disabled.
+struct Policy
+{
+    bool disablesCheck = false;
+    bool disablesUpgrade = false;
+};
+
+Policy GetPolicy();
+Finding CheckPolicy(const Policy& policy);
+
 /// The language file of a language.
 struct LanguageFile
 {

@@ -5,6 +5,7 @@
 #include "platform/family.h"
 #include "platform/product_record.h"
 #include "platform/registry.h"
+#include "policy/policy.h"
 
 namespace product_services_tool {
 namespace {
@@ -81,6 +82,31 @@ Finding CheckApiKey(const std::wstring& apiKey)
         return {Severity::Error, L"API key", L"is empty: a call sends nothing", help_anchors::Nothing};
     }
     return {Severity::Ok, L"API key", MaskKey(apiKey), help_anchors::Nothing};
+}
+
+Policy GetPolicy()
+{
+    return {
+        product_services_guard::IsDisabledByPolicy(PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES),
+        product_services_guard::IsDisabledByPolicy(PRODUCT_SERVICES_DISABLED_UPGRADE)};
+}
+
+Finding CheckPolicy(const Policy& policy)
+{
+    Finding finding{
+        Severity::Ok, L"policy", product_services::Family.policyRegistryPath, help_anchors::Nothing};
+    if (!policy.disablesCheck && !policy.disablesUpgrade) {
+        finding.message += L" disables nothing";
+        return finding;
+    }
+    finding.severity = Severity::Warning;
+    if (!policy.disablesUpgrade) {
+        finding.message += L" disables update checks";
+    } else {
+        finding.message += policy.disablesCheck ? L" disables update checks and the upgrade center"
+                                                : L" disables the upgrade center";
+    }
+    return finding;
 }
 
 int GetDisplayScaling()

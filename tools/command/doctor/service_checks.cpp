@@ -246,7 +246,10 @@ Finding CheckUpdateQuery(
 
 Finding CheckQuietCall(const CallResult& result)
 {
-    const Severity severity = IsAnswered(result.outcome) ? Severity::Ok : Severity::Error;
+    Severity severity = IsAnswered(result.outcome) ? Severity::Ok : Severity::Error;
+    if (result.outcome == PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY) {
+        severity = Severity::Warning;
+    }
     return {severity, L"quiet check", ToLine(result), HelpAnchorFor(result.outcome)};
 }
 

@@ -1,0 +1,23 @@
+#include "calls/start_check_delay.h"
+
+#include "platform/registry.h"
+
+#include <functional>
+
+namespace product_services_guard {
+namespace {
+
+constexpr std::uint32_t MaxDelayMs = 120'000;
+
+} // namespace
+
+// Not by the identifier that the service gets, which the core keeps without a lock.
+std::uint32_t StartCheckDelayMs()
+{
+    const auto key =
+        product_services::OpenRegistryKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography");
+    const auto guid = key ? product_services::ReadRegistryText(key.get(), L"MachineGuid") : std::nullopt;
+    return static_cast<std::uint32_t>(std::hash<std::wstring>()(guid.value_or(L"")) % MaxDelayMs);
+}
+
+} // namespace product_services_guard
