@@ -15,7 +15,7 @@ readonly packages=(
   nlohmann-json3-dev libcli11-dev googletest
   wine wine64 xvfb fonts-wine xdotool imagemagick
   clang llvm openssl osslsigncode pkgconf python3 python3-pefile python3-pytest wixl msitools
-  python3-polib gettext fonts-wqy-microhei
+  python3-polib gettext fonts-wqy-microhei php-cgi
   "$@"
 )
 
@@ -111,6 +111,17 @@ build_curl() {
   rm -rf "$work"
 }
 
+# Unpacked and not installed: the installed package would start a service of its own. php-cgi brings its libraries.
+unpack_nginx() {
+  [ -x "$deps/nginx/usr/sbin/nginx" ] && return 0
+  rm -rf "$deps"/nginx "$deps"/nginx.??????
+  local work; work=$(mktemp -d "$deps/nginx.XXXXXX")
+  say "Fetching nginx"
+  (cd "$work" && apt-get download nginx && dpkg-deb -x nginx_*.deb .) >"$deps/nginx.log" 2>&1 \
+    || { rm -rf "$work"; fail "nginx could not be fetched (no network, or old package lists: apt-get update); see $deps/nginx.log."; }
+  mv "$work" "$deps/nginx"
+}
+
 # copy_headers NAME FOLDER: a library that is headers only; a copy keeps /usr/include off the cross compiler's path.
 copy_headers() {
   diff -rq "/usr/include/$1" "$deps/$2/$1" >/dev/null 2>&1 && return 0
@@ -141,6 +152,7 @@ mkdir -p "$deps"
 require_space
 install_packages
 build_curl
+unpack_nginx
 copy_headers nlohmann json
 copy_headers CLI cli11
 copy_licenses

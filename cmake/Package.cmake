@@ -26,12 +26,14 @@ install(FILES ${msvc_import_libraries} DESTINATION lib)
 install(FILES ${po_files} "${PROJECT_SOURCE_DIR}/languages/product_services.pot" DESTINATION languages)
 install(PROGRAMS "$<TARGET_FILE:SampleHost>" DESTINATION bin)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/samples/minimal_hosts" "${PROJECT_SOURCE_DIR}/samples/host"
-    "${PROJECT_SOURCE_DIR}/samples/other_languages" "${PROJECT_SOURCE_DIR}/samples/script_host" DESTINATION samples)
+    "${PROJECT_SOURCE_DIR}/samples/other_languages" "${PROJECT_SOURCE_DIR}/samples/script_host"
+    "${PROJECT_SOURCE_DIR}/samples/service" DESTINATION samples)
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION samples/host RENAME CMakeLists.txt)
 install(FILES "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/samples/installer" DESTINATION samples PATTERN build.sh EXCLUDE)
-install(FILES "${PROJECT_SOURCE_DIR}/tools/product_service.py" "${PROJECT_SOURCE_DIR}/tools/catalogue.json"
-    DESTINATION tools)
+foreach(file catalogue.json nginx_export.py product_catalogue.py product_service.py)
+    install(FILES "${PROJECT_SOURCE_DIR}/tools/${file}" DESTINATION tools)
+endforeach()
 install(FILES ${tool_files} DESTINATION tools)
 install(PROGRAMS "$<TARGET_FILE:ProductServicesTool>" DESTINATION tools)
 

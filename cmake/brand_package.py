@@ -113,7 +113,7 @@ def unlink_missing(text, folder):
 
 # Only the comments of translations name a product.
 ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), escape_c),
-           **dict.fromkeys((".cs", ".go", ".json", ".py", ".rs"), escape_json),
+           **dict.fromkeys((".cs", ".go", ".json", ".php", ".py", ".rs"), escape_json),
            **dict.fromkeys((".po", ".pot", ".txt"), str),
            ".pas": escape_pascal, ".wxs": escape_wix, ".wxi": escape_wix, ".iss": escape_inno, ".nsi": escape_nsis}
 

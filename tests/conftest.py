@@ -201,8 +201,8 @@ def service(service_command, tmp_path):
 
 
 @pytest.fixture
-def trusted_service(service, service_command, tmp_path):
-    """Starts the development service on the sample family's port, with a certificate that Wine trusts meanwhile."""
+def trusted_certificate(service_command, tmp_path):
+    """The file of a service's key and certificate, which Wine trusts meanwhile."""
     certificate = tmp_path / "service.pem"
     environment = {**os.environ, "WINE": str(REPOSITORY / "scripts/run_wine.sh")}
 
@@ -211,5 +211,11 @@ def trusted_service(service, service_command, tmp_path):
 
     status, output = change_trust("--trust")
     assert status == 0, output
-    yield lambda *options: service("--certificate", certificate, *options, port=18443)
+    yield certificate
     change_trust("--untrust")
+
+
+@pytest.fixture
+def trusted_service(service, trusted_certificate):
+    """Starts the development service on the sample family's port, with a certificate that Wine trusts."""
+    return lambda *options: service("--certificate", trusted_certificate, *options, port=18443)

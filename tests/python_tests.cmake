@@ -38,7 +38,7 @@ file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 
 # Each file is run with the folder of the built programs at hand and its own folders in the build. The longest first.
 set(on_debian test_doctor test_tool test_installer test_package test_certificates test_system_proxy test_sample_host test_consumer
-    test_publisher test_crash test_library_file test_documents test_other_languages)
+    test_publisher test_service_samples test_crash test_library_file test_documents test_other_languages)
 set(everywhere test_guard_programs test_product_family test_product_service test_languages)
 foreach(name IN LISTS everywhere on_debian)
     if(name IN_LIST on_debian AND NOT MINGW)
@@ -61,7 +61,7 @@ foreach(name test_tool test_installer test_sample_host)
         set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK "sample_product;display" COST 100)
     endif()
 endforeach()
-foreach(name test_doctor test_package test_certificates test_system_proxy)
+foreach(name test_doctor test_package test_certificates test_system_proxy test_service_samples)
     if(TEST python.${name})
         set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK sample_product COST 100)
     endif()

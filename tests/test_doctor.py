@@ -20,9 +20,9 @@ PAGE = "docs/troubleshooting.md"
 LANGUAGE_FILE = "lang/DE/Vemo_DE.lang"
 HEALTHY = [
     ("ok", "program folder"), ("ok", "library"), ("warning", "signature"), ("ok", "API key"), ("ok", "record"),
-    ("ok", "product key"), ("ok", "stored version"), ("ok", "policy"), ("ok", "language file"), ("ok", "display scaling"),
-    ("ok", "proxy variables"), ("ok", "system proxy"), ("ok", "connection"), ("ok", "certificate"), ("ok", "probe"),
-    ("ok", "update query"), ("ok", "quiet check")]
+    ("ok", "product key"), ("ok", "stored version"), ("ok", "policy"), ("ok", "language file"),
+    ("ok", "display scaling"), ("ok", "proxy variables"), ("ok", "system proxy"), ("ok", "connection"),
+    ("ok", "certificate"), ("ok", "probe"), ("ok", "update query"), ("ok", "quiet check")]
 
 
 @pytest.fixture(scope="module")

@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import socket
 import ssl
 import stat
@@ -46,7 +47,7 @@ def test_each_request_has_its_answer_and_its_line_while_a_silent_client_waits(se
 
 def test_a_path_in_the_address_of_the_service_may_stand_before_each(service_command, service, tmp_path):
     tool = service_command[2].read_text("utf-8")
-    service_command[2] = tmp_path / "product_service.py"
+    service_command[2] = shutil.copytree(service_command[2].parent, tmp_path / "tools") / "product_service.py"
     service_command[2].write_text(tool.replace("https://localhost:18443", "https://localhost:18443/base"), "utf-8")
     assert ask(service().port, "POST /base/check.php") == ("200", b"1")
 

@@ -4,14 +4,21 @@ real one: HTTPS with a certificate of its own (made with openssl), a line per re
 
   POST /check.php        the connectivity probe: answers 1
   POST /get_updates.php  the catalogue's offers for the product key and version: an empty
-                         body where nothing is newer, a refusal for an unknown key
+                         body if nothing is newer, a refusal for an unknown key
   GET  /buy/...          a page that says what would be bought
 
 A path in the library's service address may stand before each of them.
 
 The catalogue is JSON, {"KEY": {"INSTALLED VERSION": [OFFER, ...]}}, each OFFER an object
-with the texts "name", "version" and "url". Addresses go out as they stand: with another
+with the texts "name", "version" and "url", and with "percent", a number, if only so many
+of a hundred computers are to see it. A text in place of a key's versions refuses the key
+for that reason. Addresses go out as they stand: with another
 --address or --port, give a --catalogue whose addresses name it.
+
+  product_service.py export FOLDER [--catalogue FILE]
+
+writes the catalogue as static files and a configuration for nginx, which serves them
+without any program.
 
 Host applications that check the service's certificate have to trust it. Keep it in a file
 and add that to your trusted certificates once; --untrust takes it out again:
@@ -27,7 +34,6 @@ import hashlib
 import html
 import http.server
 import ipaddress
-import json
 import os
 import pathlib
 import re
@@ -36,14 +42,17 @@ import socketserver
 import ssl
 import struct
 import subprocess
+import sys
 import tempfile
 import urllib.parse
+
+import nginx_export
+from product_catalogue import QUERY, fail, load_catalogue, look_up, offer_list, offer_lists, refusal
 
 # The address that the library asks.
 LIBRARY_ASKS = urllib.parse.urlsplit("https://localhost:18443")
 
-# The values are not escaped, so each reaches to the first "&name=" of the next field.
-QUERY = re.compile("api_key=(.*?)&key=(.*?)&hardware_id=(.*?)&version=(.*?)&up=([01])", re.DOTALL)
+CATALOGUE = pathlib.Path(__file__).with_name("catalogue.json")
 
 # What openssl makes the certificate from. Deliberate: it is not a CA's. Windows and Wine trust it all the same once it
 # is among the roots, some browsers refuse a server with a CA's, and whoever gets at a CA's key can make certificates
@@ -64,10 +73,6 @@ extendedKeyUsage = serverAuth
 WINE_ROOTS = r"HKCU\Software\Microsoft\SystemCertificates\Root\Certificates"
 
 
-def fail(sentence):
-    raise SystemExit(f"product_service: {sentence}")
-
-
 def say(line):
     """Print one line at once, whole even when several threads print; without a reader the service goes on."""
     with contextlib.suppress(OSError):
@@ -78,49 +83,13 @@ def printable(text):
     return "".join(c if c.isprintable() else f"\\x{ord(c):02x}" for c in text)[:200]
 
 
-def load_catalogue(path):
-    try:
-        catalogue = json.loads(pathlib.Path(path).read_text("utf-8-sig"))
-        for key, versions in catalogue.items():
-            for version, offers in versions.items():
-                for number, offer in enumerate(offers, 1):
-                    if set(offer) != {"name", "version", "url"} or any(not isinstance(t, str) for t in offer.values()):
-                        raise ValueError(f'"{key}" version "{version}", offer {number}: it must have the texts '
-                                         '"name", "version" and "url" and nothing else')
-        return catalogue
-    except (AttributeError, TypeError, ValueError, RecursionError) as error:
-        fail(f"the catalogue {path} is broken: {error}")
-
-
-# An answer is its name in the log, its body (None closes the connection) and its status.
-def refusal(error, *status):
-    return f"refusal: {error}", json.dumps({"status": 0, "error": error}).encode(), *status
-
-
-def look_up(catalogue, query):
-    if not query:
-        return refusal("malformed query", 400)
-    if query[2] not in catalogue:
-        return refusal("unknown product key")
-    if query[4] not in catalogue[query[2]]:
-        return "version not in the catalogue (empty body)", b""
-    return offer_list(catalogue[query[2]][query[4]])
-
-
-def offer_list(offers):
-    if not offers:
-        return "nothing newer (empty body)", b""  # and not an empty array
-    body = json.dumps(offers, ensure_ascii=False).encode("utf-8", "surrogatepass")
-    return "1 offer" if len(offers) == 1 else f"{len(offers)} offers", body
-
-
 def fixed_answer(options, catalogue):
     """The answer to every query that the options ask for, or None."""
     if options.answer_file:
         data = pathlib.Path(options.answer_file).read_bytes()
         return f"{len(data)} bytes of {options.answer_file}", data
     if options.answer == "offers":
-        lists = (offers for versions in catalogue.values() for offers in versions.values() if offers)
+        lists = (offers for offers in offer_lists(catalogue) if offers)
         return offer_list(next(lists, None) or fail(f"the catalogue {options.catalogue} has no offers to answer with"))
     return {"refusal": refusal("refused on request"), "empty": ("empty body", b""),
             "close": ("closed without an answer", None)}.get(options.answer)
@@ -331,13 +300,25 @@ def run_program(*command):
         fail(f"{command[0]} could not change the trusted certificates: {printable(reason)}")
 
 
+def export(arguments):
+    parser = argparse.ArgumentParser(prog="product_service.py export", description=nginx_export.__doc__)
+    parser.add_argument("folder", metavar="FOLDER", type=pathlib.Path)
+    parser.add_argument("--catalogue", metavar="FILE", default=CATALOGUE)
+    options = parser.parse_args(arguments)
+    try:
+        nginx_export.write(load_catalogue(options.catalogue), urllib.parse.unquote(LIBRARY_ASKS.path),
+                           options.folder)
+    except OSError as error:
+        fail(f"cannot write {error.filename}: {error.strerror}")
+
+
 def parse_options():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     add = parser.add_argument
     add("--address", default="127.0.0.1", metavar="A", help="address to listen on (default: %(default)s)")
     add("--port", type=int, default=LIBRARY_ASKS.port or 443, metavar="N",
         help="port (default: %(default)s; 0: any free one)")
-    add("--catalogue", metavar="FILE", default=pathlib.Path(__file__).with_name("catalogue.json"),
+    add("--catalogue", metavar="FILE", default=CATALOGUE,
         help="the offers (default: catalogue.json beside this script)")
     add("--certificate", metavar="FILE",
         help="keep the key and the certificate in FILE, which the first start makes, for 365 days "
@@ -363,6 +344,8 @@ def parse_options():
 
 
 def main():
+    if sys.argv[1:2] == ["export"]:
+        return export(sys.argv[2:])
     options = parse_options()
     if options.trust or options.untrust:
         return change_trust(options)

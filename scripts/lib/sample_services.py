@@ -1,0 +1,102 @@
+"""Runs the samples of services, for the tests and the benchmark: "php" is samples/service behind nginx, and "nginx" is
+what product_service.py export writes. nginx is the one that setup.sh unpacks."""
+
+import contextlib
+import pathlib
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+REPOSITORY = pathlib.Path(__file__).resolve().parent.parent.parent
+NGINX = REPOSITORY / "build/deps/nginx/usr/sbin/nginx"
+PHP_PORT = 18445
+PHP_LOCATION = """location ~ \\.php$ {{
+    fastcgi_pass {address}:{port};
+    fastcgi_param SCRIPT_FILENAME $document_root$fastcgi_script_name;
+    fastcgi_param REQUEST_METHOD $request_method;
+    fastcgi_param CONTENT_TYPE $content_type;
+    fastcgi_param CONTENT_LENGTH $content_length;
+    fastcgi_param REDIRECT_STATUS 200;
+    {buffers}
+}}"""
+# As docs/service.md says.
+BUFFERS = "fastcgi_buffer_size 32k; fastcgi_buffers 4 32k;"
+CONFIGURATION = """daemon off;
+master_process off;
+error_log stderr;
+pid nginx.pid;
+events {{}}
+http {{
+    access_log off;
+    client_body_temp_path body;
+    fastcgi_temp_path fastcgi;
+    proxy_temp_path proxy;
+    uwsgi_temp_path uwsgi;
+    scgi_temp_path scgi;
+    {maps}
+    server {{
+        listen {address}:{port} ssl;
+        ssl_certificate {certificate};
+        ssl_certificate_key {certificate};
+        root {root};
+        {locations}
+    }}
+}}
+"""
+
+
+@contextlib.contextmanager
+def running(*command, address, port):
+    """The process of a program that listens there. It is ended at the end."""
+    with tempfile.TemporaryFile() as output:  # a pipe would be full one day
+        process = subprocess.Popen([str(word) for word in command], stdout=output, stderr=output)
+        try:
+            for _ in range(100):
+                with contextlib.suppress(OSError), socket.create_connection((address, port)):
+                    break
+                if process.poll() is not None:
+                    output.seek(0)
+                    raise RuntimeError(output.read().decode())
+                time.sleep(0.1)
+            yield process
+        finally:
+            process.terminate()
+            process.wait()
+
+
+def export(folder, catalogue):
+    tool = REPOSITORY / "tools/product_service.py"
+    subprocess.run([sys.executable, "-B", tool, "export", folder, "--catalogue", catalogue], check=True)
+    return [f"include {folder}/{name}.conf;" for name in ("maps", "locations")]
+
+
+def copy_php(root, catalogue):
+    shutil.copytree(REPOSITORY / "samples/service", root)
+    guard = (root / "catalogue.php").read_text("utf-8").partition("\n")[0]
+    (root / "catalogue.php").write_text(f"{guard}\n{catalogue.read_text('utf-8')}", "utf-8")
+
+
+@contextlib.contextmanager
+def sample_service(kind, folder, catalogue, certificate, address, port, buffers=BUFFERS):
+    """The root of a service that answers as a catalogue's file says, and its processes. It works in an empty folder;
+    the certificate's file has the key, too."""
+    root = folder / "www"
+    with contextlib.ExitStack() as stack:
+        processes = []
+        if kind == "php":
+            copy_php(root, catalogue)
+            # It would end after 500 requests.
+            command = ("env", "PHP_FCGI_MAX_REQUESTS=0", "php-cgi", "-b", f"{address}:{PHP_PORT}")
+            php = running(*command, address=address, port=PHP_PORT)
+            processes.append(stack.enter_context(php))
+            maps, locations = "", PHP_LOCATION.format(address=address, port=PHP_PORT, buffers=buffers)
+        else:
+            maps, locations = export(folder, catalogue)
+        (folder / "nginx.conf").write_text(CONFIGURATION.format(
+            maps=maps, address=address, port=port, certificate=certificate, root=root, locations=locations), "utf-8")
+        nginx = running(NGINX, "-p", f"{folder}/", "-c", folder / "nginx.conf", address=address, port=port)
+        processes.append(stack.enter_context(nginx))
+        yield root, processes
