@@ -17,7 +17,7 @@ run_tool() {
     >build/run.log 2>&1
 }
 
-run_host() { (cd "$bin" && wine_run ./SampleHost.exe) >build/run.log 2>&1; }
+run_host() { (cd "$bin" && wine_run ./SampleHost.exe --check-now) >build/run.log 2>&1; }
 
 print_output() { sed 's/\r$//; s/^/    /' build/run.log; }
 

@@ -12,7 +12,7 @@ targets=(ProductServicesGuard ProductServicesTool SampleHost language_files)
 run_program() { (cd "$bin" && wine_run "$@") >"$frames/output.txt" 2>&1; }
 
 start_host() {
-  launch run_program ./SampleHost.exe
+  launch run_program ./SampleHost.exe --check-now
   program=$launched command=SampleHost
 }
 

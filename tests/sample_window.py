@@ -8,7 +8,7 @@ import time
 from conftest import REPOSITORY, run
 
 TITLE = "Example Draft 2026.1 – sample host"
-START = '. "$0/scripts/lib/wine.sh" && exec /usr/lib/wine/wine64 "$1"'
+START = '. "$0/scripts/lib/wine.sh" && exec /usr/lib/wine/wine64 "$1" --check-now'
 # A place on the left of a title bar, which makes its window active.
 TITLE_BAR = "100", "10"
 

@@ -1,5 +1,5 @@
-// A host application: its window checks for updates when it opens, and its Help menu has a command for each
-// call.
+// A host application: its window checks for updates once a day, some time after it opens, and its Help menu
+// has a command for each call. SampleHost --check-now checks as soon as it opens.
 #include "main_window.h"
 
 #include <objbase.h>
@@ -20,12 +20,12 @@ void WorkInProgramFolder()
 
 } // namespace
 
-int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int)
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t* commandLine, int)
 {
     WorkInProgramFolder();
     // Browsers and other handlers of URLs may need COM.
     const HRESULT initialized = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-    RunMainWindow();
+    RunMainWindow(std::wstring(commandLine) == L"--check-now");
     if (SUCCEEDED(initialized)) {
         CoUninitialize();
     }

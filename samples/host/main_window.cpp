@@ -1,5 +1,6 @@
 #include "main_window.h"
 
+#include "daily_check.h"
 #include "resource.h"
 #include "update_calls.h"
 
@@ -19,6 +20,8 @@ constexpr UINT WM_CHECKED_AT_START = WM_APP;
 class MainWindow
 {
 public:
+    explicit MainWindow(bool checksAtOnce) : m_checksAtOnce(checksAtOnce) {}
+
     void Run();
 
 private:
@@ -39,6 +42,7 @@ private:
     void OfferDownload(const Notice& notice);
     void ShowStatus(const std::wstring& text);
 
+    bool m_checksAtOnce;
     HWND m_dialog = nullptr;
     bool m_isCalling = false;
     CallResult m_checkedAtStart; // the thread's until it has ended
@@ -129,12 +133,17 @@ void MainWindow::Close()
     EndDialog(m_dialog, 0);
 }
 
-// A host that is started often remembers when it asked last, and asks once a day.
 void MainWindow::StartCheck()
 {
-    ShowStatus(L"Checking for updates\x2026");
+    ShowStatus(m_checksAtOnce ? L"Checking for updates\x2026" : L"Ready.");
     m_checkAtStart = std::jthread([this](const std::stop_token& stopToken) {
+        if (!m_checksAtOnce && !WaitForDailyCheck(stopToken)) {
+            return;
+        }
         m_checkedAtStart = MakeCall(Call::CheckAtStart, stopToken);
+        if (!m_checksAtOnce && m_checkedAtStart.outcome != product_services::Outcome::Cancelled) {
+            RememberDailyCheck();
+        }
         PostMessageW(m_dialog, WM_CHECKED_AT_START, 0, 0);
     });
 }
@@ -207,7 +216,7 @@ void MainWindow::ShowStatus(const std::wstring& text)
 
 } // namespace
 
-void RunMainWindow()
+void RunMainWindow(bool checksAtOnce)
 {
-    MainWindow().Run();
+    MainWindow(checksAtOnce).Run();
 }
