@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Measures the library under Wine, against nginx on loopback, and prints a table of ratios and times, which
-# build/bench.txt holds too. A missed target is marked "over" and is no failure.
+# build/bench.txt holds too. A missed target is marked "over" and is no failure. With --service, measures what a request
+# costs the samples of services and the development service instead, and writes build/bench-service.txt.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/lib/session.sh
@@ -8,19 +9,10 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 readonly tree=build/bench
 readonly nginx=$PWD/$tree/nginx
 
-# Unpacked and not installed: the installed package would start a service of its own.
-fetch_nginx() {
-  mkdir -p "$nginx/temp"
-  [ -x "$nginx/usr/sbin/nginx" ] && return 0
-  say "Fetching nginx"
-  (cd "$nginx" && rm -f nginx_*.deb && apt-get download nginx && dpkg-deb -x nginx_*.deb .) >"$nginx/apt.log" 2>&1 \
-    || fail "nginx could not be fetched (no network, or old package lists: apt-get update); see $nginx/apt.log."
-}
-
 start_nginx() {
   cp benchmarks/nginx.conf "$nginx/"
   rm -f "$nginx/nginx.pid"
-  launch "$nginx/usr/sbin/nginx" -p "$nginx/" -c "$nginx/nginx.conf" >"$nginx/nginx.log" 2>&1
+  launch build/deps/nginx/usr/sbin/nginx -p "$nginx/" -c "$nginx/nginx.conf" >"$nginx/nginx.log" 2>&1
   for _ in $(seq 100); do
     [ -s "$nginx/nginx.pid" ] && return 0
     sleep 0.1
@@ -35,9 +27,15 @@ change_trust() {
     || fail "The certificate cannot be used: $(tail -n 1 "$nginx/trust.log")"
 }
 
+[[ $# -eq 0 || $* = --service ]] || fail "usage: bench.sh [--service]"
 begin_session
+if [ $# -gt 0 ]; then
+  run_setup
+  attend /usr/bin/python3 -B benchmarks/service.py build/bench-service.txt
+  exit 0
+fi
 build_project "$tree" -DPRODUCT_SERVICES_BENCHMARKS=ON -DBUILD_TESTING=OFF
-fetch_nginx
+mkdir -p "$nginx/temp"
 start_windows
 change_trust --trust
 start_nginx
