@@ -182,8 +182,8 @@ TEST_F(UpdateCheck, RetriesUntilTheRecordCanBeRead)
 
 TEST_F(UpdateCheck, AcceptsNullTexts)
 {
-    Export("CheckForUpdates")(nullptr);
-    Export("Upgrade")(nullptr);
+    GetExport<decltype(&CheckForUpdates)>("CheckForUpdates")(nullptr);
+    GetExport<decltype(&Upgrade)>("Upgrade")(nullptr);
     EXPECT_TRUE(RequestsMatch("^$"));
     EXPECT_EQ(Check(), L"200 u");
     ReplaceImport("StrCpyW", StrCpyStub);
