@@ -148,6 +148,14 @@ require_space() {
     || fail "The disk of $PWD/build has $free MB left; a first build needs $needed."
 }
 
+# Neither CMake nor the shell that runs the compilers takes these in a path.
+require_plain_path() {
+  case $PWD in *[\&\'\"\;\#\$\`\\]*)
+    fail "The path $PWD has one of & ' \" ; # \$ \` \\ in it, with which the build tools do not work: rename it." ;;
+  esac
+}
+
+require_plain_path
 mkdir -p "$deps"
 require_space
 install_packages

@@ -5,14 +5,15 @@ set(SAMPLE_FAMILY_JSON "${PROJECT_SOURCE_DIR}/product_family/sample/product_fami
 file(READ "${FAMILY_JSON}" json)
 string(JSON package_id GET "${json}" package_id)
 
-# Visual Studio's linker gets import libraries of its own, with the same names.
+# Visual Studio's linker gets import libraries of its own, with the same names. They are named without a path, since
+# llvm-dlltool takes a % in one for a placeholder.
 find_program(LLVM_DLLTOOL llvm-dlltool REQUIRED)
 set(msvc_import_libraries)
 foreach(definition src/product_services:ProductServices guard/product_services_guard:ProductServicesGuard)
     string(REGEX REPLACE ":.*" ".def" def_file "${PROJECT_SOURCE_DIR}/${definition}")
     string(REGEX REPLACE ".*:" "" name "${definition}")
     add_custom_command(OUTPUT "${PROJECT_BINARY_DIR}/${name}.lib"
-        COMMAND ${LLVM_DLLTOOL} -m i386:x86-64 -D ${name}.dll -d "${def_file}" -l "${PROJECT_BINARY_DIR}/${name}.lib"
+        COMMAND ${LLVM_DLLTOOL} -m i386:x86-64 -D ${name}.dll -d "${def_file}" -l ${name}.lib
         DEPENDS "${def_file}" VERBATIM)
     list(APPEND msvc_import_libraries "${PROJECT_BINARY_DIR}/${name}.lib")
 endforeach()
