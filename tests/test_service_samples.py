@@ -12,19 +12,19 @@ from conftest import ADDRESS, MAKER_KEY, REPOSITORY, table
 sys.path.append(str(REPOSITORY / "scripts/lib"))
 from sample_services import sample_service  # noqa: E402
 
+pytest_plugins = ["tool_fixtures"]
 ANSWERS = table("service/sample_answers.json")
 PRODUCT = MAKER_KEY + r"\Products\Samples"
 
 
-@pytest.fixture(params=["php", "nginx"])
-def root(request, trusted_certificate, tmp_path):
+@pytest.fixture(scope="module", params=["php", "nginx"])
+def root(request, certificates, tmp_path_factory):
     """The folder of a running service's files."""
-    catalogue = json.dumps(table("service/sample_catalogue.json")).replace("LONG", "N" * 15_950)
-    (tmp_path / "catalogue.json").write_text(catalogue, "utf-8")
-    folder = tmp_path / "service"
-    folder.mkdir()
-    with sample_service(request.param, folder, tmp_path / "catalogue.json", trusted_certificate, ADDRESS,
-                        18443) as (root, _):
+    folder = tmp_path_factory.mktemp("service")
+    catalogue, certificate = folder / "catalogue.json", folder / "service.pem"
+    catalogue.write_text(json.dumps(table("service/sample_catalogue.json")).replace("LONG", "N" * 15_950), "utf-8")
+    certificate.write_text("".join((certificates / f"trusted.{kind}").read_text() for kind in ("key", "pem")))
+    with sample_service(request.param, folder, catalogue, certificate, ADDRESS, 18443) as (root, _):
         yield root
 
 
@@ -69,7 +69,9 @@ def test_each_query_has_its_answer(root, check):
     for name, row in ANSWERS.items():
         assert check(name) == (row["outcome"], row["text"]), name
     (root / "maintenance").touch()
-    assert check("an offer") == ("OTHER_STATUS", "The service answered with status 1.")
+    result = check("an offer")
+    (root / "maintenance").unlink()
+    assert result == ("OTHER_STATUS", "The service answered with status 1.")
 
 
 def test_other_requests_and_a_tenth_of_the_computers(root):

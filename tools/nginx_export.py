@@ -143,5 +143,5 @@ def write(catalogue, path, folder):
         check=quote(path + "/check.php"), updates=quote(path + "/get_updates.php"), limit=LIMIT,
         one=answers.add(b"1"), method=answers.add(b"Use POST.\n"), malformed=malformed,
         later=answers.add(json.dumps({"status": 1}).encode()))
-    (folder / "maps.conf").write_text(maps, "utf-8")
-    (folder / "locations.conf").write_text(locations, "utf-8")
+    (folder / "maps.conf").write_text(maps, "utf-8", newline="\n")
+    (folder / "locations.conf").write_text(locations, "utf-8", newline="\n")
