@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
-# Installs what the build and the tests need on Debian 12 or 13 and builds libcurl for
-# Windows into build/deps. It does only what is missing, so it may run any number
-# of times; run.sh and test.sh call it. What follows are further packages to install.
+# Installs the packages that the build and the tests need on Debian 12 or 13, and builds libcurl for Windows into
+# build/deps. It does only what has not been done yet. run.sh and test.sh call it. The arguments are further packages to install.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-. scripts/lib/say.sh
+. scripts/lib/log.sh
 . scripts/lib/process.sh
-trap 'end_groups "${groups[@]}"' EXIT
+trap 'stop_groups "${groups[@]}"' EXIT
 
 readonly triplet=x86_64-w64-mingw32
 readonly deps="$PWD/build/deps"
@@ -19,7 +18,7 @@ readonly packages=(
   "$@"
 )
 
-# sudo has asked for the password before.
+# sudo already has the password.
 as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo -n "$@"; fi; }
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
@@ -28,14 +27,14 @@ install_packages() {
   local missing=() package
   for package in "${packages[@]}"; do is_installed "$package" || missing+=("$package"); done
   [ ${#missing[@]} -gt 0 ] || return 0
-  command -v apt-get >/dev/null || fail "This script installs Debian packages, and there is no apt-get here."
+  command -v apt-get >/dev/null || fail "apt-get not found; this script supports Debian only."
   [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null \
-    || fail "Packages are missing (${missing[*]}); run this as root or install sudo."
-  say "Installing ${missing[*]} (a few minutes on a fresh machine)"
-  [ "$(id -u)" -eq 0 ] || sudo -v || fail "The packages are installed with sudo."
-  { attend as_root apt-get update && attend as_root env DEBIAN_FRONTEND=noninteractive \
+    || fail "Missing packages: ${missing[*]}. Run this as root or install sudo."
+  log "Installing ${missing[*]} (a few minutes on a fresh machine)"
+  [ "$(id -u)" -eq 0 ] || sudo -v || fail "sudo failed, and the packages cannot be installed without it."
+  { run_and_wait as_root apt-get update && run_and_wait as_root env DEBIAN_FRONTEND=noninteractive \
       apt-get install -y --no-install-recommends "${missing[@]}"; } >"$deps/apt.log" 2>&1 \
-    || fail "The packages could not be installed (no network, or no such package?); see $deps/apt.log."
+    || fail "The packages could not be installed (no network, or an unknown package?); see $deps/apt.log."
 }
 
 # Writes a deb-src entry for every binary source that this machine is configured with.
@@ -51,8 +50,8 @@ write_source_entries() {
   return 0
 }
 
-# apt keeps its own settings: the entries and the lists they lead to live in $1. A mirror can list a revision whose
-# files it does not have, so an older one will do.
+# Puts the source entries and their package lists into $1, so that the machine's own apt settings do not change. A mirror
+# may list a revision whose files it does not have, so older revisions are tried, too.
 fetch_curl_source() {
   local work=$1 version
   mkdir -p "$work/parts" "$work/lists/partial"
@@ -68,7 +67,7 @@ fetch_curl_source() {
 }
 
 # Schannel for TLS, only HTTP, no thread for resolving names, no manuals, and no path of this machine in the library.
-# CMake ignores the options that a version of libcurl does not know.
+# CMake ignores options that a version of libcurl does not have.
 readonly curl_options=(
   -DCMAKE_SYSTEM_NAME=Windows "-DCMAKE_C_COMPILER=$triplet-gcc-posix" "-DCMAKE_RC_COMPILER=$triplet-windres"
   -DCMAKE_BUILD_TYPE=MinSizeRel
@@ -82,25 +81,25 @@ readonly curl_options=(
 )
 readonly curl_flags="-ffunction-sections -fdata-sections -fstack-protector-strong"
 
-# Debian's version of the source with the SHA-256 sums of its files, for the list of what the package holds.
+# Debian's version of the source and the SHA-256 checksums of its files, for the package's SBOM.
 record_curl_source() {
   sed -n 's/^Version: //p' curl_*.dsc
   sha256sum curl_*.dsc curl_*.tar.*[!c]
 }
 
-# Built with these very options, or built anew.
+# Builds libcurl unless it has already been built with the same options.
 build_curl() {
   local all_options="${curl_options[*]} $curl_flags"
   [ "$(cat "$deps/$triplet/options.txt" 2>/dev/null)" = "$all_options" ] && [ -f "$deps/$triplet/source.txt" ] && return 0
   rm -rf "$deps"/curl.?????? "${deps:?}/$triplet"
   local work; work=$(mktemp -d "$deps/curl.XXXXXX")
-  say "Fetching libcurl's source"
-  attend fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
-    || { rm -rf "$work"; fail "libcurl's source could not be fetched (no network, no package sources, or a mirror that lacks it?); see $deps/curl.log."; }
-  say "Building libcurl for Windows (about a minute)"
-  { attend cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja "${curl_options[@]}" \
+  log "Downloading libcurl's source"
+  run_and_wait fetch_curl_source "$work" >"$deps/curl.log" 2>&1 \
+    || { rm -rf "$work"; fail "libcurl's source could not be downloaded (no network, no package sources, or an incomplete mirror?); see $deps/curl.log."; }
+  log "Building libcurl for Windows (about a minute)"
+  { run_and_wait cmake -S "$work"/curl-*/ -B "$work/build" -G Ninja "${curl_options[@]}" \
       -DCMAKE_C_FLAGS="$curl_flags \"-ffile-prefix-map=$work=.\"" -DCMAKE_INSTALL_PREFIX="$work/install" \
-    && attend cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
+    && run_and_wait cmake --build "$work/build" --target install; } >>"$deps/curl.log" 2>&1 \
     || fail "libcurl could not be built; see $deps/curl.log."
   # CMake's file looks for its second half with a pattern, in which a [ of the path would have a meaning.
   sed -i 's|file(GLOB \([^ ]*\) "\(.*\)\*\.cmake")|set(\1 "\2minsizerel.cmake")|' "$work"/install/lib/cmake/CURL/CURLTargets.cmake
@@ -111,18 +110,19 @@ build_curl() {
   rm -rf "$work"
 }
 
-# Unpacked and not installed: the installed package would start a service of its own. php-cgi brings its libraries.
+# The package is unpacked, not installed, because the installed package would start a system service. php-cgi brings its
+# libraries.
 unpack_nginx() {
   [ -x "$deps/nginx/usr/sbin/nginx" ] && return 0
   rm -rf "$deps"/nginx "$deps"/nginx.??????
   local work; work=$(mktemp -d "$deps/nginx.XXXXXX")
-  say "Fetching nginx"
+  log "Downloading nginx"
   (cd "$work" && apt-get download nginx && dpkg-deb -x nginx_*.deb .) >"$deps/nginx.log" 2>&1 \
-    || { rm -rf "$work"; fail "nginx could not be fetched (no network, or old package lists: apt-get update); see $deps/nginx.log."; }
+    || { rm -rf "$work"; fail "nginx could not be downloaded (no network, or outdated package lists: run apt-get update); see $deps/nginx.log."; }
   mv "$work" "$deps/nginx"
 }
 
-# copy_headers NAME FOLDER: a library that is headers only; a copy keeps /usr/include off the cross compiler's path.
+# copy_headers NAME FOLDER: copies a header-only library, because /usr/include must not be on the cross compiler's path.
 copy_headers() {
   diff -rq "/usr/include/$1" "$deps/$2/$1" >/dev/null 2>&1 && return 0
   rm -rf "${deps:?}/$2"
@@ -130,7 +130,7 @@ copy_headers() {
   cp -r "/usr/include/$1" "$deps/$2/"
 }
 
-# What the library and its tool link in goes into packages of them, with these.
+# The licenses of everything that is linked into the DLLs and the tool, for the packages.
 copy_licenses() {
   mkdir -p "$deps/licenses"
   cp "$deps/$triplet/COPYING.curl" "$deps/licenses/curl.txt"
@@ -140,24 +140,24 @@ copy_licenses() {
   cp /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright "$deps/licenses/gcc-runtime.txt"
 }
 
-# What a first start needs in build/, in MB; libcurl, the library, the tests and a Wine prefix.
-require_space() {
+# The first build needs space for libcurl, the library, the tests and a Wine prefix. The sizes are in MB.
+check_disk_space() {
   local needed=1050 free
   free=$(($(stat -f -c '%a * %S' build) / 1000000))
   [ -d build/mingw ] || [ "$free" -ge "$needed" ] \
-    || fail "The disk of $PWD/build has $free MB left; a first build needs $needed."
+    || fail "Not enough disk space in $PWD/build: $free MB free, $needed MB needed for the first build."
 }
 
-# Neither CMake nor the shell that runs the compilers takes these in a path.
+# Neither CMake nor the shell that runs the compilers supports these characters in a path.
 require_plain_path() {
   case $PWD in *[\&\'\"\;\#\$\`\\]*)
-    fail "The path $PWD has one of & ' \" ; # \$ \` \\ in it, with which the build tools do not work: rename it." ;;
+    fail "The path $PWD contains & ' \" ; # \$ \` or \\, which the build tools do not support. Use another path." ;;
   esac
 }
 
 require_plain_path
 mkdir -p "$deps"
-require_space
+check_disk_space
 install_packages
 build_curl
 unpack_nginx

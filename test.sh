@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds everything and runs every test: the Windows programs under Wine on a display of their own. What follows goes
-# to ctest. PRESET=ubsan or PRESET=coverage in the environment tests another build.
+# Builds everything and runs all tests, with the Windows programs under Wine on a virtual display. The arguments go to ctest.
+# PRESET=ubsan or PRESET=coverage in the environment selects another build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/lib/session.sh
@@ -9,6 +9,6 @@ preset=${PRESET:-mingw}
 
 begin_session
 build_project "build/$preset"
-start_windows
-say "Running the tests"
-attend ctest --preset "$preset" --no-tests=error "$@"
+start_wine_session
+log "Running the tests"
+run_and_wait ctest --preset "$preset" --no-tests=error "$@"

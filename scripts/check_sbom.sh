@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
-# check_sbom.sh [ZIP]: validates the CycloneDX list in a package, by default the one in build/mingw/package, by the schema
-# that CycloneDX publishes, which comes from npm.
+# check_sbom.sh [ZIP]: validates the CycloneDX SBOM in a package (default: the one in build/mingw/package) with the schema that
+# CycloneDX publishes on npm.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-. scripts/lib/say.sh
+. scripts/lib/log.sh
 
 readonly work=$PWD/build/sbom schemas=@cyclonedx/cyclonedx-library@10.3.0
 shopt -s nullglob
 packages=("${1:-}")
 [ -n "${1:-}" ] || packages=(build/mingw/package/product-services-*.zip)
-[ -f "${packages[0]:-}" ] || fail "There is no package in build/mingw/package: run cpack there."
+[ -f "${packages[0]:-}" ] || fail "No package in build/mingw/package. Run cpack in build/mingw."
 
 validate() {
   python3 -W ignore - "$work"/package/res/schema "${packages[@]}" <<'PROGRAM'
@@ -32,16 +32,16 @@ for package in sys.argv[2:]:
     for error in errors:
         print(f"{package}: {error.json_path}: {error.message}")
     if errors or not lists:
-        sys.exit(f"{package}: {len(errors)} errors in {len(lists)} lists")
+        sys.exit(f"{package}: {len(errors)} errors in {len(lists)} SBOMs")
 PROGRAM
 }
 
 ./setup.sh python3-jsonschema
 command -v npm >/dev/null || ./setup.sh npm
-say "Fetching the schema of CycloneDX"
+log "Downloading the schema of CycloneDX"
 rm -rf "$work"
 mkdir -p "$work"
 (cd "$work" && npm pack --silent "$schemas" && tar -xzf ./*.tgz) >"$work/npm.log" 2>&1 \
-  || fail "$schemas could not be fetched (no network?); see $work/npm.log."
-validate || fail "The list of parts is not valid CycloneDX."
-say "The list of parts is valid CycloneDX."
+  || fail "$schemas could not be downloaded (no network?); see $work/npm.log."
+validate || fail "The SBOM is not valid CycloneDX."
+log "The SBOM is valid CycloneDX."

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the tests on a build that counts lines, and prints how much of the library and the guard they reach.
+# Runs the tests in a build that measures coverage, and prints the coverage of the library and the guard.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

@@ -1,26 +1,26 @@
 #!/usr/bin/env bash
-# Checks all our sources: clang-format and clang-tidy C and C++, flake8 Python, shellcheck the shell scripts,
-# doxygen that the public headers leave nothing undocumented.
-# --fix formats C and C++ and checks nothing.
+# Checks the sources: C and C++ with clang-format and clang-tidy, Python with flake8, shell scripts with shellcheck, the
+# public headers with doxygen for missing documentation, the documents with check_documents.py, and the samples in other
+# languages with check_samples.sh. With --fix, it only formats C and C++.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-. scripts/lib/say.sh
+. scripts/lib/log.sh
 
 readonly tree=build/lint log=build/tidy.log
 
-# Only configured, never built; it names the benchmarks too, which an ordinary build leaves out.
+# The tree is only configured, not built. It includes the benchmarks, which other builds omit.
 configure_tree() {
-  cmake --preset mingw -B "$tree" -DPRODUCT_SERVICES_BENCHMARKS=ON >"$tree.log" 2>&1 \
+  cmake --preset mingw -B "$tree" -DPRODUCT_SERVICES_BUILD_BENCHMARKS=ON >"$tree.log" 2>&1 \
     || fail "The sources could not be configured; see $tree.log."
 }
 
-# The cross compiler's C++ headers, where the compiler itself says they are.
+# Prints an option for each folder of the cross compiler's C++ headers.
 cxx_headers() {
   x86_64-w64-mingw32-g++-posix -E -x c++ -v /dev/null 2>&1 >/dev/null \
     | sed -n 's|^ \(/.*/c++.*\)|--extra-arg=-cxx-isystem\1|p'
 }
 
-# No tree compiles the minimal hosts, which know the package alone, and the fuzz target: they get options of their own.
+# No tree compiles the minimal hosts, which only use the package, and the fuzz targets, so their options are listed here.
 run_clang_tidy() {
   local status=0 command=(clang-tidy --quiet --extra-arg=--target=x86_64-w64-windows-gnu)
   mapfile -t -O "${#command[@]}" command < <(cxx_headers)
@@ -50,7 +50,7 @@ WARN_AS_ERROR = FAIL_ON_WARNINGS
 SETTINGS
 }
 
-# Debian's doxygen does not warn of these, but its output shows them.
+# Debian's doxygen does not warn about undocumented constants, but its output shows them.
 check_constants() {
   python3 - build/lint/xml/*_8h*.xml <<'PROGRAM'
 import sys
@@ -62,7 +62,8 @@ sys.exit(f"Constants without documentation: {bare} of {len(constants)}" if bare 
 PROGRAM
 }
 
-./setup.sh clang-format clang-tidy doxygen flake8 shellcheck
+./setup.sh clang-format clang-tidy doxygen flake8 shellcheck \
+  golang-go rustc libstd-rust-dev-windows fp-compiler fp-units-rtl mono-mcs
 mapfile -t sources < <(git ls-files '*.c' '*.cpp' '*.h' '*.hpp')
 mapfile -t units < <(git ls-files '*.cpp' ':!samples/minimal_hosts' ':!scripts/fuzz')
 mapfile -t python < <(git ls-files '*.py')
@@ -73,19 +74,25 @@ if [ "${1:-}" = --fix ]; then
   exit 0
 fi
 
-say "Checking the format of ${#sources[@]} C and C++ files"
+log "Checking the format of ${#sources[@]} C and C++ files"
 clang-format --dry-run -Werror "${sources[@]}" || fail "Run scripts/lint.sh --fix."
 
-say "Running flake8 over ${#python[@]} files and shellcheck over ${#shell[@]}"
-flake8 --max-line-length 120 "${python[@]}" || fail "flake8 found something."
-shellcheck --shell=bash --severity=warning "${shell[@]}" || fail "shellcheck found something."
+log "Running flake8 over ${#python[@]} files and shellcheck over ${#shell[@]}"
+flake8 --max-line-length 120 "${python[@]}" || fail "flake8 reported problems."
+shellcheck --shell=bash --severity=warning "${shell[@]}" || fail "shellcheck reported problems."
 
-say "Running doxygen over the public headers"
+log "Checking the documents"
+/usr/bin/python3 -B scripts/check_documents.py || fail "The documents do not match the sources."
+
+log "Compiling and running the samples in other languages"
+scripts/check_samples.sh
+
+log "Running doxygen over the public headers"
 mkdir -p "$tree"
-{ check_documentation && check_constants; } || fail "doxygen found something."
+{ check_documentation && check_constants; } || fail "doxygen reported problems."
 
-say "Running clang-tidy (some three minutes)"
+log "Running clang-tidy (about three minutes)"
 configure_tree
 run_clang_tidy >"$log" 2>&1 \
-  || { grep -E -A3 'error:|warning:' "$log" >&2 || true; fail "clang-tidy found something; see $log."; }
-say "Nothing to mend."
+  || { grep -E -A3 'error:|warning:' "$log" >&2 || true; fail "clang-tidy reported problems; see $log."; }
+log "All checks passed."

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# On Windows, in Git's bash: runs the tests of a build that Debian made and that was copied here, without Wine. Each test
-# is reported by its name; what needs Debian is left out by its label.
+# On Windows, in Git's bash: runs the tests of a build that was made on Debian and copied here, without Wine. Tests with the
+# label debian are skipped.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

@@ -1,7 +1,7 @@
-# Sourced by scripts that start programs: each runs in a process group of its own, so that a signal ends the script at
-# once, and the group with it. Bash alone would wait for the end of a command in the foreground.
+# Sourced by scripts that start programs. Each program runs in its own process group, so that a signal ends the script
+# and the program at once. Bash would otherwise wait until a command in the foreground has exited.
 
-# The groups that run, by their leaders. Where record is set, RECORD.LEADER holds the time of a leader's start.
+# The running process groups, by their leaders. If record is set, the file RECORD.LEADER contains the leader's start time.
 groups=()
 record=
 
@@ -9,41 +9,41 @@ trap 'exit 129' HUP
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-start_time() { cut -d' ' -f22 "/proc/$1/stat" 2>/dev/null || echo ended; }
+start_time() { cut -d' ' -f22 "/proc/$1/stat" 2>/dev/null || echo exited; }
 
-# launch COMMAND...: starts it in the background; sets launched. It does not get descriptor 9, a session's lock.
-launch() {
+# start COMMAND...: starts it in the background and sets started. It does not inherit descriptor 9, the session's lock.
+start() {
   set -m
   "$@" 9>&- &
-  launched=$!
+  started=$!
   set +m
-  groups+=("$launched")
-  [ -z "$record" ] || start_time "$launched" >"$record.$launched"
+  groups+=("$started")
+  [ -z "$record" ] || start_time "$started" >"$record.$started"
 }
 
-# attend COMMAND...: runs it to its end.
-attend() {
-  launch "$@"
-  await "$launched"
+# run_and_wait COMMAND...: returns its exit status.
+run_and_wait() {
+  start "$@"
+  wait_for "$started"
 }
 
-# await GROUP: waits for the end of a launched one; its status.
-await() {
-  local status=0 left=() group
+# wait_for GROUP: waits until a started command has exited, and returns its exit status.
+wait_for() {
+  local status=0 remaining=() group
   wait "$1" || status=$?
-  for group in "${groups[@]}"; do [ "$group" = "$1" ] || left+=("$group"); done
-  groups=("${left[@]}")
+  for group in "${groups[@]}"; do [ "$group" = "$1" ] || remaining+=("$group"); done
+  groups=("${remaining[@]}")
   [ -z "$record" ] || rm -f "$record.$1"
   return "$status"
 }
 
-# What root runs for us, only root may signal.
+# Only root can signal a process that runs as root for us.
 signal_group() {
   kill "-$1" -- "-$2" 2>/dev/null && return 0
   ps -o pid= -g "$2" 2>/dev/null | grep -q . && [ "$(id -u)" -ne 0 ] && sudo -n kill "-$1" -- "-$2" 2>/dev/null
 }
 
-end_groups() {
+stop_groups() {
   local group
   for group in "$@"; do signal_group TERM "$group" || true; done
   for _ in $(seq 10); do

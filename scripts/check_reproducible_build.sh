@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Builds the DLLs once more, from a clone in another folder, and compares them with those of build/mingw byte for byte.
+# Builds the DLLs again, from a clone in another folder, and compares them with those in build/mingw byte by byte.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-. scripts/lib/say.sh
+. scripts/lib/log.sh
 
 readonly clone=$PWD/build/another/folder
-say "Building the DLLs once more (a minute)"
+log "Building the DLLs again (a minute)"
 rm -rf "$clone"
 git clone -q . "$clone"
 mkdir "$clone/build"
@@ -14,5 +14,5 @@ cp -r build/deps "$clone/build/"
     && cmake --build "$clone/build/mingw" --target ProductServices ProductServicesGuard; } >build/another/build.log 2>&1 \
   || fail "The build failed; see build/another/build.log."
 for name in ProductServices.dll ProductServicesGuard.dll; do
-  cmp "build/mingw/bin/$name" "$clone/build/mingw/bin/$name" || fail "Two builds of $name differ."
+  cmp "build/mingw/bin/$name" "$clone/build/mingw/bin/$name" || fail "The two builds of $name differ."
 done
