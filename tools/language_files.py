@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Language files of ProductServices.dll: made from the PO files of translators, and checked."""
+"""Builds the language files of ProductServices.dll from translators' PO files, and checks them."""
 
 import argparse
 import collections
@@ -8,34 +8,35 @@ import pathlib
 import re
 import sys
 
-from language_file_check import (TEXT_COUNT, FileError, at, file_problems, is_read_only, read_bytes, read_lines, shown,
-                                 structure_problems, text_problems, window_problems)
-from po_file import new_entry, po_bytes, read_po, require_polib
+from language_file_check import (TEXT_COUNT, FileError, displayed_text, file_problems, is_read_only, located,
+                                 read_bytes, read_lines, structure_problems, text_and_width_problems, text_problems)
+from po_file import new_entry, read_po, require_polib, serialize_po
 
 HERE = pathlib.Path(__file__).resolve().parent
-# The code of a PO file by its name; a header "X-Language-Code: US" in it wins, and --as over both.
+TEMPLATE = HERE.parent / "languages" / "product_services.pot"
+# The language code for the name of a PO file. A header "X-Language-Code: US" overrides it, and --code overrides both.
 CODES = {"en": "EN", "cs": "CZ", "de": "DE", "es": "ES", "fr": "FR", "it": "IT", "ja": "JA", "pl": "PL", "ru": "RU",
          "zh_TW": "TW", "zh_HK": "TW", "zh_Hant": "TW", "zh_CN": "ZH", "zh_Hans": "ZH", "en_US": "US"}
 EPILOG = """\
-Translators need build alone, makers check, too; what gettext has is left to it: msgfmt -c, msgmerge.
-A file that is there already and differs stays as it is without --overwrite.
-Exit status: 0 all is well, 1 something is wrong, 2 wrong usage."""
+Translators need only build, vendors also need check. For everything else there is gettext: msgfmt -c, msgmerge.
+Files that already exist and differ are not replaced without --force.
+Exit status: 0 success, 1 a problem was found, 2 invalid usage."""
 
 
-def keep_what_is_there(path, data, overwrite):
-    """Ends where writing `data` would replace another file without the user's leave."""
+def refuse_overwrite(path, data, force):
+    """Raises FileError if the file exists with other content and must not be replaced."""
     if not path.exists() or read_bytes(path) == data:
         return
-    if not overwrite:
-        raise FileError(f"{path} is there already and differs; --overwrite replaces it.")
+    if not force:
+        raise FileError(f"{path} already exists and differs; use --force to replace it.")
     if is_read_only(path):
         raise FileError(f"{path} is read-only.")
 
 
-def write_files(files, overwrite):
-    """Replaces each file as a whole, and none where one must not be replaced."""
+def write_files(files, force):
+    """Replaces each file as a whole. Writes none if one of them must not be replaced."""
     for path, data in files.items():
-        keep_what_is_there(path, data, overwrite)
+        refuse_overwrite(path, data, force)
     for path, data in files.items():
         new = path.with_name(path.name + ".new")
         try:
@@ -49,131 +50,162 @@ def write_files(files, overwrite):
 
 
 def read_english(template):
-    """The English texts of the template by their ids."""
+    """Returns the English texts of the template by their ids."""
     english = {}
     for entry in read_po(template):
         if not re.fullmatch("[0-9]{1,2}", entry.msgctxt or "") or int(entry.msgctxt) >= TEXT_COUNT:
-            raise FileError(at(template, entry.linenum, f"msgctxt is no text id from 0 to {TEXT_COUNT - 1}"))
+            raise FileError(located(template, entry.linenum, f"msgctxt must be a text id from 0 to {TEXT_COUNT - 1}"))
         english[int(entry.msgctxt)] = entry.msgid
     return english
 
 
-def read_translation(path, english, problems_of=text_problems):
-    """The texts of a PO file by their ids, English where there is no translation, and what is wrong with them."""
-    texts, lines, problems = dict(english), {}, []
+def validate_entry(path, entry, english, earlier):
+    """Returns the text id of an entry. Raises FileError if it does not match the template."""
+    line = entry.linenum
+    if entry.msgctxt not in map(str, english):
+        raise FileError(located(path, line, f"unknown text id {entry.msgctxt or '(none)'} in msgctxt"))
+    text_id = int(entry.msgctxt)
+    if text_id in earlier:
+        raise FileError(located(path, line, f"text {text_id} already appears in line {earlier[text_id].linenum}"))
+    if entry.msgid != english[text_id]:
+        raise FileError(located(path, line, f'text {text_id} is "{english[text_id]}" in English, not "{entry.msgid}"; '
+                                "update the file with msgmerge"))
+    return text_id
+
+
+def read_translation(path, english):
+    """Returns the entries of a PO file by their text ids. Raises FileError if they do not match the template."""
+    entries = {}
     for entry in read_po(path):
-        line = entry.linenum
-        if entry.msgctxt not in map(str, english):
-            raise FileError(at(path, line, f'msgctxt "{entry.msgctxt or ""}" is the id of no text'))
-        text_id = int(entry.msgctxt)
-        if text_id in lines:
-            raise FileError(at(path, line, f"text {text_id} is in line {lines[text_id]} already"))
-        if entry.msgid != english[text_id]:
-            raise FileError(at(path, line, f'text {text_id} is "{english[text_id]}" in English, not "{entry.msgid}"; '
-                               "msgmerge brings the file up to date"))
-        lines[text_id] = line
+        entries[validate_entry(path, entry, english, entries)] = entry
+    return entries
+
+
+def translated_texts(entries, english):
+    """Returns the texts by their ids, in English if there is no translation."""
+    texts = dict(english)
+    for text_id, entry in entries.items():
         if entry.translated():
             texts[text_id] = entry.msgstr
-            problems += [at(path, line, what) for what in problems_of(text_id, entry.msgstr, english[text_id])]
-    missing = [str(text_id) for text_id in english if text_id not in lines]
+    return texts
+
+
+def translation_problems(path, entries, english, check_width=False):
+    check = text_and_width_problems if check_width else text_problems
+    problems = []
+    for text_id, entry in entries.items():
+        if entry.translated():
+            problems += [located(path, entry.linenum, problem)
+                         for problem in check(text_id, entry.msgstr, english[text_id])]
+    missing = [str(text_id) for text_id in english if text_id not in entries]
     if missing:
-        problems.append(f"{path} lacks the texts {', '.join(missing)}: the file is cut off, or msgmerge must bring it "
-                        "up to date.")
-    return texts, problems
+        problems.append(f"{path} lacks the texts {', '.join(missing)}: it is truncated, or must be updated with "
+                        "msgmerge.")
+    return problems
 
 
-def known_texts(path, english, folder):
-    """Where texts belong: the English ones, and those of the file's language in the PO file beside the template."""
-    homes = collections.defaultdict(set)
+def load_known_texts(path, english, folder):
+    """Returns the text ids of the English texts, and of those in the file's language in the template's folder."""
+    known = [english]
     code = re.fullmatch(r"Vemo_(\w\w)\.lang", path.name)
-    files = [po for po in folder.glob("*.po") if code and CODES.get(po.stem) == code[1]]
-    for texts in [english, *(read_translation(po, english)[0] for po in files)]:
+    for po_file in folder.glob("*.po"):
+        if code and CODES.get(po_file.stem) == code[1]:
+            known.append(translated_texts(read_translation(po_file, english), english))
+    expected_ids = collections.defaultdict(set)
+    for texts in known:
         for text_id, text in texts.items():
-            homes[text.replace("\n", "|")].add(text_id)
-    return homes
+            expected_ids[text.replace("\n", "|")].add(text_id)
+    return expected_ids
 
 
 def check_file(path, english, folder):
     try:
         if path.suffix == ".po":
-            return read_translation(path, english, window_problems)[1]
-        return list(file_problems(path, english, known_texts(path, english, folder)))
+            return translation_problems(path, read_translation(path, english), english, check_width=True)
+        return list(file_problems(path, english, load_known_texts(path, english, folder)))
     except FileError as error:
         return [str(error)]
 
 
 def check(options):
-    """A folder stands for the language files below it."""
+    """Checks files, and all language files in folders."""
     english = read_english(options.template)
     problems = []
     for path in options.files:
-        found = sorted(path.rglob("Vemo_*.lang")) if path.is_dir() else [path]
-        if not found:
-            problems.append(f"{path} is a folder without language files.")
-        for each in found:
-            problems += check_file(each, english, options.template.parent)
+        files = sorted(path.rglob("Vemo_*.lang")) if path.is_dir() else [path]
+        if not files:
+            problems.append(f"{path} contains no language files.")
+        for file in files:
+            problems += check_file(file, english, options.template.parent)
     return problems
 
 
-def code_of(path, given=None):
-    """The language code of a PO file: what is given, or from its name, where fr.po and fr_CA.po are both for FR."""
+def language_code(path, code=None):
+    """Returns the code of a PO file, which is `code` if given. fr.po and fr_CA.po both have FR."""
     name = path.stem.replace("-", "_")
-    code = given or CODES.get(name) or CODES.get(name.split("_")[0])
+    code = code or CODES.get(name) or CODES.get(name.split("_")[0])
     if code not in CODES.values():
-        raise FileError(f"{path} is for no language that a host can ask for; these are {', '.join(CODES)}. Every other "
-                        "one can be built with --as US, which hosts show for ids that they do not know.")
+        raise FileError(f"{path}: no language code for this file name. Known: {', '.join(CODES)}. Build any other "
+                        "language with --code US, the fallback for unknown ids.")
     return code
 
 
 def build(options):
     english = read_english(options.template)
-    sources, made, problems = {}, {}, []
+    sources, outputs, problems = {}, {}, []
     for path in options.files:
-        texts, found = read_translation(path, english)
-        problems += found
-        code = code_of(path, options.code or read_po(path).metadata.get("X-Language-Code"))
+        entries = read_translation(path, english)
+        problems += translation_problems(path, entries, english)
+        code = language_code(path, options.code or read_po(path).metadata.get("X-Language-Code"))
         if code in sources:
-            raise FileError(f"{sources[code]} and {path} are both for {code}, for which hosts find one file; choose.")
+            raise FileError(f"{sources[code]} and {path} both have the code {code}; use only one of them.")
         sources[code] = path
+        texts = translated_texts(entries, english)
         lines = [texts.get(i, f"(reserved {i})").replace("\n", "|") for i in range(TEXT_COUNT)]
-        made[options.into / code / f"Vemo_{code}.lang"] = "\n".join(lines).encode("utf-16-le")
-    write_files(made if not problems else {}, options.overwrite)
+        outputs[options.output / code / f"Vemo_{code}.lang"] = "\n".join(lines).encode("utf-16-le")
+    if not problems:
+        write_files(outputs, options.force)
     return problems
 
 
 def import_file(options):
-    """What an editor may have added is left away: byte-order mark, carriage returns, last line feed."""
+    """Ignores what an editor may have added: a byte-order mark, carriage returns and a final line feed."""
     entries, english = read_po(options.template), read_english(options.template)
     code = "US" if options.source.name == "Vemo_US.lang" else None
-    code_of(options.target, code)
+    language_code(options.target, code)
     lines, problems = read_lines(options.source)
     if lines[TEXT_COUNT:] in ([""], ["\r"]):
         lines.pop()
-    homes = known_texts(options.source, english, options.template.parent)
-    problems += structure_problems(options.source, lines, english, homes)
+    expected_ids = load_known_texts(options.source, english, options.template.parent)
+    problems += structure_problems(options.source, lines, english, expected_ids)
     if not problems:
         for entry in entries:
-            text = shown(lines[int(entry.msgctxt)])
+            text = displayed_text(lines[int(entry.msgctxt)])
             entry.msgstr = "" if text == entry.msgid else text
-        write_files({options.target: po_bytes(entries, options.target.stem, code)}, options.overwrite)
+        write_files({options.target: serialize_po(entries, options.target.stem, code)}, options.force)
     return problems
 
 
+def read_source(path):
+    return read_bytes(path).decode("utf-8").replace("\r", "")
+
+
 def built_in_entries(sources):
-    """An entry for each built-in text that is shown, from the library's sources."""
-    names, table = (read_bytes(sources / name).decode("utf-8").replace("\r", "")
-                    for name in ("text_ids.h", "default_texts.cpp"))
+    """Yields an entry for each built-in text that is displayed, from the sources of the library."""
+    ids_header, table = read_source(sources / "text_ids.h"), read_source(sources / "default_texts.cpp")
     texts = dict(re.findall(r'\{text_ids::(\w+),\s*L"((?:[^"\\]|\\.)*)"\}', table))
-    ids = re.findall(r"((?:^/// .*\n)+)inline constexpr TextId (\w+) = (\d+);", names, re.MULTILINE)
-    if not len(texts) == len(ids) == names.count("constexpr") or {name for _, name, _ in ids} != set(texts):
-        raise FileError(f"{sources}: text_ids.h and default_texts.cpp differ in their texts, or a comment is missing.")
-    for comment, name, text_id in ids:
+    declarations = re.findall(r"((?:^/// .*\n)+)inline constexpr TextId (\w+) = (\d+);", ids_header, re.MULTILINE)
+    if len(declarations) != ids_header.count("constexpr"):
+        raise FileError(f"{sources / 'text_ids.h'}: a text id has no comment.")
+    if {name for _, name, _ in declarations} != set(texts):
+        raise FileError(f"{sources}: text_ids.h and default_texts.cpp do not have the same texts.")
+    for comment, name, text_id in declarations:
         if not comment.startswith("/// Not shown"):
             yield new_entry(text_id, texts[name], comment.replace("/// ", "").strip())
 
 
-def make_template(options):
-    write_files({options.target: po_bytes(built_in_entries(options.sources))}, options.overwrite)
+def update_template(options):
+    write_files({options.target: serialize_po(built_in_entries(options.sources))}, options.force)
     return []
 
 
@@ -181,42 +213,56 @@ def parse_options():
     parser = argparse.ArgumentParser(description=__doc__, epilog=EPILOG, allow_abbrev=False,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
-    english = HERE.parent / "languages" / "product_services.pot"
-    for name, action, text, arguments in (
-            ("build", build, "makes lang/FR/Vemo_FR.lang of fr.po", ("files FILE.po",)),
-            ("check", check, "says what a user would see wrong", ("files FILE.lang|FILE.po|FOLDER",)),
-            ("import", import_file, "makes a PO file of a language file", ("source FILE.lang", "target FILE.po")),
-            ("template", make_template, "writes the built-in texts' template", ("target FILE.pot",))):
-        command = commands.add_parser(name, help=text, description=text, allow_abbrev=False)
+
+    def add_command(name, action, description):
+        command = commands.add_parser(name, help=description, description=description, allow_abbrev=False)
         command.set_defaults(action=action)
-        for argument, metavar in map(str.split, arguments):
-            command.add_argument(argument, type=pathlib.Path, metavar=metavar,
-                                 nargs="+" if argument == "files" else None)
-        if name == "template":
-            command.add_argument("--sources", type=pathlib.Path, default=HERE.parent / "src" / "text", metavar="FOLDER")
-        else:
-            command.add_argument("--template", type=pathlib.Path, default=english, metavar="FILE.pot",
-                                 help="the English texts (%(default)s)")
-        if name == "build":
-            command.add_argument("--into", type=pathlib.Path, default=pathlib.Path("lang"), metavar="FOLDER",
-                                 help="(%(default)s)")
-            command.add_argument("--as", dest="code", metavar="CODE", choices=sorted(set(CODES.values())),
-                                 help="makes the file of another code: US, for a language that no host can ask for")
-        if name != "check":
-            command.add_argument("--overwrite", action="store_true", help="replace files that are there and differ")
+        return command
+
+    def add_path(command, name, metavar, **properties):
+        command.add_argument(name, type=pathlib.Path, metavar=metavar, **properties)
+
+    def add_template(command):
+        add_path(command, "--template", "FILE.pot", default=TEMPLATE, help="the English texts (default: %(default)s)")
+
+    def add_force(command):
+        command.add_argument("--force", action="store_true", help="replace existing files that differ")
+
+    command = add_command("build", build, "build lang/FR/Vemo_FR.lang from fr.po")
+    add_path(command, "files", "FILE.po", nargs="+")
+    add_template(command)
+    add_path(command, "--output", "FOLDER", default=pathlib.Path("lang"), help="(default: %(default)s)")
+    command.add_argument("--code", metavar="CODE", choices=sorted(set(CODES.values())),
+                         help="the language code, such as US for a language without a code")
+    add_force(command)
+
+    command = add_command("check", check, "report problems that a user would see")
+    add_path(command, "files", "FILE.lang|FILE.po|FOLDER", nargs="+")
+    add_template(command)
+
+    command = add_command("import", import_file, "convert a language file to a PO file")
+    add_path(command, "source", "FILE.lang")
+    add_path(command, "target", "FILE.po")
+    add_template(command)
+    add_force(command)
+
+    command = add_command("update-template", update_template, "write the template of the built-in texts")
+    add_path(command, "target", "FILE.pot")
+    add_path(command, "--sources", "FOLDER", default=HERE.parent / "src" / "text")
+    add_force(command)
     return parser.parse_args()
 
 
 def main():
     options = parse_options()
-    sys.stdout.reconfigure(errors="backslashreplace")  # for consoles of Windows
+    sys.stdout.reconfigure(errors="backslashreplace")  # for consoles on Windows
     try:
         require_polib()
         problems = options.action(options)
     except FileError as error:
         problems = [error]
-    for sentence in problems:
-        print(sentence)
+    for problem in problems:
+        print(problem)
     return 1 if problems else 0
 
 

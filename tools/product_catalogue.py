@@ -4,19 +4,19 @@ import json
 import pathlib
 import re
 
-# The values are not escaped, so each reaches to the first "&name=" of the next field.
+# The values are not escaped, so each ends at the first "&name=" of the next field.
 QUERY = re.compile("api_key=(.*?)&key=(.*?)&hardware_id=(.*?)&version=(.*?)&up=([01])", re.DOTALL)
 
-TEXTS = "name", "version", "url"
+STRINGS = "name", "version", "url"
 
 
-def fail(sentence):
-    raise SystemExit(f"product_service: {sentence}")
+def fail(message):
+    raise SystemExit(f"product_service: {message}")
 
 
 def check_offer(place, offer):
-    if not set(TEXTS) <= set(offer) <= {*TEXTS, "percent"} or any(not isinstance(offer[text], str) for text in TEXTS):
-        raise ValueError(f'{place}: it must have the texts "name", "version" and "url" and nothing else but "percent"')
+    if not set(STRINGS) <= set(offer) <= {*STRINGS, "percent"} or any(not isinstance(offer[name], str) for name in STRINGS):
+        raise ValueError(f'{place}: it must have the strings "name", "version" and "url", and nothing else but "percent"')
     percent = offer.get("percent", 100)
     if type(percent) is not int or not 1 <= percent <= 100:
         raise ValueError(f'{place}: "percent" must be a whole number from 1 to 100')
@@ -35,7 +35,7 @@ def load_catalogue(path):
                     check_offer(f'"{key}" version "{version}", offer {number}', offer)
         return catalogue
     except (AttributeError, TypeError, ValueError, RecursionError) as error:
-        fail(f"the catalogue {path} is broken: {error}")
+        fail(f"the catalogue {path} is invalid: {error}")
 
 
 def offer_lists(catalogue):
@@ -58,20 +58,20 @@ def visible_offers(offers, number):
     return [offer for offer in offers if number < first_hidden(offer.get("percent", 100))]
 
 
-# An answer is its name in the log, its body (None closes the connection) and its status.
+# An answer consists of its name in the log, its body (None closes the connection) and its status.
 def refusal(error, *status):
     return f"refusal: {error}", json.dumps({"status": 0, "error": error}).encode(), *status
 
 
 def offer_list(offers):
     if not offers:
-        return "nothing newer (empty body)", b""  # and not an empty array
-    body = json.dumps([{text: offer[text] for text in TEXTS} for offer in offers],
+        return "nothing newer (empty body)", b""  # the library expects no empty array
+    body = json.dumps([{name: offer[name] for name in STRINGS} for offer in offers],
                       ensure_ascii=False).encode("utf-8", "surrogatepass")
     return "1 offer" if len(offers) == 1 else f"{len(offers)} offers", body
 
 
-def look_up(catalogue, query):
+def find_offers(catalogue, query):
     if not query:
         return refusal("malformed query", 400)
     versions = catalogue.get(query[2], "unknown product key")

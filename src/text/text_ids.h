@@ -2,7 +2,7 @@
 
 #include "text/text_table.h"
 
-// Translators read the comments below: `tools/language_files.py template` copies them into
+// Translators read the comments below: `tools/language_files.py update-template` copies them into
 // languages/product_services.pot, except those that begin with "Not shown".
 namespace product_services::text_ids {
 
