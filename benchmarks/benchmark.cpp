@@ -1,8 +1,8 @@
-// benchmark DLL ADDRESS ROUNDS SERIES...: loads the DLL into a host that has its windows open and measures
-// the series in turn, so that a busy moment of the machine meets them all. Bare posts go to ADDRESS. Prints
-// lines "SERIES: NUMBER", microseconds but for the working set's bytes.
-#include "measure.h"
-#include "painted_dialogs.h"
+// benchmark DLL URL ROUNDS SERIES...: loads the DLL into a host with open windows and measures the series
+// alternately, so that a busy moment of the machine affects all of them. Bare posts go to URL. Prints lines
+// "SERIES: NUMBER", in microseconds, except for the working set, which is in bytes.
+#include "benchmark_common.h"
+#include "paint_timing.h"
 #include "product_family.h"
 #include "product_services/guarded_calls.h"
 #include "product_services/product_services.h"
@@ -98,7 +98,7 @@ std::size_t KeepReply(char* data, std::size_t size, std::size_t count, void*)
 void BarePost()
 {
     using Post = CURLcode(const char* address, const char* body, curl_write_callback write);
-    static const auto post = Find<Post>(LoadLibraryW(L"CurlAlone.dll"), "Post");
+    static const auto post = Find<Post>(LoadLibraryW(L"CurlBaseline.dll"), "Post");
     Require(post(address, UpdateQuery.c_str(), KeepReply) == CURLE_OK);
 }
 

@@ -1,12 +1,12 @@
-// Stands in for libcurl in a DLL of the library: answers a post at once with the working directory's
-// reply.json, and the connectivity probe with "1".
-#include "curl_stand_in.h"
-#include "measure.h"
+// Replaces libcurl's transfers in a DLL of the library: an update query is answered at once with reply.json in
+// the working directory, and the connectivity probe with "1".
+#include "support/curl_stub.h"
+#include "benchmark_common.h"
 
 static std::string offers = ReadReply();
 static std::string probeAnswer = "1";
 
-// When the last answer had arrived: its write function had returned.
+// The time at which the write function of the last answer returned.
 extern "C" __declspec(dllexport) double lastArrival;
 double lastArrival = 0;
 

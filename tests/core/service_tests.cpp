@@ -1,4 +1,4 @@
-#include "../benchmarks/curl_stand_in.h"
+#include "support/curl_stub.h"
 #include "service/service_client.h"
 #include "service/text_conversion.h"
 
@@ -69,9 +69,9 @@ TEST(Post, CallsLibcurlInOrder)
 TEST(Post, SendsNothingWithoutAHandle)
 {
     Post({"an earlier reply"});
-    curlGivesHandle = false;
+    curlInitSucceeds = false;
     EXPECT_EQ(Post({"never read"}), "");
-    curlGivesHandle = true;
+    curlInitSucceeds = true;
     const Texts expected{"global_init 3", "easy_init", "slist_append null Expect:"};
     EXPECT_EQ(curlCalls, expected);
 }

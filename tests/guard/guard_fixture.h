@@ -63,7 +63,7 @@ inline const GuardedResult NewerRelease{PRODUCT_SERVICES_OUTCOME_NEWER_RELEASE, 
 class GuardTest : public DllTest
 {
 protected:
-    GuardTest() : DllTest(L"ProductServicesGuardForTests.dll")
+    GuardTest() : DllTest(L"TestProductServicesGuard.dll")
     {
         params.size = sizeof params;
         params.languageId = PRODUCT_SERVICES_LANGUAGE_EN;

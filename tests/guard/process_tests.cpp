@@ -53,7 +53,7 @@ TEST_F(HostProcess, RunsDpiUnawareUnlessOptedOut)
 
 TEST_F(HostProcess, CanLoadBothLibraries)
 {
-    const HMODULE direct = LoadLibraryW(L"ProductServicesForTests.dll");
+    const HMODULE direct = LoadLibraryW(L"TestProductServices.dll");
     void* const address = reinterpret_cast<void*>(GetProcAddress(direct, "CheckForUpdates"));
     const auto check = reinterpret_cast<decltype(&CheckForUpdates)>(address);
     wchar_t text[100] = L"";

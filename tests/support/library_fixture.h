@@ -24,7 +24,7 @@ class LibraryTest : public DllTest
 protected:
     static constexpr std::uint32_t UntouchedCode = 0xFFFFFFFF;
 
-    LibraryTest() : DllTest(L"ProductServicesForTests.dll") { Load(); }
+    LibraryTest() : DllTest(L"TestProductServices.dll") { Load(); }
 
     ~LibraryTest() override
     {

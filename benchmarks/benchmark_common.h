@@ -1,18 +1,18 @@
-// What the program and the stand-in for libcurl share.
+// Shared by the benchmark program and offline_curl.cpp.
 #pragma once
 
 #include <chrono>
 #include <fstream>
 #include <string>
 
-/// Microseconds, by one clock for the program and its DLLs.
+/// Returns the time in microseconds, from a clock that the program and its DLLs share.
 inline double Now()
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration<double, std::micro>(now).count();
 }
 
-/// The reply of the service that there is without a network.
+/// Reads the reply of the service for benchmarks without a network.
 inline std::string ReadReply()
 {
     std::string reply;

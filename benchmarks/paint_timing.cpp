@@ -1,6 +1,6 @@
-#include "painted_dialogs.h"
+#include "paint_timing.h"
 
-#include "measure.h"
+#include "benchmark_common.h"
 #include "resource.h"
 
 #include <commctrl.h>

@@ -1,24 +1,24 @@
-#include "curl_stand_in.h"
+#include "curl_stub.h"
 
 #include <cstdarg>
 
 #undef curl_easy_setopt
 
 std::vector<std::string> curlCalls;
-bool curlGivesHandle = true;
+bool curlInitSucceeds = true;
 
 namespace {
 
-CurlTransfer transfer; // there is one at a time
+CurlTransfer transfer; // one at a time
 curl_slist list{};
 
-const char* NameOf(bool isNull, const char* name)
+const char* NameOrNull(bool isNull, const char* name)
 {
     return isNull ? "null" : name;
 }
 
-// Keeps what a transfer needs, and gives the value to be noted.
-std::string TakeOption(CURLoption option, std::va_list& arguments)
+// Stores the options that a transfer needs, and returns the value to be recorded.
+std::string StoreOption(CURLoption option, std::va_list& arguments)
 {
     if (option == CURLOPT_WRITEFUNCTION) {
         transfer.write = va_arg(arguments, curl_write_callback);
@@ -47,14 +47,14 @@ CURLcode curl_global_init(long flags)
 CURL* curl_easy_init()
 {
     curlCalls.emplace_back("easy_init");
-    return curlGivesHandle ? &transfer : nullptr;
+    return curlInitSucceeds ? &transfer : nullptr;
 }
 
 CURLcode curl_easy_setopt(CURL*, CURLoption option, ...)
 {
     std::va_list arguments{};
     va_start(arguments, option);
-    const std::string value = TakeOption(option, arguments);
+    const std::string value = StoreOption(option, arguments);
     va_end(arguments);
     curlCalls.push_back("setopt " + std::to_string(option) + " " + value);
     return CURLE_OK;
@@ -68,21 +68,21 @@ CURLcode curl_easy_perform(CURL*)
 
 void curl_easy_cleanup(CURL* handle)
 {
-    curlCalls.push_back(std::string("cleanup ") + NameOf(!handle, "handle"));
+    curlCalls.push_back(std::string("cleanup ") + NameOrNull(!handle, "handle"));
 }
 
-curl_slist* curl_slist_append(curl_slist* former, const char* text)
+curl_slist* curl_slist_append(curl_slist* previous, const char* text)
 {
-    curlCalls.push_back(std::string("slist_append ") + NameOf(!former, "list") + " " + text);
+    curlCalls.push_back(std::string("slist_append ") + NameOrNull(!previous, "list") + " " + text);
     return &list;
 }
 
 void curl_slist_free_all(curl_slist* freed)
 {
-    curlCalls.push_back(std::string("slist_free_all ") + NameOf(!freed, "list"));
+    curlCalls.push_back(std::string("slist_free_all ") + NameOrNull(!freed, "list"));
 }
 
 void curl_formfree(curl_httppost* form)
 {
-    curlCalls.push_back(std::string("formfree ") + NameOf(!form, "form"));
+    curlCalls.push_back(std::string("formfree ") + NameOrNull(!form, "form"));
 }

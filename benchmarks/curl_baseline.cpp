@@ -1,4 +1,4 @@
-// A DLL that holds libcurl and one post, and imports what the library imports.
+// A DLL that contains only libcurl and one post, with the same imports as the library.
 #include <curl/curl.h>
 #include <windows.h>
 
@@ -19,7 +19,7 @@ extern "C" __declspec(dllexport) CURLcode
     return result;
 }
 
-// One function of each DLL that the library imports and libcurl does not.
+// One function of each DLL that the library imports but libcurl does not.
 extern "C" __declspec(dllexport) void* const Imports[]{
     reinterpret_cast<void*>(BitBlt), reinterpret_cast<void*>(ShellExecuteW), reinterpret_cast<void*>(StrCpyW),
     reinterpret_cast<void*>(MessageBoxW)};
