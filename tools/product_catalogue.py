@@ -15,8 +15,10 @@ def fail(message):
 
 
 def check_offer(place, offer):
-    if not set(STRINGS) <= set(offer) <= {*STRINGS, "percent"} or any(not isinstance(offer[name], str) for name in STRINGS):
-        raise ValueError(f'{place}: it must have the strings "name", "version" and "url", and nothing else but "percent"')
+    has_members = set(STRINGS) <= set(offer) <= {*STRINGS, "percent"}
+    if not has_members or any(not isinstance(offer[name], str) for name in STRINGS):
+        raise ValueError(f'{place}: it must have the strings "name", "version" and "url", '
+                         'and nothing else but "percent"')
     percent = offer.get("percent", 100)
     if type(percent) is not int or not 1 <= percent <= 100:
         raise ValueError(f'{place}: "percent" must be a whole number from 1 to 100')

@@ -1,4 +1,4 @@
-# vcpkg's triplet of this name, for the overlay port in ../vcpkg. Everything but that port is built as always.
+# vcpkg's triplet of this name, with settings for the overlay port in ../vcpkg. Other ports are built as usual.
 set(VCPKG_TARGET_ARCHITECTURE x64)
 set(VCPKG_CRT_LINKAGE dynamic)
 set(VCPKG_LIBRARY_LINKAGE dynamic)
@@ -8,7 +8,7 @@ if(PORT STREQUAL "product-services")
     set(family "${checkout}/product_family/sample") # put the folder of your product family here
     set(VCPKG_CMAKE_CONFIGURE_OPTIONS "-DPRODUCT_FAMILY_DIR=${family}")
 
-    # vcpkg knows a port by the files beside its portfile. This port is built from these, too.
+    # vcpkg hashes the files in the folder of a port. This port is also built from these files.
     file(GLOB_RECURSE VCPKG_HASH_ADDITIONAL_FILES
         "${checkout}/cmake/*" "${checkout}/compat/*" "${checkout}/guard/*" "${checkout}/include/*"
         "${checkout}/languages/*" "${checkout}/samples/*" "${checkout}/src/*" "${checkout}/tools/*" "${family}/*")

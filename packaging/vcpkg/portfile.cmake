@@ -1,9 +1,9 @@
-# An overlay port that builds the checkout that it is in. This is written after vcpkg's documentation and has not run.
-# Visual Studio needs MFC, and Python polib:
+# An overlay port that builds the checkout that contains it. It needs Visual Studio with MFC, and Python with polib. It follows
+# vcpkg's documentation and has not been tested yet:
 #
 #   vcpkg install product-services --overlay-ports=CHECKOUT/packaging/vcpkg --overlay-triplets=CHECKOUT/packaging/triplets
 #
-# The overlay triplet names the product family, and has vcpkg's binary cache notice when the sources change.
+# The overlay triplet specifies the product family, and makes vcpkg's binary cache detect changes of the sources.
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY ONLY_DYNAMIC_CRT)
 get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../.." ABSOLUTE)
 
@@ -12,9 +12,11 @@ vcpkg_cmake_install()
 vcpkg_copy_pdbs()
 vcpkg_cmake_config_fixup(PACKAGE_NAME ProductServices CONFIG_PATH lib/cmake/ProductServices)
 vcpkg_fixup_pkgconfig()
+vcpkg_copy_tools(TOOL_NAMES ProductServicesTool SEARCH_DIR "${CURRENT_PACKAGES_DIR}/tools")
+file(REMOVE "${CURRENT_PACKAGES_DIR}/tools/ProductServicesTool.exe")
 
 file(REMOVE_RECURSE "${CURRENT_PACKAGES_DIR}/debug/include" "${CURRENT_PACKAGES_DIR}/debug/lang"
-    "${CURRENT_PACKAGES_DIR}/debug/share")
+    "${CURRENT_PACKAGES_DIR}/debug/share" "${CURRENT_PACKAGES_DIR}/debug/tools")
 file(MAKE_DIRECTORY "${CURRENT_PACKAGES_DIR}/share/${PORT}")
 file(RENAME "${CURRENT_PACKAGES_DIR}/lang" "${CURRENT_PACKAGES_DIR}/share/${PORT}/lang")
 foreach(name CHANGELOG.md LICENSE SECURITY.md)

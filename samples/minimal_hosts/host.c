@@ -1,5 +1,5 @@
 /* A host in C: both calls, guarded. Any compiler for 64-bit Windows will do, with ProductServicesGuard.dll
- * beside the program. */
+ * in the folder of the program. */
 #include <product_services/guarded_calls.h>
 
 #include <fcntl.h>

@@ -1,5 +1,5 @@
 // A host in C++20: both calls, guarded. Any compiler for 64-bit Windows will do, with
-// ProductServicesGuard.dll beside the program.
+// ProductServicesGuard.dll in the folder of the program.
 #include <product_services/product_services.hpp>
 
 #include <cstdio>

@@ -1,12 +1,12 @@
 # A host that cannot load ProductServicesGuard.dll: a script for Windows PowerShell 5.1 or later, which runs
-# ProductServicesTool and reads its JSON. No test runs it, because it needs Windows.
+# ProductServicesTool and parses its JSON. No test runs this script, because it needs Windows.
 #
 #     powershell -File check_for_updates.ps1 -Product NAME -Version TEXT -ApiKey KEY -TrustedHosts LIST
 param(
     [Parameter(Mandatory)] [string] $Product,
     [Parameter(Mandatory)] [string] $Version,
     [Parameter(Mandatory)] [string] $ApiKey,
-    # The hosts that a URL may lead to, such as "example.com;*.example.com".
+    # The hosts to which a URL may lead, such as "example.com;*.example.com".
     [Parameter(Mandatory)] [string] $TrustedHosts,
     [string] $Tool = (Join-Path $PSScriptRoot 'ProductServicesTool.exe')
 )
@@ -14,9 +14,9 @@ param(
 [Console]::OutputEncoding = [Text.Encoding]::UTF8
 $output = & $Tool check --product $Product --version $Version --api-key $ApiKey `
     --trusted-hosts $TrustedHosts --time-limit 15 --json
-# 0: the service was asked and answered. 1: it was not. 2: wrong usage, which is on the standard error.
+# 0: the service has answered. 1: it has not. 2: invalid usage, which the tool has reported on stderr.
 if ($LASTEXITCODE -notin 0, 1) {
-    throw "$Tool ended with status $LASTEXITCODE"
+    throw "$Tool exited with status $LASTEXITCODE"
 }
 
 $result = $output | ConvertFrom-Json

@@ -1,5 +1,5 @@
-"""A host that cannot load ProductServicesGuard.dll, such as a script or a 32-bit program: it runs ProductServicesTool,
-which is beside it or named on the command line.
+"""A host that cannot load ProductServicesGuard.dll, such as a script or a 32-bit program. It runs ProductServicesTool,
+which is in the same folder or passed as an argument.
 
     python check_for_updates.py [PATH_OF_TOOL]
 """
@@ -14,11 +14,11 @@ PRODUCT = ["--product", "Example Draft", "--version", "2026.1", "--api-key", "dr
 
 
 def check(tool):
-    """The result of an update check, with the members outcome, code and text."""
+    """Returns the result of an update check, with the members outcome, code and text."""
     completed = subprocess.run([tool, "check", *PRODUCT, "--time-limit", "15", "--json"], stdout=subprocess.PIPE,
                                stdin=subprocess.DEVNULL, encoding="utf-8", check=False)
-    if completed.returncode not in (0, 1):  # wrong usage, which the tool has written to the standard error
-        sys.exit(f"{tool} ended with status {completed.returncode}")
+    if completed.returncode not in (0, 1):  # invalid usage, which the tool has reported on stderr
+        sys.exit(f"{tool} exited with status {completed.returncode}")
     return json.loads(completed.stdout)
 
 
@@ -35,8 +35,8 @@ def describe(outcome, text):
 
 
 def main():
-    beside = pathlib.Path(__file__).resolve().with_name("ProductServicesTool.exe")
-    result = check(sys.argv[1] if len(sys.argv) > 1 else beside)
+    default = pathlib.Path(__file__).resolve().with_name("ProductServicesTool.exe")
+    result = check(sys.argv[1] if len(sys.argv) > 1 else default)
     print(describe(result["outcome"], result["text"]))
 
 

@@ -1,5 +1,5 @@
-"""A host in Python for 64-bit Windows: both calls, guarded. ProductServicesGuard.dll lies beside it.
-A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they mean."""
+"""A host in Python for 64-bit Windows: both calls, guarded. ProductServicesGuard.dll must be in the
+same folder. The declarations are those of guarded_calls.h and publisher.h, which describe them."""
 
 import concurrent.futures
 import ctypes

@@ -1,6 +1,5 @@
-// A host in Delphi or Free Pascal: both calls, guarded. Build it for Win64, with ProductServicesGuard.dll beside the
-// program. A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they
-// mean.
+// A host in Delphi or Free Pascal: both calls, guarded. Build it for Win64, with ProductServicesGuard.dll in its
+// folder. The declarations are those of guarded_calls.h and publisher.h, which describe them.
 program Host;
 
 {$ifdef FPC}{$mode delphi}{$endif}
@@ -79,8 +78,8 @@ begin
   params.cancelFlag := @isEnding;
   params.resultText := buffer;
   params.resultTextCapacity := Length(buffer);
-  // Windows' libraries count on masked floating-point exceptions: with all of them unmasked a call may not return.
-  // A host that loads the DLL itself, with LoadLibrary, masks them around that too, or loading fails.
+  // Windows' DLLs expect masked floating-point exceptions: with all of them unmasked, a call may not return. A host
+  // that loads the DLL with LoadLibrary must also mask them around that call, or loading fails.
   mask := SetExceptionMask([exInvalidOp, exDenormalized, exZeroDivide, exOverflow, exUnderflow, exPrecision]);
   try
     Result := guarded(params);

@@ -1,8 +1,8 @@
-// A host in C#: both calls, guarded. Build it as x64, with ProductServicesGuard.dll beside the program:
+// A host in C#: both calls, guarded. Build it as x64, with ProductServicesGuard.dll in the folder of the program:
 //
 //     csc /platform:x64 host.cs
 //
-// A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they mean.
+// The declarations are those of guarded_calls.h and publisher.h, which describe them.
 using System;
 using System.Runtime.InteropServices;
 using System.Text;
@@ -48,7 +48,7 @@ static class Host
     [DllImport("ProductServicesGuard.dll", CallingConvention = CallingConvention.Cdecl, CharSet = CharSet.Unicode)]
     static extern uint VerifyPublisher(string path, string publisher, IntPtr text, uint textCapacity);
 
-    // Four bytes that stay where they are.
+    // Four bytes at a fixed address.
     static readonly IntPtr isEnding = Marshal.AllocHGlobal(4);
 
     static uint Call(GuardedFunction function, uint options, out string text)
@@ -86,7 +86,7 @@ static class Host
         }
     }
 
-    [STAThread] // as the thread that shows the host's windows
+    [STAThread] // this thread shows windows
     static void Main()
     {
         Console.OutputEncoding = new UTF8Encoding(false);

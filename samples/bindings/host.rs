@@ -1,8 +1,8 @@
-// A host in Rust: both calls, guarded. Build it for 64-bit Windows, with ProductServicesGuard.dll beside the program:
+// A host in Rust: both calls, guarded. Build it for 64-bit Windows, with ProductServicesGuard.dll in its folder:
 //
 //     rustc -L LIB host.rs       (LIB is the folder lib of the package)
 //
-// A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they mean.
+// The declarations are those of guarded_calls.h and publisher.h, which describe them.
 #![allow(non_snake_case, dead_code)]
 
 use std::sync::atomic::AtomicU32;

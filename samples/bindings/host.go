@@ -1,6 +1,5 @@
-// A host in Go: both calls, guarded. Build it with GOOS=windows GOARCH=amd64, with ProductServicesGuard.dll beside the
-// program. A test compares the declarations of this file with guarded_calls.h and publisher.h, which say what they
-// mean.
+// A host in Go: both calls, guarded. Build it with GOOS=windows GOARCH=amd64, with ProductServicesGuard.dll in its
+// folder. The declarations are those of guarded_calls.h and publisher.h, which describe them.
 package main
 
 import (
@@ -86,7 +85,7 @@ func describe(outcome uint32, text string) string {
 }
 
 func main() {
-	runtime.LockOSThread() // a window belongs to the thread that made it
+	runtime.LockOSThread() // a window belongs to the thread that created it
 
 	checked := make(chan string)
 	go func() {
