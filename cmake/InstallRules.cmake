@@ -1,7 +1,7 @@
-# What a package of either build holds.
+# The files that the packages of both builds contain.
 include(CMakePackageConfigHelpers)
 
-# As Visual Studio's compilers say it; mingw's say nothing.
+# Visual Studio's compilers report their architecture; mingw's do not.
 set(package_processor "${CMAKE_CXX_COMPILER_ARCHITECTURE_ID}")
 if(MINGW)
     set(package_processor x64)
@@ -14,6 +14,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/ProductServicesConfigVer
     COMPATIBILITY SameMajorVersion)
 
 install(TARGETS ProductServices ProductServicesGuard RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
+install(TARGETS ProductServicesTool RUNTIME DESTINATION tools)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/product_services" DESTINATION include)
 install(FILES
     "${PROJECT_BINARY_DIR}/ProductServicesConfig.cmake" "${PROJECT_BINARY_DIR}/ProductServicesConfigVersion.cmake"

@@ -1,18 +1,18 @@
-# Makes the language files from the translations: lang/XX/Vemo_XX.lang in the folder of the built programs.
-set(PRODUCT_LANGUAGES_DIR "${PROJECT_SOURCE_DIR}/languages" CACHE PATH
-    "The translations: cs.po, de.po and the like, as in the folder languages")
+# Builds the language files from the translations: lang/XX/Vemo_XX.lang in the output folder of the programs.
+set(PRODUCT_TRANSLATIONS_DIR "${PROJECT_SOURCE_DIR}/languages" CACHE PATH
+    "The folder with the translations: cs.po, de.po and so on")
 
-# A path may have a [, which begins a set of characters in a pattern.
-string(REGEX REPLACE "([[*?])" "[\\1]" literal_dir "${PRODUCT_LANGUAGES_DIR}")
+# In a pattern, a [ of the path would begin a set of characters.
+string(REGEX REPLACE "([[*?])" "[\\1]" literal_dir "${PRODUCT_TRANSLATIONS_DIR}")
 file(GLOB po_files CONFIGURE_DEPENDS "${literal_dir}/*.po")
 if(NOT po_files)
-    message(FATAL_ERROR "The folder of the translations, ${PRODUCT_LANGUAGES_DIR}, has no PO files.")
+    message(FATAL_ERROR "PRODUCT_TRANSLATIONS_DIR (${PRODUCT_TRANSLATIONS_DIR}) contains no PO files.")
 endif()
 
 execute_process(COMMAND "${Python3_EXECUTABLE}" -c "import polib" RESULT_VARIABLE polib_status ERROR_QUIET)
 if(NOT polib_status EQUAL 0)
-    message(FATAL_ERROR "${Python3_EXECUTABLE} has no polib: run ./setup.sh first, or: \
-${Python3_EXECUTABLE} -m pip install polib")
+    message(FATAL_ERROR "polib not found for ${Python3_EXECUTABLE}: run ./setup.sh first, or \
+${Python3_EXECUTABLE} -m pip install polib.")
 endif()
 
 set(msgfmt_commands "")
@@ -22,7 +22,7 @@ if(MSGFMT)
         list(APPEND msgfmt_commands COMMAND "${MSGFMT}" -c -o "${PROJECT_BINARY_DIR}/checked.mo" "${po_file}")
     endforeach()
 else()
-    message(STATUS "gettext's msgfmt is not there: the translations are built without its check.")
+    message(STATUS "msgfmt (gettext) not found; translations are not checked with it.")
 endif()
 
 set(tool "${PROJECT_SOURCE_DIR}/tools/language_files.py")
@@ -33,13 +33,13 @@ set(texts "${PROJECT_SOURCE_DIR}/src/text")
 set(lang_dir "${PROJECT_BINARY_DIR}/bin/lang")
 set(languages_stamp "${PROJECT_BINARY_DIR}/languages.stamp")
 add_custom_command(OUTPUT "${languages_stamp}"
-    # Ends where the template is not the one of the built-in texts.
-    COMMAND "${Python3_EXECUTABLE}" -B "${tool}" template "${template}"
+    # Fails if the template does not match the built-in texts.
+    COMMAND "${Python3_EXECUTABLE}" -B "${tool}" update-template "${template}"
     ${msgfmt_commands}
     COMMAND "${CMAKE_COMMAND}" -E rm -rf "${lang_dir}"
-    COMMAND "${Python3_EXECUTABLE}" -B "${tool}" build ${po_files} --into "${lang_dir}"
+    COMMAND "${Python3_EXECUTABLE}" -B "${tool}" build ${po_files} --output "${lang_dir}"
     COMMAND "${Python3_EXECUTABLE}" -B "${tool}" check "${lang_dir}"
     COMMAND "${CMAKE_COMMAND}" -E touch "${languages_stamp}"
     DEPENDS ${po_files} "${template}" ${tool_files} "${texts}/text_ids.h" "${texts}/default_texts.cpp"
-    COMMENT "Making the language files" VERBATIM)
+    COMMENT "Building the language files" VERBATIM)
 add_custom_target(language_files ALL DEPENDS "${languages_stamp}")

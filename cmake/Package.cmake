@@ -1,12 +1,12 @@
-# The package for host developers, product-services-<package_id>-<version>-windows-x64.zip, and with it a NuGet package
-# for those who use Visual Studio, <package_id>.<version>.nupkg. package_id is the product family's.
+# The package for host developers, product-services-<package_id>-<version>-windows-x64.zip, and a NuGet package for Visual
+# Studio, <package_id>.<version>.nupkg. package_id comes from the product family.
 set(FAMILY_JSON "${PRODUCT_FAMILY_DIR}/product_family.json")
 set(SAMPLE_FAMILY_JSON "${PROJECT_SOURCE_DIR}/product_family/sample/product_family.json")
 file(READ "${FAMILY_JSON}" json)
 string(JSON package_id GET "${json}" package_id)
 
-# Visual Studio's linker gets import libraries of its own, with the same names. They are named without a path, since
-# llvm-dlltool takes a % in one for a placeholder.
+# Visual Studio's linker needs its own import libraries, which have the DLLs' names. They are named without a path,
+# because llvm-dlltool takes a % in one for a placeholder.
 find_program(LLVM_DLLTOOL llvm-dlltool REQUIRED)
 set(msvc_import_libraries)
 foreach(definition src/product_services:ProductServices guard/product_services_guard:ProductServicesGuard)
@@ -17,7 +17,7 @@ foreach(definition src/product_services:ProductServices guard/product_services_g
         DEPENDS "${def_file}" VERBATIM)
     list(APPEND msvc_import_libraries "${PROJECT_BINARY_DIR}/${name}.lib")
 endforeach()
-add_custom_target(msvc_import_library ALL DEPENDS ${msvc_import_libraries})
+add_custom_target(msvc_import_libraries ALL DEPENDS ${msvc_import_libraries})
 
 foreach(target ProductServices ProductServicesGuard)
     install(FILES "$<TARGET_FILE:${target}>.debug" "$<TARGET_FILE_DIR:${target}>/${target}.pdb" DESTINATION bin)
@@ -27,7 +27,7 @@ install(FILES ${msvc_import_libraries} DESTINATION lib)
 install(FILES ${po_files} "${PROJECT_SOURCE_DIR}/languages/product_services.pot" DESTINATION languages)
 install(PROGRAMS "$<TARGET_FILE:SampleHost>" DESTINATION bin)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/samples/minimal_hosts" "${PROJECT_SOURCE_DIR}/samples/host"
-    "${PROJECT_SOURCE_DIR}/samples/other_languages" "${PROJECT_SOURCE_DIR}/samples/script_host"
+    "${PROJECT_SOURCE_DIR}/samples/bindings" "${PROJECT_SOURCE_DIR}/samples/script_host"
     "${PROJECT_SOURCE_DIR}/samples/service" DESTINATION samples)
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/SampleHost.cmake" DESTINATION samples/host RENAME CMakeLists.txt)
 install(FILES "${PRODUCT_FAMILY_DIR}/library.ico" DESTINATION samples/host)
@@ -36,7 +36,6 @@ foreach(file catalogue.json nginx_export.py product_catalogue.py product_service
     install(FILES "${PROJECT_SOURCE_DIR}/tools/${file}" DESTINATION tools)
 endforeach()
 install(FILES ${tool_files} DESTINATION tools)
-install(PROGRAMS "$<TARGET_FILE:ProductServicesTool>" DESTINATION tools)
 
 install(FILES "${CMAKE_CURRENT_LIST_DIR}/package/README.md" DESTINATION .)
 foreach(document administrators.md compatibility.md getting-started.md host-guide.md installers.md language-files.md reference.md
@@ -44,10 +43,10 @@ foreach(document administrators.md compatibility.md getting-started.md host-guid
     install(FILES "${PROJECT_SOURCE_DIR}/docs/${document}" DESTINATION docs)
 endforeach()
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/deps/licenses" DESTINATION .)
-# All texts of the package are there. objcopy writes the time that the environment has, too.
+# Runs when all text files of the package are installed. objcopy also uses SOURCE_DATE_EPOCH.
 install(CODE "set(package \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
-    include([==[${CMAKE_CURRENT_LIST_DIR}/SourceDate.cmake]==])
-    read_source_date([==[${PROJECT_SOURCE_DIR}]==])
+    include([==[${CMAKE_CURRENT_LIST_DIR}/SourceDateEpoch.cmake]==])
+    read_source_date_epoch([==[${PROJECT_SOURCE_DIR}]==])
     foreach(program bin/SampleHost.exe tools/ProductServicesTool.exe)
         execute_process(COMMAND [==[${CMAKE_OBJCOPY}]==] --strip-all \"\${package}/\${program}\"
             COMMAND_ERROR_IS_FATAL ANY)
@@ -59,7 +58,7 @@ install(CODE "set(package \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
     execute_process(COMMAND [==[${Python3_EXECUTABLE}]==] -B [==[${CMAKE_CURRENT_LIST_DIR}/make_sbom.py]==]
         \"\${package}\" --family [==[${FAMILY_JSON}]==] --version ${PROJECT_VERSION}
         --commit \"\${SOURCE_COMMIT}\" --deps [==[${PROJECT_SOURCE_DIR}/build/deps]==] COMMAND_ERROR_IS_FATAL ANY)")
-# This one names the family already.
+# This file already has the names of the family.
 install(FILES "${FAMILY_HEADERS_DIR}/sample_product.h" DESTINATION samples/host)
 
 set(CPACK_GENERATOR ZIP)
@@ -68,6 +67,6 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_SYSTEM_NAME windows-x64)
 set(CPACK_PACKAGE_FILE_NAME "product-services-${package_id}-${PROJECT_VERSION}-windows-x64")
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/package")
-configure_file("${CMAKE_CURRENT_LIST_DIR}/FinishPackages.cmake.in" "${PROJECT_BINARY_DIR}/FinishPackages.cmake" @ONLY)
-set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_BINARY_DIR}/FinishPackages.cmake")
+configure_file("${CMAKE_CURRENT_LIST_DIR}/PostPackage.cmake.in" "${PROJECT_BINARY_DIR}/PostPackage.cmake" @ONLY)
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_BINARY_DIR}/PostPackage.cmake")
 include(CPack)

@@ -1,5 +1,5 @@
-# product_services_deploy(TARGET): copies the DLL that TARGET links beside the program that it builds, where Windows finds
-# it: ProductServicesGuard.dll, or ProductServices.dll for a host of the bare exports. A host ships one of them.
+# product_services_deploy(TARGET): copies the DLL that TARGET links to the folder of its program, where Windows finds it:
+# ProductServicesGuard.dll, or ProductServices.dll for a host that makes direct calls. A host ships one of the two.
 function(product_services_deploy target)
     set(library ProductServices::Guard)
     get_target_property(linked ${target} LINK_LIBRARIES)

@@ -29,16 +29,16 @@ def family_strings(family):
 
 
 def replacements(sample, family):
-    """The sample's strings, each with that of the other family."""
+    """Returns pairs of a string of the sample and the corresponding string of the family."""
     if family == sample:
         return []
-    # The names of further products, and the key of the installed one.
-    further = [("Example ", f"{family['maker']} "), ("DRAFT-2026-DEMO", "DEMO-2026")]
-    return [*zip(family_strings(sample), family_strings(family)), *further]
+    # The names of other products, and the key of the installed product.
+    others = [("Example ", f"{family['maker']} "), ("DRAFT-2026-DEMO", "DEMO-2026")]
+    return [*zip(family_strings(sample), family_strings(family)), *others]
 
 
 def escape_c(text):
-    """For C and C++ in any encoding of the source. ?? may begin a trigraph."""
+    """For C and C++, independent of the encoding of the source. ?? may begin a trigraph."""
     text = re.sub(r'["\\?]', r"\\\g<0>", text)
     return re.sub(r"[^ -~]", lambda found: f"\\u{ord(found[0]):04x}" if found[0] < "\U00010000" else
                   f"\\U{ord(found[0]):08x}", text)
@@ -49,9 +49,10 @@ def escape_json(text):
 
 
 def escape_pascal(text):
-    """For a quoted string; what is not ASCII goes outside of the quotes, by number, for any encoding of the source."""
-    def number(signs):
-        return "'" + re.sub("....", r"#$\g<0>", signs[0].encode("utf-16-be").hex()) + "'"
+    """For a quoted string. Other characters than ASCII become numbers outside of the quotes, which do not depend on the
+    encoding of the source."""
+    def number(characters):
+        return "'" + re.sub("....", r"#$\g<0>", characters[0].encode("utf-16-be").hex()) + "'"
     return re.sub(r"[^ -~]+", number, text.replace("'", "''"))
 
 
@@ -71,12 +72,12 @@ def escape_nsis(text):
 
 
 def escape_markdown(text):
-    """For Markdown outside of code: a backslash before characters with a meaning."""
+    """For Markdown outside of code: puts a backslash before characters that have a meaning."""
     return re.sub(r"\\(?=[!-/:-@[-`{-~]|$)|[*`\[\]<]|(?<!\w)_|_(?!\w)|&(?=#?\w+;)", r"\\\g<0>", text)
 
 
 def substitute(text, pairs, escape=str):
-    """In one pass, so that what is filled in is not replaced again."""
+    """Replaces in one pass, so that replacements are not replaced again."""
     news = {escape(old): escape(new) for old, new in pairs}
     olds = "|".join(map(re.escape, sorted(news, key=len, reverse=True)))
     return re.sub(olds, lambda found: news[found[0]], text) if news else text
@@ -92,26 +93,26 @@ def brand_markdown(text, pairs):
 
 
 def fix_content_length(text):
-    """Corrects the length of the request that a document shows in full."""
+    """Corrects the Content-Length of a complete request in a document."""
     return re.sub(r"(?m)^Content-Length: \d+((?:\n.+)*\n\n)(api_key=.*)$",
                   lambda found: f"Content-Length: {len(found[2].encode())}{found[1]}{found[2]}", text)
 
 
 def derive_guids(text, family):
-    """An installer's identifiers. If two makers shared them, removing one product would break the other."""
-    def own(guid):
+    """Replaces an installer's GUIDs. If two vendors shared them, removing one product would break the other."""
+    def derive(guid):
         return f'{guid[1]}="{str(uuid.uuid5(uuid.UUID(guid[2]), family["package_id"])).upper()}"'
-    return re.sub(r'(Guid|UpgradeCode)="([0-9A-F-]{36})"', own, text)
+    return re.sub(r'(Guid|UpgradeCode)="([0-9A-F-]{36})"', derive, text)
 
 
 def unlink_missing(text, folder):
     def replace(link):
-        is_there = "://" in link[2] or (folder / link[2].partition("#")[0]).exists()
-        return link[0] if is_there else link[1]
+        exists = "://" in link[2] or (folder / link[2].partition("#")[0]).exists()
+        return link[0] if exists else link[1]
     return LINK.sub(replace, text)
 
 
-# Only the comments of translations name a product.
+# In translations, only comments name a product.
 ESCAPES = {**dict.fromkeys((".c", ".cpp", ".h", ".hpp"), escape_c),
            **dict.fromkeys((".cs", ".go", ".json", ".php", ".py", ".rs"), escape_json),
            **dict.fromkeys((".po", ".pot", ".txt"), str),

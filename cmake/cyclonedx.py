@@ -1,18 +1,18 @@
-"""What a package is made of as CycloneDX 1.6, with what BSI TR-03183-2 asks for, from make_sbom.py's SPDX document."""
+"""Creates an SBOM in CycloneDX 1.6 format, with the data that BSI TR-03183-2 requires, from make_sbom.py's SPDX document."""
 
 import hashlib
 import uuid
 
 RUNTIME = "gcc-mingw-w64-x86-64-posix-runtime", "mingw-w64-x86-64-dev"
 LIBRARIES = "curl", "nlohmann-json3-dev", *RUNTIME
-# The programs and DLLs of the package, each with the parts that are linked into it.
+# The programs and DLLs of the package, each with the components that are linked into it.
 FILES = {
     "bin/ProductServices.dll": LIBRARIES,
     "bin/ProductServicesGuard.dll": LIBRARIES,
     "bin/SampleHost.exe": ("ProductServicesGuard.dll", *RUNTIME),
     "tools/ProductServicesTool.exe": (*LIBRARIES, "libcli11-dev"),
 }
-# Who makes the parts; the supplier is the distribution, which patches and builds them.
+# The websites of the manufacturers. The supplier is the distribution, which patches and builds the components.
 WEBSITES = {
     "curl": "https://curl.se/",
     "gcc-mingw-w64-x86-64-posix-runtime": "https://gcc.gnu.org/",
@@ -22,48 +22,49 @@ WEBSITES = {
 }
 
 
-def entity(name, website):
+def make_entity(name, website):
     return {"name": name, "url": [website]} if website else {"name": name}
 
 
-def component(package, kind, manufacturer, **more):
-    """What an SPDX package and a component have in common."""
+def make_component(package, kind, manufacturer, **more):
+    """Converts an SPDX package to a component."""
     licenses = [{"expression": package["licenseConcluded"], "acknowledgement": "concluded"}]
     return {"type": kind, "bom-ref": package["name"], "manufacturer": manufacturer, "name": package["name"],
             "version": package["versionInfo"], "licenses": licenses, **more}
 
 
-def file_component(path, own, manufacturer):
+def make_file_component(path, own, manufacturer):
     digest = [{"alg": "SHA-512", "content": hashlib.sha512(path.read_bytes()).hexdigest()}]
     properties = {"filename": path.name, "executable": "executable", "archive": "no archive",
                   "structured": "unstructured"}
-    return component(
+    return make_component(
         {**own, "name": path.name}, "library" if path.suffix == ".dll" else "application", manufacturer, hashes=digest,
         externalReferences=[{"type": "distribution", "url": f"{path.parent.name}/{path.name}", "hashes": digest}],
         properties=[{"name": f"bsi:component:{name}", "value": value} for name, value in properties.items()])
 
 
-def linked_component(package, source_files):
+def make_linked_component(package, source_files):
     supplier = package["supplier"].partition(": ")[2]
     references = [{"type": "source-distribution", "url": name, "hashes": [{"alg": "SHA-256", "content": checksum}]}
                   for checksum, name in source_files]
     more = {"externalReferences": references} if references else {}
-    return component(package, "library", entity(package["name"], WEBSITES[package["name"]]),
-                     supplier={"name": supplier}, purl=package["externalRefs"][0]["referenceLocator"], **more)
+    return make_component(package, "library", make_entity(package["name"], WEBSITES[package["name"]]),
+                          supplier={"name": supplier}, purl=package["externalRefs"][0]["referenceLocator"], **more)
 
 
-def document_of(spdx, folder, family, commit, curl_files):
-    """The document for the unpacked package in a folder. The files of curl's source come with their SHA-256 values."""
+def make_document(spdx, folder, family, commit, curl_files):
+    """Returns the document for the unpacked package in a folder. `curl_files` has the checksum and name of each file of
+    curl's source."""
     own, *linked = spdx["packages"]
-    maker = entity(family["maker"], family.get("website"))
-    whole = component(own, "library", maker, purl=f"pkg:nuget/{family['package_id']}@{own['versionInfo']}")
+    maker = make_entity(family["maker"], family.get("website"))
+    product = make_component(own, "library", maker, purl=f"pkg:nuget/{family['package_id']}@{own['versionInfo']}")
     if commit:
-        whole["pedigree"] = {"commits": [{"uid": commit}]}
+        product["pedigree"] = {"commits": [{"uid": commit}]}
     if "repository" in family:
-        whole["externalReferences"] = [{"type": kind, "url": family["repository"]}
+        product["externalReferences"] = [{"type": kind, "url": family["repository"]}
                                        for kind in ("vcs", "source-distribution")]
-    parts = [*(file_component(folder / name, own, maker) for name in FILES),
-             *(linked_component(package, curl_files if package["name"] == "curl" else []) for package in linked)]
+    parts = [*(make_file_component(folder / name, own, maker) for name in FILES),
+             *(make_linked_component(package, curl_files if package["name"] == "curl" else []) for package in linked)]
     uses = {own["name"]: [name.rpartition("/")[2] for name in FILES],
             **{name.rpartition("/")[2]: list(used) for name, used in FILES.items()},
             **{package["name"]: [] for package in linked}}
@@ -77,7 +78,7 @@ def document_of(spdx, folder, family, commit, curl_files):
             "timestamp": spdx["creationInfo"]["created"],
             "tools": {"components": [{"type": "application", "name": "make_sbom.py"}]},
             "manufacturer": maker,
-            "component": whole,
+            "component": product,
         },
         "components": parts,
         "dependencies": [{"ref": name, "dependsOn": used} for name, used in uses.items()],

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Makes the NuGet package for hosts built with Visual Studio, from the unpacked package for host developers.
+"""Creates the NuGet package for Visual Studio from the unpacked package for host developers.
 
     make_nupkg.py PACKAGE_FOLDER OUTPUT_FOLDER --sample JSON --family JSON --icon library.ico [--commit COMMIT]
 
-The JSON is the product_family.json of the sample, and of the family that the package is for.
+JSON is the product_family.json of the sample and of the family for which the package is built.
 """
 
 import argparse
@@ -30,35 +30,35 @@ def read_version(package):
     return ".".join(re.findall(r"#define PRODUCT_SERVICES_VERSION_\w+ (\d+)", header))
 
 
-def png_of_icon(path):
-    """The icon's picture that is stored as PNG: the one of 256 pixels."""
+def read_icon_png(path):
+    """Returns the image of 256 pixels, which the icon stores as PNG."""
     data = path.read_bytes()
     for entry in range(struct.unpack_from("<H", data, 4)[0]):
         size, offset = struct.unpack_from("<II", data, 6 + 16 * entry + 8)
         if data[offset:offset + len(PNG_SIGNATURE)] == PNG_SIGNATURE:
             return data[offset:offset + size]
-    sys.exit(f"make_nupkg.py: {path} has no picture that is stored as PNG.")
+    sys.exit(f"make_nupkg.py: {path} has no image in PNG format.")
 
 
-def from_template(name, values):
+def fill_template(name, values):
     text = (TEMPLATES / name).read_text("utf-8")
     return re.sub("@([A-Z]+)@", lambda key: xml.sax.saxutils.escape(values[key[1]]), text).encode()
 
 
-def nuspec(values):
-    """What the family does not tell is left out."""
-    text = from_template("package.nuspec", values).decode()
+def make_nuspec(values):
+    """Omits elements and attributes for which the family has no value."""
+    text = fill_template("package.nuspec", values).decode()
     return re.sub(r' \w+=""|    <(\w+)></\1>\n', "", text).encode()
 
 
-def contents(package, values, pairs, icon):
-    """Names in the archive with their bytes."""
+def collect_files(package, values, pairs, icon):
+    """Returns the content of each file in the archive by its name."""
     identifier = values["ID"]
     files = {
-        f"{identifier}.nuspec": nuspec(values),
-        f"build/native/{identifier}.targets": from_template("package.targets", values),
+        f"{identifier}.nuspec": make_nuspec(values),
+        f"build/native/{identifier}.targets": fill_template("package.targets", values),
         "readme.md": brand_package.brand_markdown((TEMPLATES / "readme.md").read_text("utf-8"), pairs).encode(),
-        "icon.png": png_of_icon(icon),
+        "icon.png": read_icon_png(icon),
     }
     for pattern, folder in (("LICENSE", ""), ("product-services.*.json", ""), ("licenses/*", "licenses/"),
                             ("bin/ProductServicesGuard.dll", "runtimes/win-x64/native/"),
@@ -67,7 +67,7 @@ def contents(package, values, pairs, icon):
                             ("include/product_services/*", "build/native/include/product_services/")):
         found = sorted(package.glob(pattern))
         if not found:
-            sys.exit(f"make_nupkg.py: {package} has no {pattern}.")
+            sys.exit(f"make_nupkg.py: {package / pattern} not found.")
         files.update((folder + path.name, path.read_bytes()) for path in found)
     for path in sorted(package.glob("lang/*/*.lang")):
         files[f"build/native/{path.relative_to(package).as_posix()}"] = path.read_bytes()
@@ -97,7 +97,7 @@ def main():
     values = {"ID": family["package_id"], "VERSION": read_version(options.package), "AUTHORS": family["maker"],
               "WEBSITE": family.get("website", ""), "REPOSITORY": family.get("repository", ""),
               "COMMIT": options.commit}
-    files = contents(options.package, values, brand_package.replacements(sample, family), options.icon)
+    files = collect_files(options.package, values, brand_package.replacements(sample, family), options.icon)
     archive = options.output / f"{values['ID']}.{values['VERSION']}.nupkg"
     parts = [("_rels/.rels", RELATIONSHIPS.format(f"{values['ID']}.nuspec")),
              ("[Content_Types].xml", content_types(files))]

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Writes what a package is made of, as SPDX 2.3 and as CycloneDX 1.6, into the folder of the unpacked package: this
-project at its commit, and what is linked in.
+"""Writes SBOMs in SPDX 2.3 and CycloneDX 1.6 format into the folder of the unpacked package. They list this project at
+its commit, and what is linked in.
 
     SOURCE_DATE_EPOCH=SECONDS make_sbom.py FOLDER --family JSON --version VERSION --commit COMMIT --deps build/deps
 
-libcurl is told from what setup.sh recorded when it fetched the source, the rest from dpkg and apt."""
+The details of libcurl come from the file that setup.sh wrote when it downloaded the source, the others from dpkg and
+apt."""
 
 import argparse
 import datetime
@@ -21,7 +22,7 @@ import uuid
 import cyclonedx
 
 MINGW_LICENSE = "LicenseRef-mingw-w64"
-# The distribution's packages, with the licence of what ends up in the DLLs and the tool.
+# The distribution's packages, with the license of what is linked into the DLLs and the tool.
 PACKAGES = {
     "nlohmann-json3-dev": "MIT",
     "gcc-mingw-w64-x86-64-posix-runtime": "GPL-3.0-or-later WITH GCC-exception-3.1",
@@ -30,11 +31,11 @@ PACKAGES = {
 }
 
 
-def ask(*command):
+def run(*command):
     return subprocess.run(command, capture_output=True, encoding="utf-8", check=False).stdout
 
 
-def package_of(name, version, license_name, checksum="", **more):
+def make_package(name, version, license_name, checksum="", **more):
     package = {"SPDXID": f"SPDXRef-{name}", "name": name, "versionInfo": version, "downloadLocation": "NOASSERTION",
                "filesAnalyzed": False, "licenseDeclared": license_name, "licenseConcluded": license_name,
                "copyrightText": "NOASSERTION", **more}
@@ -44,52 +45,53 @@ def package_of(name, version, license_name, checksum="", **more):
 
 
 def distribution():
-    """Debian or Ubuntu, whose packages its derivatives use, too."""
+    """Returns Debian or Ubuntu, also for distributions that use their packages."""
     system = platform.freedesktop_os_release()
     for name in (system["ID"], *system.get("ID_LIKE", "").split()):
         if name in ("debian", "ubuntu"):
             return name.capitalize()
-    sys.exit(f"make_sbom.py: {system['NAME']} is neither Debian nor Ubuntu, nor made of their packages.")
+    sys.exit(f"make_sbom.py: {system['NAME']} is not based on Debian or Ubuntu.")
 
 
-def distributed(kind, name, version):
-    """Who supplies a package, and a purl, by which scanners find what is known about it."""
+def supplier_and_purl(kind, name, version):
+    """Returns the supplier of a package, and a package URL, by which scanners find vulnerabilities."""
     locator = f"pkg:deb/{distribution().lower()}/{name}@{urllib.parse.quote(version)}?arch={kind}"
     return {"supplier": f"Organization: {distribution()}", "externalRefs": [
         {"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl", "referenceLocator": locator}]}
 
 
 def read_curl_record(path):
-    """The version, and the files of the source with their SHA-256 values, as sha256sum writes them."""
+    """Returns the version, and the checksum and name of each file of the source, which are in sha256sum's format."""
     version, *lines = path.read_text("utf-8").splitlines()
     return version, [line.split() for line in lines]
 
 
-def curl(version, files):
+def describe_curl(version, files):
     checksum = next(value for value, name in files if name.endswith(".dsc"))
-    told = ", ".join(f"{name} (SHA256 {value})" for value, name in files)
-    source = f"built by setup.sh from {distribution()}'s source, with the patches in its debian.tar: {told}"
-    return package_of("curl", version, "curl", checksum, sourceInfo=source, **distributed("source", "curl", version))
+    source_files = ", ".join(f"{name} (SHA256 {value})" for value, name in files)
+    source = f"built by setup.sh from {distribution()}'s source, with the patches in its debian.tar: {source_files}"
+    return make_package(
+        "curl", version, "curl", checksum, sourceInfo=source, **supplier_and_purl("source", "curl", version))
 
 
-def debian_package(name, license_name):
-    version = ask("dpkg-query", "-W", "-f=${Version}", name)
+def describe_package(name, license_name):
+    version = run("dpkg-query", "-W", "-f=${Version}", name)
     if not version:
-        sys.exit(f"make_sbom.py: dpkg does not know {name}: run ./setup.sh first.")
-    source = ask("dpkg-query", "-W", "-f=${source:Package} ${source:Version}", name)
-    # apt may have forgotten a version that is still installed.
-    checksum = re.search(r"(?m)^SHA256: (\w+)", ask("apt-cache", "show", f"{name}={version}"))
-    return package_of(name, version, license_name, checksum[1] if checksum else "",
-                      sourceInfo=f"{distribution()}'s package, from its source {source}",
-                      **distributed("all", name, version))
+        sys.exit(f"make_sbom.py: package {name} is not installed; run ./setup.sh first.")
+    source = run("dpkg-query", "-W", "-f=${source:Package} ${source:Version}", name)
+    # apt may no longer know a version that is still installed.
+    checksum = re.search(r"(?m)^SHA256: (\w+)", run("apt-cache", "show", f"{name}={version}"))
+    return make_package(
+        name, version, license_name, checksum[1] if checksum else "",
+        sourceInfo=f"{distribution()}'s package, from its source {source}", **supplier_and_purl("all", name, version))
 
 
-def document_of(options, family, curl_record):
+def make_document(options, family, curl_record):
     maker = f"Organization: {family['maker']}"
-    own = package_of("ProductServices", options.version, "MIT", supplier=maker,
-                     sourceInfo=f"commit {options.commit or 'unknown'}")
-    used = [curl(*curl_record),
-            *(debian_package(name, license_name) for name, license_name in PACKAGES.items())]
+    own = make_package("ProductServices", options.version, "MIT", supplier=maker,
+                       sourceInfo=f"commit {options.commit or 'unknown'}")
+    used = [describe_curl(*curl_record),
+            *(describe_package(name, license_name) for name, license_name in PACKAGES.items())]
     created = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
     relations = [("SPDXRef-DOCUMENT", "DESCRIBES", own), *((own["SPDXID"], "STATIC_LINK", package) for package in used)]
     parts = "\n".join([json.dumps([own, *used]), *map(str, (family["package_id"], created))])
@@ -119,8 +121,8 @@ def main():
     options = parser.parse_args()
     family = json.loads(options.family.read_text("utf-8-sig"))
     curl_record = read_curl_record(options.deps / "x86_64-w64-mingw32/source.txt")
-    spdx = document_of(options, family, curl_record)
-    cdx = cyclonedx.document_of(spdx, options.folder, family, options.commit, curl_record[1])
+    spdx = make_document(options, family, curl_record)
+    cdx = cyclonedx.make_document(spdx, options.folder, family, options.commit, curl_record[1])
     for kind, document in (("spdx", spdx), ("cdx", cdx)):
         text = json.dumps(document, ensure_ascii=False, indent=2)
         (options.folder / f"product-services.{kind}.json").write_text(text + "\n", "utf-8")

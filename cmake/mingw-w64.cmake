@@ -1,4 +1,4 @@
-# Cross-building for 64-bit Windows with mingw-w64 and running the programs under Wine.
+# Cross-builds for 64-bit Windows with mingw-w64, and runs the programs under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 

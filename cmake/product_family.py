@@ -1,10 +1,10 @@
-"""Reads and checks what a product family brings, for the build and for its packages.
+"""Reads and checks a product family, for the build and for the packages.
 
-    product_family.py headers FILE FOLDER [--allow-http]   writes the headers of constants of a product_family.json
-    product_family.py pictures FOLDER                      checks the icon and the background pictures
-    product_family.py picture-files                        prints their names
+    product_family.py headers FILE FOLDER [--allow-http]   writes headers with the constants in a product_family.json
+    product_family.py images FOLDER                        checks the icon and the background pictures
+    product_family.py image-files                          prints their names
 
-What cannot be used ends with one sentence on the standard error output and status 1."""
+Prints an error message to stderr and exits with 1 if something cannot be used."""
 
 import argparse
 import json
@@ -25,15 +25,15 @@ TEMPLATES = pathlib.Path(__file__).parent / "family"
 ICON, ICON_SIZES = "library.ico", (16, 24, 32, 48, 64, 96, 128, 256)
 BACKGROUNDS = tuple(f"background_{number}.bmp" for number in (332, 333, 335, 343, 1077))
 BACKGROUND_SIZE, BACKGROUND_DEPTH = (726, 463), 24
-# Magic number, offset of the pixels; width, height (negative: top-down), bits of a pixel, compression.
+# Magic number, offset of the pixels, width, height (negative: top-down), bits per pixel, compression.
 BITMAP_HEADER = struct.Struct("<2s8xI4xii2xHI")
-# Type (1: icon) and number of pictures; then for each its width (0: 256), bits of a pixel, bytes and offset.
+# Type (1: icon) and number of images. For each image: width (0: 256), bits per pixel, size in bytes and offset.
 ICON_HEADER = struct.Struct("<2xHH")
 ICON_ENTRY = struct.Struct("<B5xHII")
 
 
 class FamilyError(Exception):
-    """A sentence that says what cannot be used, and why."""
+    """The message says what cannot be used and why."""
 
 
 def type_name(value):
@@ -51,7 +51,7 @@ def unique_members(pairs):
 
 
 def parse(data):
-    """The object that the bytes of the file hold."""
+    """Returns the JSON object in the content of the file."""
     try:
         family = json.loads(data.decode("utf-8-sig"), object_pairs_hook=unique_members)
     except UnicodeDecodeError as error:
@@ -135,7 +135,7 @@ def check(family, allow_http):
 
 
 def read_family(path, allow_http=False):
-    """The members of a product_family.json. Raises FamilyError, with the file's name in front."""
+    """Returns the members of a product_family.json. Raises FamilyError, with the path of the file in its message."""
     try:
         family = parse(pathlib.Path(path).read_bytes())
         check(family, allow_http)
@@ -147,14 +147,14 @@ def read_family(path, allow_http=False):
 
 
 def escape_for_rc(text):
-    """The inside of L"..." in a resource script. All but the plainest characters are UTF-16 in hexadecimal digits,
-    which no code page and no locale changes."""
+    """Returns the text for use within L"..." in a resource script. Most characters become hexadecimal UTF-16 escapes,
+    which do not depend on a code page or locale."""
     units = struct.unpack(f"<{len(text.encode('utf-16-le')) // 2}H", text.encode("utf-16-le"))
     return "".join(chr(unit) if re.fullmatch("[A-Za-z0-9 .,:/_-]", chr(unit)) else f"\\x{unit:04x}" for unit in units)
 
 
 def escape_for_cpp(text):
-    """The inside of L"..." in C++, where a hexadecimal escape has no end but the literal's."""
+    """Returns the text for use within L"..." in C++, where a hexadecimal escape ends only with the literal."""
     return re.sub(r"\\x....", r'\g<0>" L"', escape_for_rc(text))
 
 
@@ -180,7 +180,7 @@ def write_headers(family, folder):
     for template in TEMPLATES.glob("*.h.in"):
         text = re.sub("@([A-Z_0-9]+)@", lambda name: values[name[1]], template.read_text("utf-8"))
         header = folder / template.stem
-        # An unchanged header keeps its time, so that nothing is built again.
+        # An unchanged header keeps its timestamp, so that nothing is rebuilt.
         if not header.exists() or header.read_text("utf-8") != text:
             header.write_text(text, "utf-8", newline="\n")
 
@@ -195,7 +195,7 @@ def check_background(path):
     if compression != 0:
         raise FamilyError(f"{path}: this is not an uncompressed bitmap.")
     if (width, abs(height), depth) != (*BACKGROUND_SIZE, BACKGROUND_DEPTH):
-        raise FamilyError(f"{path}: the size is {width} x {abs(height)} pixels with {depth} bits each; it must be "
+        raise FamilyError(f"{path}: the image has {width} x {abs(height)} pixels with {depth} bits each; it must have "
                           f"{BACKGROUND_SIZE[0]} x {BACKGROUND_SIZE[1]} with {BACKGROUND_DEPTH}.")
     if height < 0:
         raise FamilyError(f"{path}: top-down bitmaps are not supported; save it bottom-up.")
@@ -220,10 +220,10 @@ def check_icon(path):
             sizes.add(width or 256)
     missing = [str(size) for size in ICON_SIZES if size not in sizes]
     if missing:
-        raise FamilyError(f"{path}: there is no 32-bit picture of these sizes: {', '.join(missing)}.")
+        raise FamilyError(f"{path}: no 32-bit image of these sizes: {', '.join(missing)}.")
 
 
-def check_pictures(folder):
+def check_images(folder):
     for name in (ICON, *BACKGROUNDS):
         if not (folder / name).is_file():
             raise FamilyError(f"{folder / name}: file not found in PRODUCT_FAMILY_DIR.")
@@ -239,8 +239,8 @@ def parse_arguments():
     headers.add_argument("file")
     headers.add_argument("folder", type=pathlib.Path)
     headers.add_argument("--allow-http", action="store_true")
-    commands.add_parser("pictures").add_argument("folder", type=pathlib.Path)
-    commands.add_parser("picture-files")
+    commands.add_parser("images").add_argument("folder", type=pathlib.Path)
+    commands.add_parser("image-files")
     return parser.parse_args()
 
 
@@ -249,8 +249,8 @@ def main():
     try:
         if arguments.command == "headers":
             write_headers(read_family(arguments.file, arguments.allow_http), arguments.folder)
-        elif arguments.command == "pictures":
-            check_pictures(arguments.folder)
+        elif arguments.command == "images":
+            check_images(arguments.folder)
         else:
             print(";".join((ICON, *BACKGROUNDS)), end="")
     except FamilyError as error:

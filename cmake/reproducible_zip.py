@@ -1,4 +1,4 @@
-"""Zip archives whose bytes depend on what they hold alone: sorted, with one time for all and no other attributes."""
+"""Writes reproducible zip archives: sorted, with the same time for all files and no further attributes."""
 
 import os
 import pathlib
@@ -6,11 +6,11 @@ import sys
 import time
 import zipfile
 
-EARLIEST = 315532800  # 1980, where the times of zip begin
+EARLIEST = 315532800  # 1980, the first year that a zip archive can store
 
 
 def write_zip(archive, files):
-    """files are names with their bytes. Their time is SOURCE_DATE_EPOCH, or the earliest there is."""
+    """`files` has pairs of names and contents. The time is SOURCE_DATE_EPOCH, or the earliest possible one."""
     moment = time.gmtime(max(EARLIEST, int(os.environ.get("SOURCE_DATE_EPOCH", 0))))[:6]
     with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as target:
         for name, data in files:
@@ -22,7 +22,7 @@ def write_zip(archive, files):
 
 
 def main(archive):
-    """Writes an archive anew."""
+    """Rewrites an archive."""
     archive = pathlib.Path(archive)
     with zipfile.ZipFile(archive) as source:
         files = [(name, source.read(name)) for name in sorted(source.namelist()) if not name.endswith("/")]

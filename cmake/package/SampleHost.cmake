@@ -1,4 +1,4 @@
-# The sample host, built against the package that it is in:
+# Builds the sample host with the package that contains it:
 #
 #     cmake -S samples/host -B sample_host
 #     cmake --build sample_host

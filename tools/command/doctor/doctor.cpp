@@ -85,7 +85,8 @@ bool AddUpdateQuery(FindingCollector& findings, const Options& options, const Tr
         product_services::FindProductRecord(options.product, options.version));
     record.Load();
     if (GetPolicy().disablesCheck) {
-        findings.Add(Skip(L"update query", L"update checks are disabled by policy", help_anchors::Nothing));
+        findings.Add(MakeSkippedFinding(
+            L"update query", L"update checks are disabled by policy", help_anchors::Nothing));
         return true;
     }
     if (options.apiKey.empty() || record.Read(L"key").empty()) {

@@ -1,7 +1,7 @@
-# read_source_date(FOLDER): sets the environment's SOURCE_DATE_EPOCH, if it is not set, to the time of the newest commit in
-# the checkout FOLDER, or to the earliest time that a zip can hold if there is no commit. SOURCE_COMMIT becomes the
-# commit's hash, or empty.
-function(read_source_date folder)
+# read_source_date_epoch(FOLDER): sets the environment variable SOURCE_DATE_EPOCH, unless it is set, to the time of the newest
+# commit in the checkout FOLDER. Without a commit, it is the earliest time that a zip archive can store. SOURCE_COMMIT becomes
+# the hash of the commit, or empty.
+function(read_source_date_epoch folder)
     foreach(field hash:%H time:%ct)
         string(REGEX MATCH "^(.*):(.*)$" ignored "${field}")
         set(name "${CMAKE_MATCH_1}")
