@@ -1,4 +1,4 @@
-"""Creates an SBOM in CycloneDX 1.6 format, with the data that BSI TR-03183-2 requires, from make_sbom.py's SPDX document."""
+"""Converts make_sbom.py's SPDX document to CycloneDX 1.6, with the data that BSI TR-03183-2 requires."""
 
 import hashlib
 import uuid
@@ -62,7 +62,7 @@ def make_document(spdx, folder, family, commit, curl_files):
         product["pedigree"] = {"commits": [{"uid": commit}]}
     if "repository" in family:
         product["externalReferences"] = [{"type": kind, "url": family["repository"]}
-                                       for kind in ("vcs", "source-distribution")]
+                                         for kind in ("vcs", "source-distribution")]
     parts = [*(make_file_component(folder / name, own, maker) for name in FILES),
              *(make_linked_component(package, curl_files if package["name"] == "curl" else []) for package in linked)]
     uses = {own["name"]: [name.rpartition("/")[2] for name in FILES],

@@ -23,7 +23,7 @@ CATALOGUE = (REPOSITORY / "tools/catalogue.json").read_text("utf-8")
 # What ends a service in order.
 INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)
 TERMINATION = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGTERM)
-needs_debian = pytest.mark.skipif(WINDOWS, reason="needs Wine, or tools of Debian")
+debian_only = pytest.mark.skipif(WINDOWS, reason="needs Wine, or tools of Debian")
 MAKER_KEY = r"HKCU\Software\Example Maker"
 # The installed product of the sample family.
 KEY, API_KEY = "DRAFT-2026-DEMO", "draft20-7k2m9q-x4v8p1w"
@@ -35,39 +35,22 @@ def pytest_sessionfinish(session, exitstatus):
         shutil.rmtree(session.config.option.basetemp, ignore_errors=True)
 
 
-def table(file):
-    """What a JSON file beside the tests has: mostly the rows of a table by the names of their cases."""
+def load_cases(file):
+    """Returns the content of a JSON file in tests/, usually a table of cases by name."""
     return json.loads((REPOSITORY / "tests" / file).read_text("utf-8"))
 
 
-def each_case(file, members):
-    """Runs a test for each row of a table, with the row's members of the same names as the test's parameters."""
-    rows = [[row[member] for member in members.split(", ")] for row in table(file).values()]
-    return pytest.mark.parametrize(members, rows, ids=table(file))
+def parametrize_from(file, members):
+    """Runs a test once for each case in a JSON file. The named members of a case become the test's parameters."""
+    rows = [[row[member] for member in members.split(", ")] for row in load_cases(file).values()]
+    return pytest.mark.parametrize(members, rows, ids=load_cases(file))
 
 
-def change(path, pattern, text):
-    """Puts a text in the one place of a UTF-8 file that a pattern matches, across lines, too."""
+def replace_once(path, pattern, text):
+    """Replaces the only match of a pattern in a UTF-8 file. The pattern may span lines."""
     changed, count = re.subn(pattern, lambda match: text, path.read_text("utf-8"), flags=re.DOTALL)
     assert count == 1
     path.write_bytes(changed.encode("utf-8"))
-
-
-def anchors(page):
-    """The headings of a document, as a link names them."""
-    headings = re.findall(r"(?m)^#+ (.*)", page.read_text("utf-8"))
-    return [re.sub(r"[^\w-]", "", heading.lower().replace(" ", "-")) for heading in headings]
-
-
-def broken_links(page):
-    """The links of a document that lead to no file, or to no heading of it."""
-    broken = []
-    prose = re.sub(r"(?ms)^ *```.*?^ *```", "", page.read_text("utf-8"))
-    for name, anchor in re.findall(r'(?:\]\(|src=")(?!https:)([^)#"]*)#?([^)"]*)[)"]', prose):
-        target = page.parent / name if name else page
-        if not target.exists() or anchor and anchor not in anchors(target):
-            broken.append(f"{name}#{anchor}")
-    return broken
 
 
 def run(*command, **options):
@@ -77,7 +60,7 @@ def run(*command, **options):
     return ended.returncode, ended.stdout
 
 
-def end(service, number=INTERRUPT):
+def stop_service(service, number=INTERRUPT):
     """The rest of what a service logged, once it has ended in order."""
     service.send_signal(number)
     log = service.communicate(timeout=20)[0].splitlines()
@@ -100,7 +83,7 @@ def wine():
     return run_windows_program
 
 
-def root_value(der):
+def root_store_entry(der):
     """Where the tests' Wine keeps a certificate among its user's trusted roots, as arguments of reg, and its bytes."""
     roots = r"HKCU\Software\Microsoft\SystemCertificates\Root\Certificates"
     place = rf"{roots}\{hashlib.sha1(der).hexdigest().upper()}"
@@ -110,7 +93,7 @@ def root_value(der):
 @contextlib.contextmanager
 def trust_root(wine, der):
     """Has the tests' Wine trust a root certificate meanwhile."""
-    value, stored = root_value(der)
+    value, stored = root_store_entry(der)
     try:
         status, output = wine("reg", "add", *value, "/t", "REG_BINARY", "/d", stored.hex(), "/f")
         assert status == 0, output
@@ -119,13 +102,13 @@ def trust_root(wine, der):
         wine("reg", "delete", value[0], "/f")
 
 
-def certificate_in(file):
+def read_certificate(file):
     """The certificate, in DER, of a PEM file that may have a key, too."""
     pattern = "-----BEGIN CERTIFICATE.*?END CERTIFICATE-----"
     return ssl.PEM_cert_to_DER_cert(re.search(pattern, file.read_text(), re.DOTALL)[0])
 
 
-BARE_HOST = """#include <product_services/product_services.h>
+DIRECT_HOST = """#include <product_services/product_services.h>
 int main(void) { HostContext context = {0}; CheckForUpdates(&context); return 0; }
 """
 
@@ -135,7 +118,7 @@ def write_host_project(folder, command, library="Guard"):
     if library == "Guard":
         shutil.copy(REPOSITORY / "samples/minimal_hosts/host.c", folder)
     else:
-        (folder / "host.c").write_text(BARE_HOST, "utf-8")
+        (folder / "host.c").write_text(DIRECT_HOST, "utf-8")
     (folder / "CMakeLists.txt").write_text(f"""cmake_minimum_required(VERSION 3.16)
 project(Host LANGUAGES C)
 {command}
@@ -146,7 +129,7 @@ product_services_deploy(host)
 
 
 @pytest.fixture
-def plain_toolchain(tmp_path):
+def restricted_toolchain(tmp_path):
     """The option of cmake for a toolchain that looks for packages in the compiler's own folders alone."""
     compilers = {"C": "gcc-posix", "CXX": "g++-posix", "RC": "windres"}
     lines = [f"set(CMAKE_{language}_COMPILER x86_64-w64-mingw32-{name})" for language, name in compilers.items()]
@@ -165,7 +148,7 @@ def host(build, wine):
     wine("reg", "add", record, "/v", "version", "/d", "any", "/f")
 
     def run_host(*words):
-        status, output = wine(build / "over_tls/guard_host.exe", *words, cwd=build / "over_tls")
+        status, output = wine(build / "https_sample/guard_host.exe", *words, cwd=build / "https_sample")
         assert status == 0, output
         return output.splitlines()
     yield run_host
@@ -190,7 +173,7 @@ def service(service_command, tmp_path):
                                    creationflags=getattr(subprocess, "CREATE_NEW_PROCESS_GROUP", 0))
         services.append(started)
         ready = started.stdout.readline()
-        assert re.fullmatch(rf"Product service ready at https://{ADDRESS}:\d+ \(Ctrl-C ends it\)\n", ready)
+        assert re.fullmatch(rf"Product service ready at https://{ADDRESS}:\d+ \(press Ctrl-C to stop\)\n", ready)
         started.port = int(re.search(r":(\d+) ", ready)[1])
         return started
 

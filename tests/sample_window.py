@@ -13,7 +13,7 @@ START = '. "$0/scripts/lib/wine.sh" && exec /usr/lib/wine/wine64 "$1" --check-no
 TITLE_BAR = "100", "10"
 
 
-def title_of(window):
+def window_title(window):
     status, title = run("xdotool", "getwindowname", window)
     return title.strip() if status == 0 else "no window"
 
@@ -26,13 +26,13 @@ def focused_window():
 def wait_for(condition, expected):
     end = time.monotonic() + 20
     while not condition():
-        assert time.monotonic() < end, f"the keys go to {title_of(focused_window())!r} instead of {expected!r}"
+        assert time.monotonic() < end, f"the keys go to {window_title(focused_window())!r} instead of {expected!r}"
         time.sleep(0.1)
 
 
 def wait_for_window(title):
     """The number of the window with this title, once it has come up and gets the keys."""
-    wait_for(lambda: title_of(focused_window()) == title, title)
+    wait_for(lambda: window_title(focused_window()) == title, title)
     return focused_window()
 
 
@@ -42,7 +42,7 @@ def press(window, *keys):
         run("xdotool", "windowraise", window, "mousemove", "--window", window, *TITLE_BAR, "click", "1")
         return focused_window() == window
 
-    wait_for(is_active, title_of(window))
+    wait_for(is_active, window_title(window))
     for key in keys:
         assert run("xdotool", "key", key) == (0, "")
 

@@ -128,7 +128,7 @@ def crl_server(authority):
     pytest.param({"extensions": FOR_SERVERS.replace("server", "client")}, "it is not for servers",
                  id="not for servers"),
 ])
-def test_invalid_certificate_is_refused_before_the_request(host, authority, wine, properties, reason):
+def test_invalid_certificate_is_rejected_before_the_request(host, authority, wine, properties, reason):
     certificate = authority.issue("certificate.pem", **properties)
     with trust_root(wine, authority.root()), tls_service(certificate, authority.folder / "key.pem") as requests:
         assert host("check") == [f"{INVALID}{reason}. {ISSUED}"]
@@ -147,13 +147,13 @@ def test_valid_certificate_is_accepted_if_its_root_is_trusted(host, authority, w
         assert len(requests) == 2, "one of them with any certificate"
 
 
-def test_self_signed_certificate_is_refused(host, service):
+def test_self_signed_certificate_is_rejected(host, service):
     service(port=18443)
     untrusted = f"{INVALID}its issuer is not trusted. It is for localhost, issued by localhost."
     assert host("check", "upgrade") == [untrusted, untrusted.replace("check", "upgrade")]
 
 
-def test_revoked_certificate_is_refused_if_the_revocation_is_cached(host, authority, wine, crl_server):
+def test_cached_revocation_is_respected(host, authority, wine, crl_server):
     certificate = authority.issue("certificate.pem", extensions=FOR_SERVERS + crl_server.extension)
     authority.openssl("ca", "-config", "settings", "-revoke", "certificate.pem")
     authority.openssl("ca", "-config", "settings", "-gencrl", "-crldays", "9", "-out", "crl.pem")
@@ -164,7 +164,7 @@ def test_revoked_certificate_is_refused_if_the_revocation_is_cached(host, author
 
 
 @pytest.mark.parametrize("stage", ["before TLS", "within TLS"])
-def test_time_limit_ends_a_service_that_is_silent(host, stage):
+def test_time_limit_covers_a_silent_service(host, stage):
     def be_silent(listener):
         with contextlib.suppress(OSError):
             connection = listener.accept()[0]

@@ -11,14 +11,14 @@ import threading
 
 import pytest
 
-from conftest import ADDRESS, API_KEY, KEY, REPOSITORY, anchors, each_case, run
+from conftest import ADDRESS, API_KEY, KEY, parametrize_from, run
 
 pytest_plugins = ["tool_fixtures"]
 PROXY_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\Connections"
 PROXY_VALUE = "/v", "DefaultConnectionSettings", "/f"
 PAGE = "docs/troubleshooting.md"
 LANGUAGE_FILE = "lang/DE/Vemo_DE.lang"
-HEALTHY = [
+HEALTHY_MACHINE = [
     ("ok", "program folder"), ("ok", "library"), ("warning", "signature"), ("ok", "API key"), ("ok", "record"),
     ("ok", "product key"), ("ok", "stored version"), ("ok", "policy"), ("ok", "language file"),
     ("ok", "display scaling"), ("ok", "proxy variables"), ("ok", "system proxy"), ("ok", "connection"),
@@ -26,7 +26,7 @@ HEALTHY = [
 
 
 @pytest.fixture(scope="module")
-def odd_files(build, certificates, tmp_path_factory):
+def faulty_files(build, certificates, tmp_path_factory):
     """Files that do not belong on a machine, by name."""
     folder = tmp_path_factory.mktemp("odd")
     dll = (build / "bin/ProductServicesGuard.dll").read_bytes()
@@ -58,7 +58,7 @@ def test_healthy_machine(tool, folder, start_service):
     before = read_folder(folder)
     status, output = diagnose(tool, "--json")
     findings = json.loads(output)
-    assert [(finding["severity"], finding["check"]) for finding in findings] == HEALTHY
+    assert [(finding["severity"], finding["check"]) for finding in findings] == HEALTHY_MACHINE
     assert status == 0
     assert read_folder(folder) == before
     messages = {finding["check"]: finding["message"] for finding in findings}
@@ -71,10 +71,10 @@ def test_healthy_machine(tool, folder, start_service):
     assert {finding["link"].partition("#")[0] for finding in findings} == {PAGE}
 
 
-@each_case("tool/broken_machines.json", "machine, findings")
-def test_broken_machine(tool, folder, start_service, odd_files, machine, findings):
+@parametrize_from("tool/doctor_faults.json", "machine, findings")
+def test_faults_are_reported_with_their_anchor(tool, folder, start_service, faulty_files, machine, findings):
     machine = json.loads(json.dumps(machine).replace("ADDRESS", ADDRESS))
-    replace_files(folder, odd_files, machine.pop("files", {}))
+    replace_files(folder, faulty_files, machine.pop("files", {}))
     service = machine.pop("service", {})
     if service is not None:
         start_service(**service)
@@ -86,10 +86,10 @@ def test_broken_machine(tool, folder, start_service, odd_files, machine, finding
     assert status == any(finding.startswith("error") for finding in findings)
 
 
-def replace_files(folder, odd_files, names):
-    for name, odd_file in names.items():
-        if odd_file:
-            (folder / name).write_bytes(odd_files[odd_file])
+def replace_files(folder, faulty_files, names):
+    for name, faulty_file in names.items():
+        if faulty_file:
+            (folder / name).write_bytes(faulty_files[faulty_file])
         else:
             (folder / name).unlink()
 
@@ -128,7 +128,7 @@ def proxy_script(wine, tmp_path_factory):
         wine("reg", "import", folder / "settings.reg")
 
 
-def test_each_proxy_of_a_script_is_tried_and_the_first_that_accepts_is_used(tool, start_service, proxy_script):
+def test_pac_script_falls_back_to_the_next_proxy(tool, start_service, proxy_script):
     start_service()
     with socket.create_server((ADDRESS, 0)) as proxy:
         address = f"{ADDRESS}:{proxy.getsockname()[1]}"
@@ -144,24 +144,17 @@ def test_each_proxy_of_a_script_is_tried_and_the_first_that_accepts_is_used(tool
         assert status == 0
 
 
-def test_findings_are_printed_as_they_are_made(tool, folder, start_service):
+def test_findings_are_printed_immediately(tool, folder, start_service):
     printed, seen = folder / "printed", []
     start_service().at_request = lambda path: seen.append(printed.read_text("utf-8"))
     diagnose(tool, ">", printed.name, variables={"unused": "1"})
     probe, query, _ = seen
-    assert probe.count("\n") >= HEALTHY.index(("ok", "system proxy")) + 1, probe
+    assert probe.count("\n") >= HEALTHY_MACHINE.index(("ok", "system proxy")) + 1, probe
     assert "\nok       probe: " in query, query
 
 
-def test_doctor_tells_that_a_name_is_looked_up_for_too_long(tool, slow_resolver):
+def test_dns_timeout_is_reported(tool, slow_resolver):
     status, output = diagnose(tool, "--time-limit", "1", **slow_resolver)
     line = "error    connection: the DNS lookup of the service or of its proxy timed out after 1 second"
     assert line in output, output
     assert status == 1
-
-
-def test_links_lead_to_headings_of_the_page():
-    header = (REPOSITORY / "tools/command/doctor/help_anchors.h").read_text("utf-8")
-    used = re.findall('= L"(.*)"', header)
-    assert used
-    assert set(used) <= set(anchors(REPOSITORY / PAGE))

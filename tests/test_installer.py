@@ -23,7 +23,7 @@ INSTALLERS = REPOSITORY / "samples/installer"
 def installers(build, tmp_path_factory):
     """The installers of two releases, for one user and for all users, by release and scope."""
     folder = tmp_path_factory.mktemp("installers")
-    built = shutil.copytree(build / "over_tls", folder / "größe & 'maß'")
+    built = shutil.copytree(build / "https_sample", folder / "größe & 'maß'")
     made = {}
     for release in ("2026.1", "2026.2"):
         for scope in ("user", "machine"):
@@ -48,7 +48,7 @@ def msiexec(installers, wine):
         wine("reg", "delete", key, "/f")
 
 
-def left_behind(wine):
+def leftovers(wine):
     """Files and registry lines of the installed product."""
     keys = "\n".join(wine("reg", "query", key, "/s")[1] for key in (USERS_KEY, MACHINES_KEY, UNINSTALL_KEY, POLICIES))
     return [*DRIVE.rglob("*Example*")] + re.findall(".*Example.*", keys)
@@ -58,8 +58,8 @@ def record(wine, key):
     return re.findall(r"REG_SZ +(.+)", wine("reg", "query", rf"{key}\Products", "/s")[1])
 
 
-def test_a_product_is_installed_used_upgraded_and_removed(msiexec, trusted_service, wine):
-    assert left_behind(wine) == []
+def test_install_upgrade_and_uninstall(msiexec, trusted_service, wine):
+    assert leftovers(wine) == []
     msiexec("/i", "2026.1", "user")
     msiexec("/i", "2026.1", "machine", "ADDLOCAL=Complete,DisableUpgradeCenter")
     assert re.findall(r"(\w+) +REG_DWORD +0x1", wine("reg", "query", POLICIES, "/s")[1]) == ["DisableUpgradeCenter"]
@@ -84,11 +84,11 @@ def test_a_product_is_installed_used_upgraded_and_removed(msiexec, trusted_servi
     msiexec("/x", "2026.2", "user")
     assert (record(wine, USERS_KEY), record(wine, MACHINES_KEY)) == ([], ["DRAFT-2026-DEMO", "2026.2"])
     msiexec("/x", "2026.2", "machine")
-    assert left_behind(wine) == []
+    assert leftovers(wine) == []
 
 
-def test_an_installer_that_cannot_be_built_whole_leaves_the_old_one(installers, build, tmp_path):
-    incomplete = shutil.copytree(build / "over_tls", tmp_path / "incomplete")
+def test_failed_build_keeps_the_old_installer(installers, build, tmp_path):
+    incomplete = shutil.copytree(build / "https_sample", tmp_path / "incomplete")
     shutil.rmtree(incomplete / "lang/ZH")
     old = shutil.copy(installers["2026.1", "user"], tmp_path / "old.msi")
     before = old.read_bytes()
@@ -97,7 +97,7 @@ def test_an_installer_that_cannot_be_built_whole_leaves_the_old_one(installers, 
 
 
 # Wine's icacls does nothing.
-def test_the_installer_for_all_users_grants_rights_on_the_language_files_only(installers):
+def test_all_users_installer_makes_only_language_files_writable(installers):
     actions = run("msiinfo", "export", installers["2026.1", "machine"], "CustomAction")[1]
     assert '"[LangFolder]." /grant *S-1-5-32-545:(OI)(IO)M' in actions
     sequence = dict(re.findall(r"(?m)^(\w+)\t[^\t]*\t(\d+)", run(
@@ -106,7 +106,7 @@ def test_the_installer_for_all_users_grants_rights_on_the_language_files_only(in
     assert sorted(order, key=lambda name: int(sequence[name])) == list(order)
 
 
-def wix_list():
+def read_wix():
     """The files, by their paths below the product's folder, and the values of the record that the WiX source has."""
     variables = "Scope=perUser Release=2026.1 PackageVersion=1 BinDir=. LangDir=. LicenseDir=. License=."
     options = [word for variable in variables.split() for word in ("-D", variable)]
@@ -125,7 +125,7 @@ def wix_list():
             [(value["Key"], value["Name"], value["Value"]) for value in values])
 
 
-def inno_list():
+def read_inno():
     """What Inno Setup installs, which it removes again, and the values and the removed keys of the registry."""
     script = (INSTALLERS / "sample_host.iss").read_text("utf-8")
     rows = [dict(re.findall(r'(\w+): "?([^";]+)"?', line)) for line in script.splitlines() if ";" in line]
@@ -137,7 +137,7 @@ def inno_list():
     return files, files, values, keys
 
 
-def nsis_list():
+def read_nsis():
     """The same of NSIS."""
     script = (INSTALLERS / "sample_host.nsi").read_text("utf-8")
     for name, text in re.findall(r'(?m)^!define (\w+) "(.*)"$', script):
@@ -154,9 +154,9 @@ def nsis_list():
     return files, removed, values, re.findall(r'(?m)^  DeleteRegKey HKCU "(.*)"$', script)
 
 
-@pytest.mark.parametrize("read_script", [inno_list, nsis_list])
-def test_another_script_has_the_list_of_the_wix_source(read_script):
-    files, values = wix_list()
+@pytest.mark.parametrize("read_script", [read_inno, read_nsis])
+def test_inno_and_nsis_install_the_files_of_wix(read_script):
+    files, values = read_wix()
     assert len(files) == 17 and len(values) == 2
     installed, removed, script_values, removed_keys = read_script()
     for patterns in (installed, removed):

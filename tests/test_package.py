@@ -16,17 +16,21 @@ import zipfile
 import pefile
 import pytest
 
-from conftest import (ADDRESS, OUTPUT, REPOSITORY, broken_links, certificate_in, each_case, end, run, table, trust_root,
-                      write_host_project)
+from conftest import (ADDRESS, OUTPUT, REPOSITORY, load_cases, parametrize_from, read_certificate, run, stop_service,
+                      trust_root, write_host_project)
+
+sys.path.insert(0, f"{REPOSITORY}/scripts")
+from check_documents import broken_links  # noqa: E402
 
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
 void Check(HostContext* context) { try { CheckForUpdates(context); } catch (...) { Say("the handler"); } }"""
-TEXTS = ".c .cpp .cs .go .iss .json .md .nsi .pas .po .pot .py .rs .wxs".split()
+TEXT_SUFFIXES = ".c .cpp .cs .go .iss .json .md .nsi .pas .po .pot .py .rs .wxs".split()
 SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
 # The library under test asks the tests' address, and looks for records in the sample's place.
-STRANGE = {**table("product_family/special_characters.json"), "service_base_address": "https://strange.example:8443",
-           "record_registry_path": "Software\\Example Maker\\Products"}
+OTHER_FAMILY = {**load_cases("product_family/special_characters.json"),
+                "service_base_address": "https://strange.example:8443",
+                "record_registry_path": "Software\\Example Maker\\Products"}
 
 
 @pytest.fixture(scope="module")
@@ -39,7 +43,7 @@ def package(build, tmp_path_factory):
     return folder / archive.stem
 
 
-def fill(family, folder):
+def brand(family, folder):
     """Makes the texts in a folder another family's, as cpack does; its JSON is put beside the folder."""
     family_json = folder.with_name("product_family.json")
     family_json.write_text(json.dumps(family), "utf-8")
@@ -47,9 +51,9 @@ def fill(family, folder):
 
 
 @pytest.fixture(scope="module")
-def strange_kit(package, tmp_path_factory):
+def other_family_package(package, tmp_path_factory):
     kit = shutil.copytree(package, tmp_path_factory.mktemp("strange") / "my kit")
-    assert fill(STRANGE, kit) == (0, "")
+    assert brand(OTHER_FAMILY, kit) == (0, "")
     return kit
 
 
@@ -57,13 +61,13 @@ def read(path):
     return path.read_text("utf-8")
 
 
-def test_it_holds_what_a_host_developer_needs(package):
+def test_package_has_the_expected_files(package):
     names = {str(path.relative_to(package)) for path in package.rglob("*") if path.is_file()}
-    assert set(table("package/files.json")) <= names
+    assert set(load_cases("package/files.json")) <= names
     assert not [name for name in names if re.search(r"spec|build/|\.bmp$|__pycache__|[Tt]ests", name)]
 
 
-def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
+def test_nuget_package_layout(package, tmp_path):
     archive, = package.parent.glob("ExampleMaker.ProductServices.1.*.nupkg")
     shutil.unpack_archive(archive, tmp_path, "zip")
     files = {str(path.relative_to(tmp_path)) for path in tmp_path.rglob("*") if path.is_file()}
@@ -82,13 +86,13 @@ def test_the_nuget_package_is_what_visual_studio_takes(package, tmp_path):
     assert library.VS_FIXEDFILEINFO[0].FileVersionMS == int(version[0]) << 16 | int(version[1])
 
 
-def test_sums_are_beside_the_packages(package):
+def test_checksums_match(package):
     assert run("sha256sum", "--check", "--quiet", "SHA256SUMS", cwd=package.parent) == (0, "")
     assert len(read(package.parent / "SHA256SUMS").splitlines()) == 2
 
 
 @pytest.mark.parametrize("kind", ["zip", "nupkg"])
-def test_an_archive_tells_nothing_of_when_and_where_it_was_made(package, kind):
+def test_archive_is_reproducible(package, kind):
     with zipfile.ZipFile(next(package.parent.glob(f"*.{kind}"))) as archive:
         entries = archive.infolist()
         programs = [pefile.PE(data=archive.read(entry), fast_load=True) for entry in entries
@@ -100,7 +104,7 @@ def test_an_archive_tells_nothing_of_when_and_where_it_was_made(package, kind):
     assert {program.FILE_HEADER.TimeDateStamp // 2 * 2 for program in programs} <= {0, commit_time}
 
 
-def test_its_list_of_parts_is_what_debian_says(package):
+def test_sbom_matches_debian(package):
     parts = {part["name"]: part for part in json.loads(read(package / "product-services.spdx.json"))["packages"]}
     for name in ("nlohmann-json3-dev", "gcc-mingw-w64-x86-64-posix-runtime", "mingw-w64-x86-64-dev", "libcli11-dev"):
         assert parts[name]["versionInfo"] == run("dpkg-query", "-W", "-f=${Version}", name)[1]
@@ -112,7 +116,7 @@ def test_its_list_of_parts_is_what_debian_says(package):
     assert parts["ProductServices"]["sourceInfo"] == commit
 
 
-def test_its_second_list_tells_auditors_the_files_and_what_is_in_each(package):
+def test_cyclonedx_sbom_lists_the_programs_and_their_components(package):
     document = json.loads(read(package / "product-services.cdx.json"))
     parts = {part["bom-ref"]: part for part in document["components"]}
     programs = {path.name: hashlib.sha512(path.read_bytes()).hexdigest()
@@ -123,7 +127,7 @@ def test_its_second_list_tells_auditors_the_files_and_what_is_in_each(package):
 
 
 @pytest.mark.parametrize("name", ["ProductServices", "ProductServicesGuard"])
-def test_visual_studios_import_library_names_the_exports(package, name):
+def test_msvc_import_library_names_the_exports(package, name):
     library = pefile.PE(package / f"bin/{name}.dll")
     symbols = run("x86_64-w64-mingw32-nm", package / f"lib/{name}.lib")[1]
     assert sorted(re.findall(r"(?m)^(\S+):\n(?:.+\n)*?.* I __imp_(\w+)$", symbols)) == [
@@ -146,7 +150,7 @@ def compile_as_visual_studio(package, folder, source, *options, taken_out=""):
 
 @pytest.mark.parametrize("taken_out, is_kept", [
     pytest.param("", True, id="as it is"), pytest.param("noexcept(false)", False, id="without noexcept(false)")])
-def test_a_handler_survives_the_usual_settings_of_visual_studio(package, tmp_path, taken_out, is_kept):
+def test_msvc_keeps_catch_handlers(package, tmp_path, taken_out, is_kept):
     host = compile_as_visual_studio(
         package, tmp_path, CATCHING_HOST, "-Xclang", "-fexternc-nounwind", taken_out=taken_out)
     assert (b"the handler" in host.read_bytes()) == is_kept
@@ -156,7 +160,7 @@ def test_a_handler_survives_the_usual_settings_of_visual_studio(package, tmp_pat
     pytest.param("product_services.h", "Upgrade(nullptr)", id="a direct call"),
     pytest.param("guarded_calls.h", "GuardedUpgrade(nullptr)", id="a guarded call"),
     pytest.param("publisher.h", 'VerifyPublisher(L"", L"", nullptr, 0)', id="a publisher")])
-def test_another_default_calling_convention_changes_no_name(package, tmp_path, header, call):
+def test_vectorcall_default_keeps_the_names(package, tmp_path, header, call):
     host = compile_as_visual_studio(
         package, tmp_path, f"#include <product_services/{header}>\nvoid Call() {{ {call}; }}\n",
         "-Xclang", "-fdefault-calling-conv=vectorcall")
@@ -164,81 +168,83 @@ def test_another_default_calling_convention_changes_no_name(package, tmp_path, h
     assert call.partition("(")[0] in {name.removeprefix("__imp_") for name in names}, names
 
 
-def test_another_makers_package_does_not_name_the_sample(strange_kit):
+def test_other_family_package_does_not_name_the_sample(other_family_package):
     sample = re.compile("localhost:18443|Example Draft|Example Model|DRAFT-|draft20|ExampleMaker")
-    for path in strange_kit.rglob("*.*"):
-        if path.suffix in TEXTS:
+    for path in other_family_package.rglob("*.*"):
+        if path.suffix in TEXT_SUFFIXES:
             assert not sample.search(read(path)), path
 
 
-def test_another_makers_installer_shares_no_identifier_with_the_samples(package, strange_kit):
+def test_other_family_installer_has_different_guids(package, other_family_package):
     guid = "[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}"
     ours = re.findall(guid, read(package / "samples/installer/sample_host.wxs"))
-    theirs = re.findall(guid, read(strange_kit / "samples/installer/sample_host.wxs"))
+    theirs = re.findall(guid, read(other_family_package / "samples/installer/sample_host.wxs"))
     assert len(set(theirs)) == len(ours) > 10
     assert set(theirs).isdisjoint(ours)
 
 
-def test_the_links_of_another_makers_documents_lead_somewhere(strange_kit):
-    for path in strange_kit.rglob("*.md"):
+def test_other_family_documents_have_valid_links(other_family_package):
+    for path in other_family_package.rglob("*.md"):
         assert path.stem == "CHANGELOG" or "1.0.0" not in read(path), path
         assert broken_links(path) == [], path
 
 
-@each_case("package/escaped_texts.json", "file, text")
-def test_another_makers_odd_names_are_escaped_as_each_file_needs(strange_kit, file, text):
-    assert text in read(strange_kit / file)
+@parametrize_from("package/escaped_texts.json", "file, text")
+def test_special_characters_are_escaped(other_family_package, file, text):
+    assert text in read(other_family_package / file)
 
 
-def test_a_name_that_is_still_the_samples_is_refused(tmp_path):
+def test_sample_name_is_rejected(tmp_path):
     refusal = "product_family.json: product still has the sample's value; set your own.\n"
-    assert fill({**STRANGE, "product": "Example Draft"}, tmp_path / "kit")[1].endswith(refusal)
+    assert brand({**OTHER_FAMILY, "product": "Example Draft"}, tmp_path / "kit")[1].endswith(refusal)
 
 
-def test_another_makers_nuget_package_names_the_maker(strange_kit, tmp_path):
-    files = ("--sample", SAMPLE_JSON, "--family", strange_kit.with_name("product_family.json"),
+def test_other_family_nuget_package_names_the_maker(other_family_package, tmp_path):
+    files = ("--sample", SAMPLE_JSON, "--family", other_family_package.with_name("product_family.json"),
              "--icon", SAMPLE_JSON.with_name("library.ico"))
-    assert run(sys.executable, "-B", REPOSITORY / "cmake/make_nupkg.py", strange_kit, tmp_path, *files) == (0, "")
+    tool = REPOSITORY / "cmake/make_nupkg.py"
+    assert run(sys.executable, "-B", tool, other_family_package, tmp_path, *files) == (0, "")
     with zipfile.ZipFile(next(tmp_path.glob("Mue-Kit.3.1.*.nupkg"))) as archive:
         assert r'L"M\u00f6bel \"3\"; [c]' in archive.read("readme.md").decode()
         metadata = xml.etree.ElementTree.fromstring(archive.read("Mue-Kit.3.nuspec"))[0]
     values = {element.tag.partition("}")[2]: element.text or element.attrib for element in metadata}
-    assert values.items() > {"id": "Mue-Kit.3", "authors": STRANGE["maker"], "projectUrl": STRANGE["website"],
-                             "repository": {"type": "git", "url": STRANGE["repository"]}}.items()
+    assert values.items() > {"id": "Mue-Kit.3", "authors": OTHER_FAMILY["maker"], "projectUrl": OTHER_FAMILY["website"],
+                             "repository": {"type": "git", "url": OTHER_FAMILY["repository"]}}.items()
 
 
-def test_another_makers_package_leads_from_its_guide_to_the_first_call(strange_kit, build, wine, request):
+def test_getting_started_leads_to_the_first_call(other_family_package, build, wine, request):
     """The guide's record, the development service and the two minimal hosts, as a host developer has them."""
-    hosts = strange_kit / "hosts"
+    sources, hosts = other_family_package / "samples/minimal_hosts", other_family_package / "hosts"
     toolchain = f"-DCMAKE_TOOLCHAIN_FILE={REPOSITORY}/cmake/mingw-w64.cmake"
-    assert run("cmake", "-G", "Ninja", toolchain, "-S", strange_kit / "samples/minimal_hosts", "-B", hosts)[0] == 0
+    assert run("cmake", "-G", "Ninja", toolchain, "-S", sources, "-B", hosts)[0] == 0
     status, output = run("cmake", "--build", hosts)
     assert status == 0 and "warning" not in output, output
-    shutil.copy(build / "over_tls/ProductServicesGuard.dll", hosts)
-    guide = read(strange_kit / "docs/getting-started.md")
+    shutil.copy(build / "https_sample/ProductServicesGuard.dll", hosts)
+    guide = read(other_family_package / "docs/getting-started.md")
     record_key = re.search('(?m)^reg delete "(.*)" /f$', guide)[1]
     request.addfinalizer(lambda: wine("reg", "delete", record_key, "/f"))
     for record in re.findall('(?m)^reg add "(.*)" (/v) (.*) (/d) (.*) (/f)$', guide):
         assert wine("reg", "add", *record)[0] == 0
-    certificate = strange_kit / "service.pem"
-    service = subprocess.Popen([sys.executable, "-B", strange_kit / "tools/product_service.py", "--address", ADDRESS,
-                                "--port", "18443", "--check-answer", "0", "--certificate", certificate], **OUTPUT)
+    certificate = other_family_package / "service.pem"
+    service = subprocess.Popen([
+        sys.executable, "-B", other_family_package / "tools/product_service.py", "--address", ADDRESS,
+        "--port", "18443", "--check-answer", "0", "--certificate", certificate], **OUTPUT)
     assert "ready" in service.stdout.readline()
-    with trust_root(wine, certificate_in(certificate)):
+    with trust_root(wine, read_certificate(certificate)):
         outputs = [wine(hosts / name)[1] for name in ("host_c.exe", "host_cpp.exe")]
-    log = end(service)
+    log = stop_service(service)
     for output in outputs:
         assert "CheckForUpdates: a newer release is at https://strange.example:8443/buy/" in output
     assert "key=DEMO-2026 version=2026.1" in log[0]
 
 
-def test_a_host_that_finds_the_package_has_the_dll_that_it_links_beside_it(package, plain_toolchain, tmp_path):
+def test_find_package_deploys_the_linked_dll(package, restricted_toolchain, tmp_path):
     found = f"-DProductServices_DIR={package}/lib/cmake/ProductServices"
     for library, dll in (("Guard", "ProductServicesGuard.dll"), ("ProductServices", "ProductServices.dll")):
         folder = tmp_path / library
         folder.mkdir()
         write_host_project(folder, "find_package(ProductServices CONFIG REQUIRED)", library)
-        for command in (["-G", "Ninja", plain_toolchain, found, "-B", "built", "."], ["--build", "built"]):
+        for command in (["-G", "Ninja", restricted_toolchain, found, "-B", "built", "."], ["--build", "built"]):
             status, output = run("cmake", *command, cwd=folder)
             assert status == 0, output
         programs = {path.name for path in (folder / "built").iterdir() if path.suffix in (".exe", ".dll")}
@@ -249,7 +255,7 @@ def test_a_host_that_finds_the_package_has_the_dll_that_it_links_beside_it(packa
     pytest.param("-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=4", id="32-bit Windows"),
     pytest.param("-DWIN32=1 -DCMAKE_SIZEOF_VOID_P=8 -DCMAKE_C_COMPILER_ARCHITECTURE_ID=ARM64", id="ARM64"),
     pytest.param("-DCMAKE_SIZEOF_VOID_P=8", id="another system")])
-def test_a_host_for_another_machine_does_not_find_the_package(package, tmp_path, machine):
+def test_host_for_another_architecture_is_refused(package, tmp_path, machine):
     script = tmp_path / "find.cmake"
     script.write_text(f"""include("{package}/lib/cmake/ProductServices/ProductServicesConfig.cmake")
 message("${{ProductServices_NOT_FOUND_MESSAGE}}")""")
@@ -257,8 +263,8 @@ message("${{ProductServices_NOT_FOUND_MESSAGE}}")""")
     assert run("cmake", *machine.split(), "-P", script) == (0, refusal)
 
 
-def test_the_vcpkg_port_keeps_the_language_files_and_tells_how_the_package_is_used(package, tmp_path):
-    """With stand-ins for vcpkg's functions, of which one installs the package."""
+def test_vcpkg_port_installs_language_files_and_usage(package, tmp_path):
+    """With stubs for vcpkg's functions, of which one installs the package."""
     port = REPOSITORY / "packaging/vcpkg"
     names = set(re.findall(r"(?m)^vcpkg_\w+", read(port / "portfile.cmake"))) - {"vcpkg_cmake_install"}
     functions = "".join(f"function({name})\nendfunction()\n" for name in names)
@@ -275,15 +281,15 @@ include("{port}/portfile.cmake")""")
     assert len(told) == 3 and set(told) <= set(read(tmp_path / "CMakeLists.txt").splitlines())
 
 
-def test_the_packaged_sample_host_can_be_built_from_the_package(package, plain_toolchain, tmp_path):
+def test_packaged_sample_host_builds(package, restricted_toolchain, tmp_path):
     kit = shutil.copytree(package, tmp_path / "my kit")
-    for command in (["-G", "Ninja", plain_toolchain, "-S", "samples/host", "-B", "built"], ["--build", "built"]):
+    for command in (["-G", "Ninja", restricted_toolchain, "-S", "samples/host", "-B", "built"], ["--build", "built"]):
         status, output = run("cmake", *command, cwd=kit)
         assert status == 0, output
     assert {"SampleHost.exe", "ProductServicesGuard.dll"} < set(os.listdir(kit / "built"))
 
 
-def test_pkgconf_finds_the_guard_wherever_the_package_is(package, tmp_path):
+def test_pkgconf_finds_a_moved_package(package, tmp_path):
     kit = shutil.copytree(package, tmp_path / "my kit")
     status, options = run("pkgconf", "--define-prefix", "--cflags", "--libs", "product-services-guard",
                           env={**os.environ, "PKG_CONFIG_PATH": str(kit / "lib/pkgconfig")})
@@ -293,7 +299,7 @@ def test_pkgconf_finds_the_guard_wherever_the_package_is(package, tmp_path):
 
 
 @pytest.mark.parametrize("page", ["README.md", "docs/host-guide.md", "cmake/nuget/readme.md"])
-def test_the_code_of_the_documents_compiles(package, page):
+def test_document_examples_compile(package, page):
     blocks = re.findall(r"(?ms)^( *)```cpp\n(.*?)^ *```", read(REPOSITORY / page))
     examples = [textwrap.dedent(code) for _, code in blocks if "#include" in code]
     assert examples

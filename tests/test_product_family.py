@@ -7,20 +7,20 @@ import sys
 
 import pytest
 
-from conftest import REPOSITORY, change, each_case, needs_debian, run, table
+from conftest import REPOSITORY, debian_only, load_cases, parametrize_from, replace_once, run
 
 SAMPLE = REPOSITORY / "product_family/sample"
 # Another maker's product family, with characters that mean something to CMake, C, C++, resource scripts, XML, JSON,
 # Markdown or a shell, and with characters of one to four bytes.
 SPECIAL_FAMILY = REPOSITORY / "tests/product_family/special_characters.json"
 SAMPLE_JSON = (SAMPLE / "product_family.json").read_text("utf-8")
-PICTURES = ("library.ico", *(f"background_{number}.bmp" for number in (332, 333, 335, 343, 1077)))
+IMAGES = ("library.ico", *(f"background_{number}.bmp" for number in (332, 333, 335, 343, 1077)))
 PLAIN_LOCALE = {**os.environ, "LC_ALL": "C"}
 CHECK = """cmake_minimum_required(VERSION 3.25)
 list(APPEND CMAKE_MODULE_PATH "${REPOSITORY}/cmake")
 include(ProductFamily)
 make_family_headers("product_family.json" headers ${ALLOWED})
-check_family_pictures(.)
+check_family_images(.)
 """
 
 
@@ -34,7 +34,7 @@ def family(tmp_path):
 def check(family, tmp_path):
     """Runs the build's check of the family with the sample's pictures, as a CMake script. Gives what it says."""
     (tmp_path / "check.cmake").write_text(CHECK)
-    for name in PICTURES:
+    for name in IMAGES:
         (tmp_path / name).symlink_to(SAMPLE / name)
 
     def run_check(allowed=""):
@@ -45,55 +45,55 @@ def check(family, tmp_path):
     return run_check
 
 
-@each_case("product_family/invalid_families.json", "find, replace, message")
-def test_invalid_family_is_refused(check, family, find, replace, message):
-    change(family, find, replace)
+@parametrize_from("product_family/invalid_families.json", "find, replace, message")
+def test_invalid_family_is_rejected(check, family, find, replace, message):
+    replace_once(family, find, replace)
     assert f"product_family.json: {message}" in check()
 
 
-def test_family_in_another_encoding_is_refused(check, family):
+def test_family_in_another_encoding_is_rejected(check, family):
     family.write_bytes(SAMPLE_JSON.replace("Draft", "Möbel").encode("latin-1"))
     assert "product_family.json: line 4 is not valid UTF-8." in check()
 
 
-def test_missing_family_is_named(check, family):
+def test_missing_family_is_reported(check, family):
     family.unlink()
     assert "product_family.json: file not found in PRODUCT_FAMILY_DIR." in check()
 
 
-def test_deeply_nested_family_is_refused(check, family):
+def test_deeply_nested_family_is_rejected(check, family):
     family.write_text("[" * 100000, "utf-8")
     assert "product_family.json: invalid JSON: nested too deeply." in check()
 
 
 def test_byte_order_mark_is_accepted(check, family):
-    change(family, "^", "\ufeff")
+    replace_once(family, "^", "\ufeff")
     assert check() == ""
 
 
 def test_family_of_the_tests_may_use_http(check, family):
-    change(family, "https:", "http:")
+    replace_once(family, "https:", "http:")
     assert check(allowed="http") == ""
 
 
-@pytest.mark.parametrize("name", PICTURES)
-def test_missing_picture_is_named(check, tmp_path, name):
+@pytest.mark.parametrize("name", IMAGES)
+def test_missing_image_is_reported(check, tmp_path, name):
     (tmp_path / name).unlink()
     assert f"{name}: file not found in PRODUCT_FAMILY_DIR." in check()
 
 
-@each_case("product_family/invalid_pictures.json", "picture, at, bytes, message")
-def test_invalid_picture_is_refused(check, tmp_path, picture, at, bytes, message):
-    data = bytearray((SAMPLE / picture).read_bytes())
+@parametrize_from("product_family/invalid_images.json", "image, at, bytes, message")
+def test_invalid_image_is_rejected(check, tmp_path, image, at, bytes, message):
+    data = bytearray((SAMPLE / image).read_bytes())
     new = bytearray.fromhex(bytes)
     data[at:at + len(new)] = new
-    (tmp_path / picture).unlink()
-    (tmp_path / picture).write_bytes(data)
-    assert f"{picture}: {message}" in check()
+    (tmp_path / image).unlink()
+    (tmp_path / image).write_bytes(data)
+    assert f"{image}: {message}" in check()
 
 
-@needs_debian
-def test_special_characters_survive_in_library_version_and_hosts(check, family, tmp_path):
+@debian_only
+def test_special_characters_survive(check, family, tmp_path):
     shutil.copy(SPECIAL_FAMILY, family)
     assert check() == ""
     (tmp_path / "host.cpp").write_text("""#include "sample_product.h"
@@ -107,16 +107,16 @@ def test_special_characters_survive_in_library_version_and_hosts(check, family, 
                cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
     assert run("x86_64-w64-mingw32-g++-posix", "-std=c++20", *folders, "-c", REPOSITORY / "src/platform/family.cpp",
                "host.cpp", cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
-    maker, package_id, product, address, path, keys = table("product_family/special_characters.json").values()
+    maker, package_id, product, address, path, keys = load_cases("product_family/special_characters.json").values()
     for name, texts in {"family.o": [address, path, *keys], "host.o": [product, maker, path],
                         "version.o": [maker, f"{maker} ProductServices", package_id]}.items():
         data = (tmp_path / name).read_bytes()
         assert [text for text in texts if f"{text}\0".encode("utf-16-le") not in data] == [], name
 
 
-@needs_debian
-@each_case("product_family/dependencies.json", "target, inputs")
-def test_build_follows_changes_of_the_family(build, target, inputs):
+@debian_only
+@parametrize_from("product_family/dependencies.json", "target, inputs")
+def test_build_depends_on_the_family(build, target, inputs):
     listed = run("ninja", "-C", build, "-t", "inputs", target)[1]
     # Names with a blank in their path stand in quotation marks.
     assert [name for name in inputs if not re.search(rf"(?m)/{re.escape(name)}'?$", listed)] == []

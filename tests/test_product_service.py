@@ -7,8 +7,8 @@ import socket
 import ssl
 import stat
 
-from conftest import (ADDRESS, CATALOGUE, REPOSITORY, TERMINATION, WINDOWS, each_case, end, needs_debian, root_value,
-                      run, table)
+from conftest import (ADDRESS, CATALOGUE, REPOSITORY, TERMINATION, WINDOWS, debian_only, load_cases, parametrize_from,
+                      root_store_entry, run, stop_service)
 
 UPDATES = "POST /get_updates.php"
 CHECK = "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)"
@@ -33,74 +33,75 @@ def ask(port, request, body=""):
         return head[9:12].decode(), reply
 
 
-def test_each_request_has_its_answer_and_its_line_while_a_silent_client_waits(service):
+def test_requests_are_answered_and_logged_while_a_client_is_silent(service):
     running = service()
-    exchanges = table("service/exchanges.json")
+    exchanges = load_cases("service/exchanges.json")
     with socket.create_connection((ADDRESS, running.port)):
         for name, row in exchanges.items():
             reply = row["reply"].replace("OFFERS", OFFERS).encode()
             assert ask(running.port, row["request"], row["body"]) == (row["status"], reply), name
-        log = end(running)
+        log = stop_service(running)
     for (name, row), line in zip(exchanges.items(), log, strict=True):
         assert line.startswith(row["request"] + " ") and row["logged"] in line, name
 
 
-def test_a_path_in_the_address_of_the_service_may_stand_before_each(service_command, service, tmp_path):
+def test_base_path_is_accepted(service_command, service, tmp_path):
     tool = service_command[2].read_text("utf-8")
     service_command[2] = shutil.copytree(service_command[2].parent, tmp_path / "tools") / "product_service.py"
     service_command[2].write_text(tool.replace("https://localhost:18443", "https://localhost:18443/base"), "utf-8")
     assert ask(service().port, "POST /base/check.php") == ("200", b"1")
 
 
-@each_case("service/fixed_answers.json", "options, reply, logged")
-def test_one_answer_for_every_query(service, tmp_path, options, reply, logged):
+@parametrize_from("service/fixed_answers.json", "options, reply, logged")
+def test_fixed_answer(service, tmp_path, options, reply, logged):
     (tmp_path / "answer").write_text("ÿ in Latin-1", "latin-1")
     running = service(*options)
     expected = reply.replace("OFFERS", OFFERS).encode("latin-1")
     assert ask(running.port, UPDATES, query(version="any")) == ("200", expected)
-    assert end(running) == [f"{UPDATES}  {CHECK} -> {logged}".replace("2026.1", "any")]
+    assert stop_service(running) == [f"{UPDATES}  {CHECK} -> {logged}".replace("2026.1", "any")]
 
 
-def test_a_connection_closed_without_an_answer_and_a_probe_that_is_not_reachable(service):
+def test_close_and_unreachable_answers(service):
     running = service("--answer", "close", "--check-answer", "0")
     assert ask(running.port, "POST /check.php") == ("200", b"0")
     assert ask(running.port, UPDATES, query()) == ("", b"")
-    assert end(running, TERMINATION) == ['POST /check.php -> "0"', f"{UPDATES}  {CHECK} -> closed without an answer"]
+    assert stop_service(running, TERMINATION) == [
+        'POST /check.php -> "0"', f"{UPDATES}  {CHECK} -> closed without an answer"]
 
 
-def test_a_client_that_speaks_no_tls_and_one_that_speaks_no_http_are_logged(service):
+def test_invalid_clients_are_logged(service):
     running = service()
     with socket.create_connection((ADDRESS, running.port), 20) as client:
         client.sendall(b"POST /check.php HTTP/1.1\r\n\r\n")
         assert running.stdout.readline().startswith("connection without a TLS handshake: ")
     ask(running.port, "nonsense /")
-    assert end(running)[0].startswith("request not served: ")
+    assert stop_service(running)[0].startswith("request not served: ")
 
 
-@each_case("service/broken_catalogues.json", "catalogue, says")
-def test_a_broken_catalogue_ends_the_service_with_a_sentence(service_command, tmp_path, catalogue, says):
+@parametrize_from("service/invalid_catalogues.json", "catalogue, message")
+def test_invalid_catalogue_is_reported(service_command, tmp_path, catalogue, message):
     (tmp_path / "catalogue.json").write_text(catalogue, "utf-8")
-    status, sentence = run(*service_command, "--port", "0", "--answer", "offers")
-    assert status == 1 and sentence.startswith(f"product_service: the catalogue {tmp_path / 'catalogue.json'} {says}")
+    status, output = run(*service_command, "--port", "0", "--answer", "offers")
+    assert status == 1 and output.startswith(f"product_service: the catalogue {tmp_path / 'catalogue.json'} {message}")
 
 
-def test_what_it_cannot_start_with_is_named(service, service_command):
+def test_start_failure_is_reported(service, service_command):
     taken = service().port
     for option, value, what in (("--port", taken, f"{ADDRESS}:{taken}"), ("--catalogue", "none.json", "none.json"),
                                 ("--answer-file", "none", "none")):
-        status, sentence = run(*service_command, option, value)
-        assert status == 1 and sentence.startswith(f"product_service: cannot open {what}: ")
+        status, output = run(*service_command, option, value)
+        assert status == 1 and output.startswith(f"product_service: cannot open {what}: ")
 
 
-def test_a_certificate_that_cannot_be_made_leaves_nothing_behind(service_command, tmp_path):
+def test_failed_certificate_creation_leaves_no_files(service_command, tmp_path):
     before = os.listdir(tmp_path)
-    status, sentence = run(*service_command, "--port", "0", "--certificate", tmp_path / "kept.pem",
-                           env={**os.environ, "PATH": "/nowhere"})
-    assert status == 1 and sentence.startswith("product_service: openssl could not make the certificate: ")
+    status, output = run(*service_command, "--port", "0", "--certificate", tmp_path / "kept.pem",
+                         env={**os.environ, "PATH": "/nowhere"})
+    assert status == 1 and output.startswith("product_service: openssl could not create the certificate: ")
     assert os.listdir(tmp_path) == before
 
 
-def test_a_kept_certificate_is_made_once_and_passes_a_strict_client(service, tmp_path):
+def test_kept_certificate_is_reused_and_strictly_valid(service, tmp_path):
     kept, seen = tmp_path / "kept.pem", []
     for start in ("first", "second"):
         running = service("--certificate", kept)
@@ -110,7 +111,7 @@ def test_a_kept_certificate_is_made_once_and_passes_a_strict_client(service, tmp
         for host in (ADDRESS, "localhost"):
             with client.wrap_socket(socket.create_connection((ADDRESS, running.port), 20), server_hostname=host) as tls:
                 seen.append(tls.getpeercert())
-        end(running)
+        stop_service(running)
     assert seen == seen[:1] * 4
     assert ("DNS", ADDRESS) in seen[0]["subjectAltName"]  # for Wine
     days = (ssl.cert_time_to_seconds(seen[0]["notAfter"]) - ssl.cert_time_to_seconds(seen[0]["notBefore"])) / 86400
@@ -119,37 +120,37 @@ def test_a_kept_certificate_is_made_once_and_passes_a_strict_client(service, tmp
     assert sorted(os.listdir(tmp_path)) == ["catalogue.json", "kept.pem"]
 
 
-def test_a_file_that_cannot_be_used_is_named_with_what_to_do(service_command, tmp_path):
+def test_unusable_certificate_file_is_reported(service_command, tmp_path):
     good, expired, file = tmp_path / "good.pem", tmp_path / "expired.pem", tmp_path / "kept.pem"
     for command in (["req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", good, "-out", good,
                      "-subj", "/CN=localhost", "-addext", f"subjectAltName=IP:{ADDRESS},DNS:localhost"],
                     ["x509", "-in", good, "-signkey", good, "-days", "-1", "-out", expired]):
         assert run("openssl", *command)[0] == 0, command
     key, begin, certificate = good.read_text().partition("-----BEGIN CERTIFICATE-----")
-    without = f"{file} does not hold a usable certificate with its key: "
+    without = f"{file} does not contain a usable certificate with its key: "
     refused = f"the certificate in {file} cannot be used "
-    for name, text, address, says in (
+    for name, text, address, message in (
             ("expired", key + expired.read_text(), ADDRESS, f"{refused}(certificate has expired): "),
             ("for another address", key + begin + certificate, "127.0.0.1", f"{refused}(IP address mismatch, "),
             ("without its key", begin + certificate, ADDRESS, without),
             ("without a certificate", key, ADDRESS, without)):
         file.write_text(text)
-        status, sentence = run(*service_command, "--port", "0", "--address", address, "--certificate", file)
-        assert status == 1 and sentence.startswith(f"product_service: {says}"), (name, sentence)
-        assert "delete" in sentence and sentence.endswith(" start again, which makes a new one\n"), (name, sentence)
+        status, output = run(*service_command, "--port", "0", "--address", address, "--certificate", file)
+        assert status == 1 and output.startswith(f"product_service: {message}"), (name, output)
+        assert "delete" in output and output.endswith(" start again, which creates a new one\n"), (name, output)
 
 
-@needs_debian
-def test_wine_trusts_a_certificate_until_told_otherwise(service_command, wine, tmp_path):
+@debian_only
+def test_trust_and_untrust_in_wine(service_command, wine, tmp_path):
     kept = tmp_path / "kept.pem"
 
     def change(option, program):
         return run(*service_command, "--certificate", kept, option, env={**os.environ, "WINE": str(program)})
 
-    status, sentence = change("--trust", "/nowhere/wine")
-    assert status == 1 and sentence.startswith("product_service: cannot start /nowhere/wine: "), sentence
+    status, output = change("--trust", "/nowhere/wine")
+    assert status == 1 and output.startswith("product_service: cannot start /nowhere/wine: "), output
     text, emulator = kept.read_text(), REPOSITORY / "scripts/run_wine.sh"
-    value, stored = root_value(ssl.PEM_cert_to_DER_cert(text[text.index("-----BEGIN CERTIFICATE-----"):]))
+    value, stored = root_store_entry(ssl.PEM_cert_to_DER_cert(text[text.index("-----BEGIN CERTIFICATE-----"):]))
     try:
         assert change("--trust", emulator)[0] == 0
         assert stored.hex() in wine("reg", "query", *value)[1].lower()

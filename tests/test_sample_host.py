@@ -3,8 +3,8 @@
 import pefile
 import pytest
 
-from conftest import MAKER_KEY, end
-from sample_window import wait_for_window, open_sample_host, press
+from conftest import MAKER_KEY, stop_service
+from sample_window import open_sample_host, press, wait_for_window
 
 CHECK = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> "
 OPEN_CHECK = "alt+h", "c"
@@ -19,9 +19,9 @@ def record(wine):
     wine("reg", "delete", rf"{MAKER_KEY}\Products\Example Draft", "/f")
 
 
-def test_a_call_refuses_a_second_one_and_keeps_the_window_open(build, trusted_service):
+def test_one_call_at_a_time(build, trusted_service):
     running = trusted_service("--answer", "empty")
-    with open_sample_host(build / "over_tls/SampleHost.exe") as (process, window):
+    with open_sample_host(build / "https_sample/SampleHost.exe") as (process, window):
         assert running.stdout.readline() == f"{CHECK}empty body\n", "the quiet check at start"
         press(window, *OPEN_CHECK)
         box = wait_for_window("Example Draft")
@@ -33,18 +33,18 @@ def test_a_call_refuses_a_second_one_and_keeps_the_window_open(build, trusted_se
         press(wait_for_window("Example Draft"), "Return")
         press(window, "alt+F4")
         assert process.wait(timeout=10) == 0
-    assert end(running) == [f"{CHECK}empty body"] * 2, "one for each choice while no call was in progress"
+    assert stop_service(running) == [f"{CHECK}empty body"] * 2, "one for each choice while no call was in progress"
 
 
-def test_closing_ends_a_check_that_the_service_does_not_answer(build, trusted_service):
-    running = trusted_service("--hang", "/get_updates.php")
-    with open_sample_host(build / "over_tls/SampleHost.exe") as (process, window):
-        assert running.stdout.readline() == "POST /get_updates.php -> hangs\n"
+def test_closing_cancels_a_pending_check(build, trusted_service):
+    running = trusted_service("--no-response", "/get_updates.php")
+    with open_sample_host(build / "https_sample/SampleHost.exe") as (process, window):
+        assert running.stdout.readline() == "POST /get_updates.php -> no response\n"
         press(window, "alt+F4")
         assert process.wait(timeout=10) == 0, "long before the time limit of the call"
 
 
-def test_windows_does_not_stretch_the_window(build):
+def test_manifest_declares_dpi_awareness(build):
     program = pefile.PE(build / "bin/SampleHost.exe")
     manifests = [leaf.data.struct for kind in program.DIRECTORY_ENTRY_RESOURCE.entries
                  if kind.id == pefile.RESOURCE_TYPE["RT_MANIFEST"]

@@ -83,7 +83,7 @@ def script(tmp_path):
         server.shutdown()
 
 
-def test_configured_proxy_is_used_for_the_call_only(host, service, windows_proxy, proxy):
+def test_configured_proxy_is_used(host, service, windows_proxy, proxy):
     service("--answer", "empty", port=18443)
     windows_proxy(FIXED, f"http=a:1;https={proxy.address}", "*.example")
     assert host("any-certificate", "check") == [UP_TO_DATE]
@@ -92,7 +92,7 @@ def test_configured_proxy_is_used_for_the_call_only(host, service, windows_proxy
     assert proxy.targets == [f"{ADDRESS}:18443"]
 
 
-def test_first_proxy_of_a_script_that_accepts_connections_is_used(host, service, windows_proxy, proxy, script):
+def test_pac_script_falls_back_to_the_next_proxy(host, service, windows_proxy, proxy, script):
     service("--answer", "empty", port=18443)
     url, file = script
     # Wine passes on what is before a blank or a semicolon; Windows has semicolons between the script's proxies.
@@ -102,7 +102,7 @@ def test_first_proxy_of_a_script_that_accepts_connections_is_used(host, service,
     assert proxy.targets == [f"{ADDRESS}:18443"]
 
 
-def test_time_limit_covers_the_search_for_a_script(host, service, windows_proxy):
+def test_time_limit_covers_the_pac_script(host, service, windows_proxy):
     service("--answer", "empty", port=18443)
     with socket.create_server((ADDRESS, 0)) as silent:
         windows_proxy(SCRIPT, script_url=f"http://{ADDRESS}:{silent.getsockname()[1]}/proxy.pac")

@@ -40,7 +40,7 @@ def test_check(tool, start_service, service, options, outcome, code, text, statu
     assert fnmatch.fnmatchcase(result["text"], text), output
 
 
-def test_time_limit_holds_while_a_name_is_looked_up(tool, slow_resolver):
+def test_time_limit_covers_dns(tool, slow_resolver):
     start = time.monotonic()
     status, output = tool("check", "--time-limit", "1", "--json", **slow_resolver)
     assert json.loads(output) == {"outcome": "TIMED_OUT", "code": None, "text": "The time limit was exceeded."}
@@ -48,7 +48,7 @@ def test_time_limit_holds_while_a_name_is_looked_up(tool, slow_resolver):
     assert time.monotonic() - start < 10
 
 
-def test_upgrade_center_stays_open_beyond_the_time_limit(tool, folder, start_service):
+def test_time_limit_does_not_close_the_upgrade_center(tool, folder, start_service):
     start_service()
     results = []
     thread = threading.Thread(target=lambda: results.append(tool("upgrade", "--time-limit", "1", "--json")))
@@ -66,7 +66,7 @@ def test_upgrade_center_stays_open_beyond_the_time_limit(tool, folder, start_ser
     assert colours > 1000, "the product line's picture"
 
 
-def test_wrong_usage_is_told_on_the_standard_error(folder, wine):
+def test_usage_error_goes_to_stderr(folder, wine):
     status, output = wine("cmd", "/c", "ProductServicesTool check --product x 2> errors", cwd=folder)
     assert (status, output) == (2, "")
     assert (folder / "errors").read_text("utf-8") == "ProductServicesTool: --version is required\n"

@@ -125,7 +125,7 @@ def start_service(certificates):
 @pytest.fixture
 def folder(build, records, tmp_path):
     """A program's folder, with the tool in it, on a machine with the records."""
-    shutil.copy(build / "over_tls/ProductServicesTool.exe", tmp_path)
+    shutil.copy(build / "https_sample/ProductServicesTool.exe", tmp_path)
     shutil.copy(build / "bin/ProductServicesGuard.dll", tmp_path)
     shutil.copytree(build / "bin/lang/DE", tmp_path / "lang/DE")
     return tmp_path

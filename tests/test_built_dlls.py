@@ -6,10 +6,10 @@ import struct
 import pefile
 import pytest
 
-from conftest import REPOSITORY, run, table
+from conftest import REPOSITORY, load_cases, run
 
 SAMPLE = REPOSITORY / "product_family/sample"
-VERSIONS = table("library/versions.json")
+VERSIONS = load_cases("library/versions.json")
 WINDOWS = "advapi32 bcrypt comctl32 crypt32 gdi32 kernel32 msvcrt ole32 oleaut32 shell32 shlwapi user32 ws2_32".split()
 
 
@@ -25,30 +25,30 @@ def library(request, build):
     return pefile.PE(build / f"bin/{request.param}.dll")
 
 
-def test_it_is_a_64_bit_library_for_hardened_processes(library):
+def test_dll_is_64_bit_and_hardened(library):
     assert library.FILE_HEADER.Machine == pefile.MACHINE_TYPE["IMAGE_FILE_MACHINE_AMD64"]
     for flag in ("HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT"):
         assert getattr(library.OPTIONAL_HEADER, f"IMAGE_DLLCHARACTERISTICS_{flag}"), flag
 
 
 @pytest.mark.parametrize("name, exports", EXPORTS.items())
-def test_its_exports_are_those_of_the_headers(build, name, exports):
+def test_exports_match_the_headers(build, name, exports):
     library = pefile.PE(build / f"bin/{name}.dll")
     assert [symbol.name for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols] == exports
 
 
-def test_the_guard_is_not_much_larger(build):
+def test_guard_adds_at_most_150_kb(build):
     bare, guarded = ((build / f"bin/{name}.dll").stat().st_size for name in EXPORTS)
     assert guarded - bare <= 150 * 1024
 
 
-def test_it_needs_nothing_but_windows(library):
+def test_dll_imports_only_windows(library):
     assert {entry.dll.decode().lower().removesuffix(".dll") for entry in library.DIRECTORY_ENTRY_IMPORT} <= set(WINDOWS)
     imported = {symbol.name for entry in library.DIRECTORY_ENTRY_IMPORT for symbol in entry.imports}
     assert b"InitCommonControlsEx" in imported, "it registers the class of its list view itself"
 
 
-def test_its_pictures_are_the_familys(library):
+def test_images_are_those_of_the_family(library):
     for number in (332, 333, 335, 343, 1077):
         assert (SAMPLE / f"background_{number}.bmp").read_bytes()[14:] in library.__data__[:], number
     icon = (SAMPLE / "library.ico").read_bytes()
@@ -58,7 +58,7 @@ def test_its_pictures_are_the_familys(library):
 
 @pytest.mark.parametrize("kind", ["dll", "dll.debug", "pdb"])
 @pytest.mark.parametrize("name", ["ProductServices", "ProductServicesGuard"])
-def test_it_holds_no_path_of_the_machine_that_built_it(build, name, kind):
+def test_no_build_paths_in_binaries(build, name, kind):
     data = (build / f"bin/{name}.{kind}").read_bytes()
     assert [path for path in (bytes(REPOSITORY), b"/tmp/", b"ca-certificates") if path in data] == []
 
@@ -67,7 +67,7 @@ def test_it_holds_no_path_of_the_machine_that_built_it(build, name, kind):
     pytest.param("ProductServices", "RunUpgradeCenter", id="the library"),
     pytest.param("ProductServicesGuard", "GuardedUpgrade", id="the guard"),
 ])
-def test_debuggers_on_windows_find_its_functions_by_its_pdb(build, name, function):
+def test_pdb_matches_the_dll_and_names_functions(build, name, function):
     pdb = build / f"bin/{name}.pdb"
     assert pdb.read_bytes().startswith(b"Microsoft C/C++ MSF 7.00\r\n\x1aDS\0\0\0")
     directory, = pefile.PE(build / f"bin/{name}.dll").DIRECTORY_ENTRY_DEBUG
@@ -79,17 +79,17 @@ def test_debuggers_on_windows_find_its_functions_by_its_pdb(build, name, functio
 
 
 @pytest.mark.parametrize("name", EXPORTS)
-def test_its_only_dialog_is_the_one_that_hosts_know(build, name):
+def test_dialog_template_is_unchanged(build, name):
     status, resources = run("x86_64-w64-mingw32-windres", "-J", "coff", "-O", "rc", build / f"bin/{name}.dll")
     assert status == 0
-    numbers = table("library/dialog.json")["styles"]
+    numbers = load_cases("library/dialog.json")["styles"]
     expected = re.sub(r"[A-Z]+_\w+( \| \w+)*", lambda styles: f"{sum(map(numbers.get, styles[0].split(' | '))):#x}",
-                      "\n".join(table("library/dialog.json")["lines"]))
+                      "\n".join(load_cases("library/dialog.json")["lines"]))
     assert re.findall(r"(?ms)^\d+ DIALOG.*?^END$", resources) == [expected]
 
 
 @pytest.mark.parametrize("name", VERSIONS)
-def test_its_version_says_what_it_is_and_whose(build, name):
+def test_version_resource(build, name):
     header = (REPOSITORY / "include/product_services/version.h").read_text("utf-8")
     version = re.findall(r"#define PRODUCT_SERVICES_VERSION_\w+ (\d+)", header)
     library = pefile.PE(build / f"bin/{name}.dll")

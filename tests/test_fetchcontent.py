@@ -12,17 +12,17 @@ JSON = f"-DNLOHMANN_JSON_INCLUDE_DIR={REPOSITORY}/build/deps/json"
 
 
 @pytest.fixture
-def configure(plain_toolchain, tmp_path):
+def configure(restricted_toolchain, tmp_path):
     """Configures the consumer, whose programs go to a folder of its own choice."""
     write_host_project(tmp_path, f'add_subdirectory("{REPOSITORY}" product_services)')
 
     def run_cmake(*options):
-        return run("cmake", "-G", "Ninja", plain_toolchain, "-S", tmp_path,
+        return run("cmake", "-G", "Ninja", restricted_toolchain, "-S", tmp_path,
                    "-B", tmp_path / "built", f"-DCMAKE_RUNTIME_OUTPUT_DIRECTORY={tmp_path}/programs", *options)
     return run_cmake
 
 
-def test_it_gets_the_libraries_and_nothing_else(configure, tmp_path):
+def test_consumer_gets_only_the_libraries(configure, tmp_path):
     status, output = configure(CURL, JSON)
     assert status == 0, output
     ninja = ("ninja", "-C", tmp_path / "built")
@@ -42,7 +42,7 @@ def test_it_gets_the_libraries_and_nothing_else(configure, tmp_path):
     pytest.param([JSON], "libcurl for Windows is missing: set CURL_DIR", id="libcurl"),
     pytest.param([CURL], "nlohmann-json is missing: set CURL_DIR and NLOHMANN_JSON_INCLUDE_DIR", id="the JSON library"),
 ])
-def test_what_it_lacks_is_named(configure, options, missing):
+def test_missing_dependency_is_reported(configure, options, missing):
     status, output = configure(*options)
     assert status != 0
     assert missing in " ".join(output.split())
