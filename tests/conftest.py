@@ -1,4 +1,4 @@
-"""What the tests share: the folder of the build, programs under Wine, and the development service."""
+"""Fixtures and functions that the tests share: the build folder, programs under Wine, and the development service."""
 
 import contextlib
 import hashlib
@@ -20,17 +20,22 @@ REPOSITORY = pathlib.Path(__file__).parent.parent
 ADDRESS = os.environ["TESTS_ADDRESS"]
 OUTPUT = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8", "errors": "surrogateescape"}
 CATALOGUE = (REPOSITORY / "tools/catalogue.json").read_text("utf-8")
-# What ends a service in order.
+# Signals that stop a service cleanly.
 INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)
 TERMINATION = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGTERM)
-debian_only = pytest.mark.skipif(WINDOWS, reason="needs Wine, or tools of Debian")
+debian_only = pytest.mark.skipif(WINDOWS, reason="needs Wine or Debian's tools")
 MAKER_KEY = r"HKCU\Software\Example Maker"
-# The installed product of the sample family.
+# The product key and the API key of the sample product.
 KEY, API_KEY = "DRAFT-2026-DEMO", "draft20-7k2m9q-x4v8p1w"
+SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
+# Another family, for the sample's DLL: the service of the tests replaces its service, and its records are the sample's.
+OTHER_FAMILY = {**json.loads((REPOSITORY / "tests/product_family/special_characters.json").read_text("utf-8")),
+                "service_base_address": "https://strange.example:8443",
+                "record_registry_path": "Software\\Example Maker\\Products"}
 
 
 def pytest_sessionfinish(session, exitstatus):
-    """Empties the tests' folders, which stay below the build only where a test has failed."""
+    """Removes the tests' folders unless a test has failed."""
     if exitstatus == 0 and session.config.option.basetemp:
         shutil.rmtree(session.config.option.basetemp, ignore_errors=True)
 
@@ -54,16 +59,16 @@ def replace_once(path, pattern, text):
 
 
 def run(*command, **options):
-    """Exit status and output of a program, which ends with all that it started when it takes too long."""
-    limit = [] if WINDOWS else ["/usr/bin/timeout", "30"]
-    ended = subprocess.run([*limit, *map(str, command)], **OUTPUT, check=False, timeout=40, **options)
-    return ended.returncode, ended.stdout
+    """Runs a program and returns its exit status and output. A timeout stops it and its child processes."""
+    limit = [] if WINDOWS else ["/usr/bin/timeout", "100"]
+    completed = subprocess.run([*limit, *map(str, command)], **OUTPUT, check=False, timeout=110, **options)
+    return completed.returncode, completed.stdout
 
 
 def stop_service(service, number=INTERRUPT):
-    """The rest of what a service logged, once it has ended in order."""
+    """Stops a service, which must exit cleanly, and returns the rest of its log."""
     service.send_signal(number)
-    log = service.communicate(timeout=20)[0].splitlines()
+    log = service.communicate(timeout=60)[0].splitlines()
     assert service.returncode == 0, log
     return log
 
@@ -75,7 +80,7 @@ def build():
 
 @pytest.fixture(scope="session")
 def wine():
-    """Runs a Windows program as run() does."""
+    """Like run(), for a Windows program."""
     emulator = [] if WINDOWS else [REPOSITORY / "scripts/run_wine.sh"]
 
     def run_windows_program(*command, **options):
@@ -84,15 +89,16 @@ def wine():
 
 
 def root_store_entry(der):
-    """Where the tests' Wine keeps a certificate among its user's trusted roots, as arguments of reg, and its bytes."""
+    """Returns the registry value for a certificate among the user's trusted roots in Wine, as arguments of reg, and its
+    content."""
     roots = r"HKCU\Software\Microsoft\SystemCertificates\Root\Certificates"
-    place = rf"{roots}\{hashlib.sha1(der).hexdigest().upper()}"
-    return [place, "/v", "Blob"], struct.pack("<3I", 32, 1, len(der)) + der
+    key = rf"{roots}\{hashlib.sha1(der).hexdigest().upper()}"
+    return [key, "/v", "Blob"], struct.pack("<3I", 32, 1, len(der)) + der
 
 
 @contextlib.contextmanager
 def trust_root(wine, der):
-    """Has the tests' Wine trust a root certificate meanwhile."""
+    """Makes Wine trust a root certificate within the context."""
     value, stored = root_store_entry(der)
     try:
         status, output = wine("reg", "add", *value, "/t", "REG_BINARY", "/d", stored.hex(), "/f")
@@ -103,7 +109,7 @@ def trust_root(wine, der):
 
 
 def read_certificate(file):
-    """The certificate, in DER, of a PEM file that may have a key, too."""
+    """Returns the certificate in a PEM file, which may also contain a key, as DER."""
     pattern = "-----BEGIN CERTIFICATE.*?END CERTIFICATE-----"
     return ssl.PEM_cert_to_DER_cert(re.search(pattern, file.read_text(), re.DOTALL)[0])
 
@@ -114,7 +120,7 @@ int main(void) { HostContext context = {0}; CheckForUpdates(&context); return 0;
 
 
 def write_host_project(folder, command, library="Guard"):
-    """A host in C of one of the libraries, with the command by which its project takes the library in."""
+    """Writes a CMake project of a host in C that links one of the libraries, which the command makes available."""
     if library == "Guard":
         shutil.copy(REPOSITORY / "samples/minimal_hosts/host.c", folder)
     else:
@@ -130,19 +136,19 @@ product_services_deploy(host)
 
 @pytest.fixture
 def restricted_toolchain(tmp_path):
-    """The option of cmake for a toolchain that looks for packages in the compiler's own folders alone."""
+    """Returns cmake's option for a toolchain file that only searches packages in the compiler's folders."""
     compilers = {"C": "gcc-posix", "CXX": "g++-posix", "RC": "windres"}
     lines = [f"set(CMAKE_{language}_COMPILER x86_64-w64-mingw32-{name})" for language, name in compilers.items()]
     lines += ["set(CMAKE_SYSTEM_NAME Windows)", "set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)"]
     lines += [f"set(CMAKE_FIND_ROOT_PATH_MODE_{kind} ONLY)" for kind in ("PACKAGE", "LIBRARY", "INCLUDE")]
-    file = tmp_path / "plain toolchain.cmake"
+    file = tmp_path / "restricted toolchain.cmake"
     file.write_text("\n".join(lines), "utf-8")
     return f"-DCMAKE_TOOLCHAIN_FILE={file}"
 
 
 @pytest.fixture(scope="module")
 def host(build, wine):
-    """Runs the host that makes guarded calls, whose product has a record, and returns its lines."""
+    """Runs the host that makes guarded calls, whose product has a record, and returns the lines of its output."""
     record = MAKER_KEY + r"\Products\Guarded\1"
     wine("reg", "add", record, "/v", "key", "/d", "any", "/f")
     wine("reg", "add", record, "/v", "version", "/d", "any", "/f")
@@ -157,18 +163,26 @@ def host(build, wine):
 
 @pytest.fixture
 def service_command(tmp_path):
-    """The command line of a development service, before its options; its offers have the tests' own address."""
+    """Returns the command line of the development service without options."""
     (tmp_path / "catalogue.json").write_text(CATALOGUE, "utf-8")
     return [sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--catalogue", tmp_path / "catalogue.json",
             "--address", ADDRESS]
 
 
+@pytest.fixture(scope="session")
+def service_certificate(tmp_path_factory):
+    """Returns the file of the certificate that services use by default, so that openssl runs only once."""
+    return tmp_path_factory.mktemp("service certificate") / "service.pem"
+
+
 @pytest.fixture
-def service(service_command, tmp_path):
-    """Starts development services, and ends those that run at the end of the test."""
+def service(service_command, service_certificate, tmp_path):
+    """Starts development services. Those that still run are killed at the end of the test."""
     services = []
 
     def start(*options, port=0):
+        if "--certificate" not in options:
+            options = ("--certificate", service_certificate, *options)
         started = subprocess.Popen([*service_command, "--port", str(port), *options], cwd=tmp_path, **OUTPUT,
                                    creationflags=getattr(subprocess, "CREATE_NEW_PROCESS_GROUP", 0))
         services.append(started)
@@ -183,22 +197,48 @@ def service(service_command, tmp_path):
         started.communicate()
 
 
-@pytest.fixture
-def trusted_certificate(service_command, tmp_path):
-    """The file of a service's key and certificate, which Wine trusts meanwhile."""
-    certificate = tmp_path / "service.pem"
-    environment = {**os.environ, "WINE": str(REPOSITORY / "scripts/run_wine.sh")}
-
-    def change_trust(option):
-        return run(*service_command, "--certificate", certificate, option, env=environment)
-
-    status, output = change_trust("--trust")
+@pytest.fixture(scope="module")
+def trusted_certificate(wine, service_certificate):
+    """Creates the certificate of services and makes Wine trust it while the tests of a file run."""
+    status, output = run(sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--address", ADDRESS,
+                         "--certificate", service_certificate, "--trust",
+                         env={**os.environ, "WINE": str(REPOSITORY / "scripts/run_wine.sh")})
     assert status == 0, output
-    yield certificate
-    change_trust("--untrust")
+    yield
+    wine("reg", "delete", root_store_entry(read_certificate(service_certificate))[0][0], "/f")
 
 
 @pytest.fixture
 def trusted_service(service, trusted_certificate):
     """Starts the development service on the sample family's port, with a certificate that Wine trusts."""
-    return lambda *options: service("--certificate", trusted_certificate, *options, port=18443)
+    return lambda *options: service(*options, port=18443)
+
+
+@pytest.fixture(scope="session")
+def archives(build):
+    """Returns the folder with the packages, which ctest has created with cpack."""
+    return build / "packages"
+
+
+@pytest.fixture(scope="module")
+def package(archives, tmp_path_factory):
+    """Unpacks the package for host developers, and returns its folder."""
+    archive, = archives.glob("product-services-ExampleMaker.ProductServices-*-windows-x64.zip")
+    folder = tmp_path_factory.mktemp("package")
+    shutil.unpack_archive(archive, folder)
+    return folder / archive.stem
+
+
+def brand(family, folder):
+    """Replaces the sample family's names in a folder, as cpack does. Writes the family's JSON next to the folder."""
+    family_json = folder.with_name("product_family.json")
+    family_json.write_text(json.dumps(family), "utf-8")
+    return run(sys.executable, "-B", REPOSITORY / "cmake/brand_package.py", SAMPLE_JSON, family_json, folder)
+
+
+@pytest.fixture(scope="module")
+def other_family_package(package, tmp_path_factory):
+    """Returns a copy of the package with another family's names."""
+    folder = shutil.copytree(package, tmp_path_factory.mktemp("other family") / "my kit")
+    assert brand(OTHER_FAMILY, folder) == (0, "")
+    return folder

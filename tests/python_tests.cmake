@@ -37,8 +37,9 @@ endif()
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 
 # Each file is one ctest entry. Its temporary folders are in the build folder.
-set(debian_only test_doctor test_tool test_installer test_package test_certificates test_system_proxy test_sample_host
-    test_fetchcontent test_publisher test_service_samples test_wine_crash test_built_dlls test_bindings)
+set(debian_only test_doctor test_tool test_installer test_certificates test_system_proxy test_sample_host
+    test_service_samples test_getting_started test_package test_package_hosts test_fetchcontent test_publisher
+    test_wine_crash test_built_dlls test_bindings)
 set(portable test_guard_executables test_product_family test_product_service test_languages)
 foreach(name IN LISTS portable debian_only)
     if(name IN_LIST debian_only AND NOT MINGW)
@@ -61,8 +62,17 @@ foreach(name test_tool test_installer test_sample_host)
         set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK "sample_product;display" COST 100)
     endif()
 endforeach()
-foreach(name test_doctor test_package test_certificates test_system_proxy test_service_samples)
+foreach(name test_doctor test_certificates test_system_proxy test_service_samples test_getting_started)
     if(TEST python.${name})
         set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK sample_product COST 100)
     endif()
 endforeach()
+
+# The packages for the tests that inspect and use them.
+if(MINGW)
+    add_test(NAME Packages COMMAND "${CMAKE_CPACK_COMMAND}" -B "${PROJECT_BINARY_DIR}/packages"
+        WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
+    set_tests_properties(Packages PROPERTIES TIMEOUT ${TEST_TIMEOUT} FIXTURES_SETUP packages LABELS debian COST 100)
+    set_tests_properties(python.test_getting_started python.test_package python.test_package_hosts PROPERTIES
+        FIXTURES_REQUIRED packages)
+endif()

@@ -1,5 +1,5 @@
-"""The sample host's window under Wine, worked by real clicks and keys. They reach the right window only if no other
-test shows one at the same time."""
+"""Operates the sample host's window under Wine with real clicks and keys. They reach the right window only if no other
+test shows a window at the same time."""
 
 import contextlib
 import subprocess
@@ -9,7 +9,7 @@ from conftest import REPOSITORY, run
 
 TITLE = "Example Draft 2026.1 – sample host"
 START = '. "$0/scripts/lib/wine.sh" && exec /usr/lib/wine/wine64 "$1" --check-now'
-# A place on the left of a title bar, which makes its window active.
+# A click here, on the left of the title bar, activates a window.
 TITLE_BAR = "100", "10"
 
 
@@ -19,25 +19,25 @@ def window_title(window):
 
 
 def focused_window():
-    """The number of the window that gets the keys."""
+    """Returns the id of the window with the keyboard focus."""
     return run("xdotool", "getwindowfocus")[1].strip()
 
 
 def wait_for(condition, expected):
-    end = time.monotonic() + 20
+    end = time.monotonic() + 60
     while not condition():
-        assert time.monotonic() < end, f"the keys go to {window_title(focused_window())!r} instead of {expected!r}"
+        assert time.monotonic() < end, f"{window_title(focused_window())!r} has the focus instead of {expected!r}"
         time.sleep(0.1)
 
 
 def wait_for_window(title):
-    """The number of the window with this title, once it has come up and gets the keys."""
+    """Waits until the window with this title has the focus, and returns its id."""
     wait_for(lambda: window_title(focused_window()) == title, title)
     return focused_window()
 
 
 def press(window, *keys):
-    """Activates a window, which may be behind another one, and presses keys."""
+    """Activates a window, which may be covered by another one, and presses keys."""
     def is_active():
         run("xdotool", "windowraise", window, "mousemove", "--window", window, *TITLE_BAR, "click", "1")
         return focused_window() == window
@@ -49,7 +49,7 @@ def press(window, *keys):
 
 @contextlib.contextmanager
 def open_sample_host(program):
-    """The process of a sample host and the number of its window."""
+    """Starts a sample host. Returns the process and the id of its window."""
     process = subprocess.Popen(["bash", "-c", START, REPOSITORY, program], stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL)
     try:

@@ -1,4 +1,4 @@
-"""Builds the sample host's installers, installs them under Wine, runs what was installed, and removes it."""
+"""Builds the sample host's installers, installs them under Wine, runs the installed program, and uninstalls it."""
 
 import fnmatch
 import os
@@ -21,41 +21,52 @@ INSTALLERS = REPOSITORY / "samples/installer"
 
 @pytest.fixture(scope="module")
 def installers(build, tmp_path_factory):
-    """The installers of two releases, for one user and for all users, by release and scope."""
+    """Builds installers of two releases, for one user and for all users. Returns their paths by release and scope."""
     folder = tmp_path_factory.mktemp("installers")
     built = shutil.copytree(build / "https_sample", folder / "größe & 'maß'")
-    made = {}
+    paths = {}
     for release in ("2026.1", "2026.2"):
         for scope in ("user", "machine"):
-            made[release, scope] = folder / f"{release} {scope}.msi"
+            paths[release, scope] = folder / f"{release} {scope}.msi"
             options = ["--all-users"] if scope == "machine" else []
-            assert run(INSTALLERS / "build.sh", *options, made[release, scope], built, release) == (0, "")
-    return made
+            assert run(INSTALLERS / "build.sh", *options, paths[release, scope], built, release) == (0, "")
+    return paths
+
+
+def reg(wine, command, *keys, option):
+    """Runs reg for several keys in one start of Wine, and returns its output."""
+    return wine("cmd", "/c", " & ".join(f'reg {command} "{key}" {option}' for key in keys))[1]
 
 
 @pytest.fixture
 def msiexec(installers, wine):
-    """Installs and removes packages; all of them, and all records, are removed in the end."""
-    wine("reg", "delete", MAKER_KEY, "/f")
+    """Installs and removes packages. At the end, those that are still installed and all records are removed."""
+    reg(wine, "delete", USERS_KEY, option="/f")
+    installed = {}
 
     def run_msiexec(option, release, scope, *properties):
+        installed[scope] = release
         status, output = wine("msiexec", option, installers[release, scope], "/qn", *properties)
         assert status == 0, (option, release, scope, output)
+        if option == "/x":
+            del installed[scope]
     yield run_msiexec
-    for path in installers.values():
-        wine("msiexec", "/x", path, "/qn")
-    for key in (USERS_KEY, MACHINES_KEY, POLICIES):
-        wine("reg", "delete", key, "/f")
+    for scope, release in installed.items():
+        wine("msiexec", "/x", installers[release, scope], "/qn")
+    reg(wine, "delete", USERS_KEY, MACHINES_KEY, POLICIES, option="/f")
 
 
 def leftovers(wine):
-    """Files and registry lines of the installed product."""
-    keys = "\n".join(wine("reg", "query", key, "/s")[1] for key in (USERS_KEY, MACHINES_KEY, UNINSTALL_KEY, POLICIES))
-    return [*DRIVE.rglob("*Example*")] + re.findall(".*Example.*", keys)
+    """Returns the files and registry lines of the installed product."""
+    lines = reg(wine, "query", USERS_KEY, MACHINES_KEY, UNINSTALL_KEY, POLICIES, option="/s")
+    return [*DRIVE.rglob("*Example*")] + re.findall(".*Example.*", lines)
 
 
-def record(wine, key):
-    return re.findall(r"REG_SZ +(.+)", wine("reg", "query", rf"{key}\Products", "/s")[1])
+def records(wine):
+    """Returns the root key of each record, with its values after it."""
+    lines = reg(wine, "query", rf"{USERS_KEY}\Products", rf"{MACHINES_KEY}\Products", option="/s")
+    found = re.findall(r"(?m)^(HKEY_\w+)\\.*\\Example Draft\\[\d.]+$|REG_SZ +(.+)$", lines)
+    return [root or value for root, value in found]
 
 
 def test_install_upgrade_and_uninstall(msiexec, trusted_service, wine):
@@ -74,15 +85,16 @@ def test_install_upgrade_and_uninstall(msiexec, trusted_service, wine):
         assert "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)" in service.stdout.readline()
 
     msiexec("/i", "2026.2", "user")
-    assert record(wine, USERS_KEY) == ["DRAFT-2026-DEMO", "2026.2"]
-    assert record(wine, MACHINES_KEY) == ["DRAFT-2026-DEMO", "2026.1"]
+    users_record = ["HKEY_CURRENT_USER", "DRAFT-2026-DEMO", "2026.2"]
+    assert records(wine) == [*users_record, "HKEY_LOCAL_MACHINE", "DRAFT-2026-DEMO", "2026.1"]
     msiexec("/i", "2026.2", "machine")
-    assert record(wine, MACHINES_KEY) == ["DRAFT-2026-DEMO", "2026.2"]
-    # Wine has one start menu for both.
+    machines_record = ["HKEY_LOCAL_MACHINE", "DRAFT-2026-DEMO", "2026.2"]
+    assert records(wine) == users_record + machines_record
+    # In Wine, all users have the same start menu.
     assert len(list(DRIVE.rglob("Start Menu/Programs/Example Maker/Example Draft.lnk"))) == 1
 
     msiexec("/x", "2026.2", "user")
-    assert (record(wine, USERS_KEY), record(wine, MACHINES_KEY)) == ([], ["DRAFT-2026-DEMO", "2026.2"])
+    assert records(wine) == machines_record
     msiexec("/x", "2026.2", "machine")
     assert leftovers(wine) == []
 
@@ -96,7 +108,7 @@ def test_failed_build_keeps_the_old_installer(installers, build, tmp_path):
     assert old.read_bytes() == before
 
 
-# Wine's icacls does nothing.
+# Wine's icacls has no effect.
 def test_all_users_installer_makes_only_language_files_writable(installers):
     actions = run("msiinfo", "export", installers["2026.1", "machine"], "CustomAction")[1]
     assert '"[LangFolder]." /grant *S-1-5-32-545:(OI)(IO)M' in actions
@@ -107,7 +119,7 @@ def test_all_users_installer_makes_only_language_files_writable(installers):
 
 
 def read_wix():
-    """The files, by their paths below the product's folder, and the values of the record that the WiX source has."""
+    """Returns the paths of the files in the product's folder, and the values of the record, from the WiX source."""
     variables = "Scope=perUser Release=2026.1 PackageVersion=1 BinDir=. LangDir=. LicenseDir=. License=."
     options = [word for variable in variables.split() for word in ("-D", variable)]
     root = xml.etree.ElementTree.fromstring(run("wixl", "-E", *options, INSTALLERS / "sample_host.wxs")[1])
@@ -126,7 +138,7 @@ def read_wix():
 
 
 def read_inno():
-    """What Inno Setup installs, which it removes again, and the values and the removed keys of the registry."""
+    """Returns the files that Inno Setup installs and removes, the registry values, and the keys that it removes."""
     script = (INSTALLERS / "sample_host.iss").read_text("utf-8")
     rows = [dict(re.findall(r'(\w+): "?([^";]+)"?', line)) for line in script.splitlines() if ";" in line]
     files = [f'{row["DestDir"]}\\{row.get("DestName") or row["Source"].rpartition(chr(92))[2]}'.removeprefix("{app}\\")
@@ -138,7 +150,7 @@ def read_inno():
 
 
 def read_nsis():
-    """The same of NSIS."""
+    """Like read_inno, for NSIS."""
     script = (INSTALLERS / "sample_host.nsi").read_text("utf-8")
     for name, text in re.findall(r'(?m)^!define (\w+) "(.*)"$', script):
         script = script.replace(f"${{{name}}}", text)

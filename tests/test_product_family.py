@@ -1,4 +1,4 @@
-"""Gives the build what other makers may bring: what cannot be used is refused, and special characters survive."""
+"""Product families of other vendors: invalid ones are rejected, and special characters survive."""
 
 import os
 import re
@@ -9,40 +9,65 @@ import pytest
 
 from conftest import REPOSITORY, debian_only, load_cases, parametrize_from, replace_once, run
 
+sys.path.insert(0, f"{REPOSITORY}/cmake")
+import product_family  # noqa: E402
+
 SAMPLE = REPOSITORY / "product_family/sample"
-# Another maker's product family, with characters that mean something to CMake, C, C++, resource scripts, XML, JSON,
-# Markdown or a shell, and with characters of one to four bytes.
+# A product family with characters that have a meaning in CMake, C, C++, resource scripts, XML, JSON, Markdown or a
+# shell, and with characters of one to four bytes.
 SPECIAL_FAMILY = REPOSITORY / "tests/product_family/special_characters.json"
 SAMPLE_JSON = (SAMPLE / "product_family.json").read_text("utf-8")
 IMAGES = ("library.ico", *(f"background_{number}.bmp" for number in (332, 333, 335, 343, 1077)))
 PLAIN_LOCALE = {**os.environ, "LC_ALL": "C"}
-CHECK = """cmake_minimum_required(VERSION 3.25)
+CONFIGURE = """cmake_minimum_required(VERSION 3.25)
 list(APPEND CMAKE_MODULE_PATH "${REPOSITORY}/cmake")
 include(ProductFamily)
-make_family_headers("product_family.json" headers ${ALLOWED})
+make_family_headers("product_family.json" headers)
 check_family_images(.)
+message(FATAL_ERROR "not reached")
 """
 
 
 @pytest.fixture
 def family(tmp_path):
-    """The file of a family, which is the sample's."""
+    """Returns a copy of the sample's family file, with its images in the same folder."""
+    for name in IMAGES:
+        (tmp_path / name).symlink_to(SAMPLE / name)
     return shutil.copy(SAMPLE / "product_family.json", tmp_path / "product_family.json")
 
 
 @pytest.fixture
-def check(family, tmp_path):
-    """Runs the build's check of the family with the sample's pictures, as a CMake script. Gives what it says."""
-    (tmp_path / "check.cmake").write_text(CHECK)
-    for name in IMAGES:
-        (tmp_path / name).symlink_to(SAMPLE / name)
+def check(family, tmp_path, monkeypatch):
+    """Checks the family as the build does, and returns the error message."""
+    monkeypatch.chdir(tmp_path)
 
-    def run_check(allowed=""):
-        status, output = run("cmake", f"-DREPOSITORY={REPOSITORY}", f"-DPython3_EXECUTABLE={sys.executable}",
-                             f"-DALLOWED={allowed}", "-P", "check.cmake", cwd=tmp_path, env=PLAIN_LOCALE)
-        assert bool(status) == bool(output), output
-        return " ".join(output.split())
+    def run_check(*options):
+        try:
+            for arguments in (["headers", "product_family.json", "headers", *options], ["images", "."]):
+                monkeypatch.setattr(sys, "argv", ["product_family.py", *arguments])
+                product_family.main()
+        except SystemExit as error:
+            return str(error)
+        return ""
     return run_check
+
+
+def configure(folder):
+    (folder / "check.cmake").write_text(CONFIGURE)
+    status, output = run("cmake", f"-DREPOSITORY={REPOSITORY}", f"-DPython3_EXECUTABLE={sys.executable}",
+                         "-P", "check.cmake", cwd=folder, env=PLAIN_LOCALE)
+    assert status != 0
+    return " ".join(output.split())
+
+
+def test_configuration_stops_with_the_message_of_the_first_problem(family, tmp_path):
+    assert "not reached" in configure(tmp_path)
+    (tmp_path / "library.ico").unlink()
+    output = configure(tmp_path)
+    assert "library.ico: file not found in PRODUCT_FAMILY_DIR." in output and "not reached" not in output
+    replace_once(family, "Example Draft", "")
+    output = configure(tmp_path)
+    assert "product_family.json: product must not be empty." in output and "library.ico" not in output
 
 
 @parametrize_from("product_family/invalid_families.json", "find, replace, message")
@@ -73,7 +98,7 @@ def test_byte_order_mark_is_accepted(check, family):
 
 def test_family_of_the_tests_may_use_http(check, family):
     replace_once(family, "https:", "http:")
-    assert check(allowed="http") == ""
+    assert check("--allow-http") == ""
 
 
 @pytest.mark.parametrize("name", IMAGES)
@@ -107,9 +132,11 @@ def test_special_characters_survive(check, family, tmp_path):
                cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
     assert run("x86_64-w64-mingw32-g++-posix", "-std=c++20", *folders, "-c", REPOSITORY / "src/platform/family.cpp",
                "host.cpp", cwd=tmp_path, env=PLAIN_LOCALE) == (0, "")
-    maker, package_id, product, address, path, keys = load_cases("product_family/special_characters.json").values()
-    for name, texts in {"family.o": [address, path, *keys], "host.o": [product, maker, path],
-                        "version.o": [maker, f"{maker} ProductServices", package_id]}.items():
+    special = load_cases("product_family/special_characters.json")
+    maker, path = special["maker"], special["record_registry_path"]
+    for name, texts in {"family.o": [special["service_base_address"], path, *special["known_api_keys"]],
+                        "host.o": [special["product"], maker, path],
+                        "version.o": [maker, f"{maker} ProductServices", special["package_id"]]}.items():
         data = (tmp_path / name).read_bytes()
         assert [text for text in texts if f"{text}\0".encode("utf-16-le") not in data] == [], name
 

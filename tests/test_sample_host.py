@@ -1,4 +1,4 @@
-"""Opens the sample host's window under Wine and uses its menu, against the development service."""
+"""Uses the menu of the sample host's window under Wine, with the development service."""
 
 import pefile
 import pytest
@@ -12,7 +12,7 @@ OPEN_CHECK = "alt+h", "c"
 
 @pytest.fixture(scope="module", autouse=True)
 def record(wine):
-    """What an installer of the sample product writes, while the tests run."""
+    """Writes the record that an installer of the sample product writes, while the tests run."""
     for name, value in (("key", "DRAFT-2026-DEMO"), ("version", "2026.1")):
         wine("reg", "add", rf"{MAKER_KEY}\Products\Example Draft\2026.1", "/v", name, "/d", value, "/f")
     yield

@@ -7,13 +7,13 @@ import sys
 
 import pytest
 
-from conftest import ADDRESS, MAKER_KEY, REPOSITORY, table
+from conftest import ADDRESS, MAKER_KEY, REPOSITORY, load_cases
 
 sys.path.append(str(REPOSITORY / "scripts/lib"))
 from sample_services import sample_service  # noqa: E402
 
 pytest_plugins = ["tool_fixtures"]
-ANSWERS = table("service/sample_answers.json")
+ANSWERS = load_cases("service/sample_answers.json")
 PRODUCT = MAKER_KEY + r"\Products\Samples"
 
 
@@ -22,7 +22,7 @@ def root(request, certificates, tmp_path_factory):
     """The folder of a running service's files."""
     folder = tmp_path_factory.mktemp("service")
     catalogue, certificate = folder / "catalogue.json", folder / "service.pem"
-    catalogue.write_text(json.dumps(table("service/sample_catalogue.json")).replace("LONG", "N" * 15_950), "utf-8")
+    catalogue.write_text(json.dumps(load_cases("service/sample_catalogue.json")).replace("LONG", "N" * 15_950), "utf-8")
     certificate.write_text("".join((certificates / f"trusted.{kind}").read_text() for kind in ("key", "pem")))
     with sample_service(request.param, folder, catalogue, certificate, ADDRESS, 18443) as (root, _):
         yield root

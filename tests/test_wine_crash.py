@@ -1,8 +1,8 @@
-"""A program that crashes under Wine must be seen to fail, every time."""
+"""A crash under Wine must always be reported as a failure."""
 
 import pytest
 
 
-@pytest.mark.parametrize("attempt", range(10))
+@pytest.mark.parametrize("attempt", range(5))
 def test_crash_is_reported(build, wine, attempt):
     assert wine(build / "https_sample/guard_host.exe", "crash")[0] != 0

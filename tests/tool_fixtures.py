@@ -1,4 +1,4 @@
-"""What the tests of ProductServicesTool share: a product service in this process, records, and runs of the tool."""
+"""Fixtures for the tests of ProductServicesTool: a product service in this process, records, and the tool."""
 
 import contextlib
 import os
@@ -14,7 +14,7 @@ from conftest import ADDRESS, API_KEY, KEY, MAKER_KEY, run, trust_root
 
 OFFERS = '[{"name":"A","version":"2","url":"https://localhost:18443/buy"}]'
 PRODUCTS = MAKER_KEY + r"\Products"
-# What an installer would write, by the product's name.
+# The values that an installer would write, by product name.
 RECORDS = {
     "Healthy": {"key": KEY, "version": "2026.1"},
     "Number as key": {"key": 1, "version": "2026.1"},
@@ -30,7 +30,7 @@ def run_openssl(folder, *arguments):
 
 @pytest.fixture(scope="module")
 def certificates(wine, tmp_path_factory):
-    """A folder with the keys and certificates of a service that Wine trusts meanwhile, and of another one."""
+    """Returns a folder with the keys and certificates of a service that Wine trusts, and of one that it does not."""
     folder = tmp_path_factory.mktemp("certificates")
     for name in ("trusted", "untrusted"):
         run_openssl(folder, "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "9", "-subj", f"/CN={name}",
@@ -56,7 +56,7 @@ def records(wine, tmp_path_factory):
 
 
 class Service:
-    """A product service in this process. Replies are lists of pieces; None in the place of one hangs."""
+    """A product service in this process. Replies are lists of pieces. At a piece that is None, the service hangs."""
 
     def __init__(self, certificates, certificate="trusted", probe=("1",), updates=(OFFERS,), status="200 OK", hangs=""):
         self.context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
@@ -100,7 +100,7 @@ class Service:
             client.sendall(f"HTTP/1.1 {self.status}\r\nLocation: https://elsewhere.example/\r\nContent-Length: "
                            f"{sum(map(len, body)) + (None in pieces)}\r\n\r\n".encode() + body[0])
         for piece in body[1:]:
-            time.sleep(0.1)  # so that it is a piece of its own
+            time.sleep(0.1)  # so that it arrives as a separate piece
             client.sendall(piece)
         if None in pieces:
             self.wait_for_end(client)
@@ -124,7 +124,7 @@ def start_service(certificates):
 
 @pytest.fixture
 def folder(build, records, tmp_path):
-    """A program's folder, with the tool in it, on a machine with the records."""
+    """Returns the folder of a program, with the tool, the DLL and language files. The records exist."""
     shutil.copy(build / "https_sample/ProductServicesTool.exe", tmp_path)
     shutil.copy(build / "bin/ProductServicesGuard.dll", tmp_path)
     shutil.copytree(build / "bin/lang/DE", tmp_path / "lang/DE")
@@ -133,7 +133,7 @@ def folder(build, records, tmp_path):
 
 @pytest.fixture
 def tool(folder, wine):
-    """Runs the tool for a product: its status and what it prints."""
+    """Runs the tool for a product, and returns its exit status and output."""
     def run_tool(command, *options, product="Healthy", api_key=API_KEY, variables=None, **more):
         arguments = [command, "--product", product, "--version", "2026.1", "--api-key", api_key, *options]
         program = ["ProductServicesTool.exe"]
@@ -146,7 +146,7 @@ def tool(folder, wine):
 
 @pytest.fixture(scope="module")
 def slow_resolver(tmp_path_factory):
-    """A library that has the look-up of a name take ten minutes."""
+    """Returns the environment with a library that makes a DNS lookup take ten minutes."""
     folder = tmp_path_factory.mktemp("resolver")
     (folder / "slow.c").write_text("""#include <netdb.h>
 #include <unistd.h>
