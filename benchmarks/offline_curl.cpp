@@ -1,7 +1,7 @@
-// Replaces libcurl's transfers in a DLL of the library: an update query is answered at once with reply.json in
-// the working directory, and the connectivity probe with "1".
-#include "support/curl_stub.h"
+// Replaces libcurl's transfers in a DLL of the library: an update query is answered at once with reply.json
+// in the working directory, and the connectivity probe with "1".
 #include "benchmark_common.h"
+#include "support/curl_stub.h"
 
 static std::string offers = ReadReply();
 static std::string probeAnswer = "1";

@@ -41,7 +41,7 @@ def check(build, wine, tmp_path_factory):
     assert wine("reg", "import", file)[0] == 0
 
     def run_check(name):
-        _, output = wine(build / "over_tls/ProductServicesTool.exe", "check", "--json", "--product", "Samples",
+        _, output = wine(build / "https_sample/ProductServicesTool.exe", "check", "--json", "--product", "Samples",
                          "--version", name, "--api-key", "any", "--trusted-hosts", "localhost:18443")
         result = json.loads(output)
         return result["outcome"], result["text"]

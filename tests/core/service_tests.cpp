@@ -1,6 +1,6 @@
-#include "support/curl_stub.h"
 #include "service/service_client.h"
 #include "service/text_conversion.h"
+#include "support/curl_stub.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -1,6 +1,6 @@
 /* A host in C that makes guarded calls: guard_host WORD... Each word sets something for the calls that follow
- * it, or makes a call. For each call it prints a line with the outcome, the result code and the text. If a time
- * limit is set, another line gives the duration in seconds, rounded down. */
+ * it, or makes a call. For each call it prints a line with the outcome, the result code and the text. If a
+ * time limit is set, another line gives the duration in seconds, rounded down. */
 #include "product_services/guarded_calls.h"
 
 #include <stdio.h>
