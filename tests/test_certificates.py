@@ -41,14 +41,14 @@ ISSUED = "It is for the service, issued by Tests Root."
 class CertificateAuthority:
     """Issues certificates with openssl, in its own folder."""
 
-    def __init__(self, folder):
+    def __init__(self, folder, name="Tests Root"):
         self.folder = folder
         (folder / "settings").write_text(CA_SETTINGS)
         (folder / "database").touch()
         # Wine caches revocations by issuer and serial number.
         (folder / "serial").write_text(f"{secrets.randbits(60) + 2**60:X}\n")
         self.openssl("req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", "key.pem", "-out", "root.pem",
-                     "-days", "9", "-subj", "/CN=Tests Root")
+                     "-days", "9", "-subj", f"/CN={name}")
         self.openssl("req", "-new", "-key", "key.pem", "-out", "request", "-subj", "/CN=the service")
 
     def openssl(self, *arguments):
@@ -102,7 +102,7 @@ def authority(wine, tmp_path_factory):
 
 @pytest.fixture(scope="module")
 def untrusted_authority(tmp_path_factory):
-    return CertificateAuthority(tmp_path_factory.mktemp("untrusted authority"))
+    return CertificateAuthority(tmp_path_factory.mktemp("untrusted authority"), "Other Root")
 
 
 class CrlRequestHandler(http.server.BaseHTTPRequestHandler):
@@ -154,7 +154,7 @@ def test_valid_certificate_is_accepted_without_online_revocation_check(host, aut
 
 def test_untrusted_root_is_accepted_only_with_any_certificate(host, untrusted_authority):
     certificate = untrusted_authority.issue("certificate.pem")
-    untrusted = f"{INVALID}its issuer is not trusted. {ISSUED}"
+    untrusted = f"{INVALID}its issuer is not trusted. It is for the service, issued by Other Root."
     with tls_service(certificate, untrusted_authority.folder / "key.pem") as requests:
         assert host("check", "any-certificate", "check") == [untrusted, NEWER_RELEASE]
         assert len(requests) == 1, "the one with any certificate"

@@ -39,8 +39,8 @@ def test_consumer_gets_only_the_libraries(configure, tmp_path):
 
 
 @pytest.mark.parametrize("options, missing", [
-    pytest.param([JSON], "libcurl for Windows is missing: set CURL_DIR", id="libcurl"),
-    pytest.param([CURL], "nlohmann-json is missing: set CURL_DIR and NLOHMANN_JSON_INCLUDE_DIR", id="the JSON library"),
+    pytest.param([JSON], "libcurl for Windows not found: set CURL_DIR", id="libcurl"),
+    pytest.param([CURL], "nlohmann-json not found: set CURL_DIR and NLOHMANN_JSON_INCLUDE_DIR", id="the JSON library"),
 ])
 def test_missing_dependency_is_reported(configure, options, missing):
     status, output = configure(*options)

@@ -34,8 +34,8 @@ def installers(build, tmp_path_factory):
 
 
 def reg(wine, command, *keys, option):
-    """Runs reg for several keys in one start of Wine, and returns its output."""
-    return wine("cmd", "/c", " & ".join(f'reg {command} "{key}" {option}' for key in keys))[1]
+    """Runs reg for each key, and returns all output."""
+    return "".join(wine("reg", command, key, option)[1] for key in keys)
 
 
 @pytest.fixture

@@ -70,7 +70,7 @@ def test_host_for_another_architecture_is_refused(package, tmp_path, machine):
     script = tmp_path / "find.cmake"
     script.write_text(f"""include("{package}/lib/cmake/ProductServices/ProductServicesConfig.cmake")
 message("${{ProductServices_NOT_FOUND_MESSAGE}}")""")
-    refusal = "This ProductServices is for 64-bit Windows, x64.\n"
+    refusal = "This package of ProductServices is for 64-bit Windows (x64).\n"
     assert run("cmake", *machine.split(), "-P", script) == (0, refusal)
 
 
@@ -83,8 +83,9 @@ def test_vcpkg_port_installs_language_files_and_usage(package, tmp_path):
     file(COPY "{package}/" DESTINATION "${{CURRENT_PACKAGES_DIR}}")
 endfunction()
 include("{port}/portfile.cmake")""")
-    assert run("cmake", f"-DCURRENT_PORT_DIR={port}", f"-DCURRENT_PACKAGES_DIR={tmp_path}/installed",
-               "-DPORT=product-services", "-P", tmp_path / "install.cmake") == (0, "")
+    status, output = run("cmake", f"-DCURRENT_PORT_DIR={port}", f"-DCURRENT_PACKAGES_DIR={tmp_path}/installed",
+                         "-DPORT=product-services", "-P", tmp_path / "install.cmake")
+    assert status == 0, output
     shared = tmp_path / "installed/share/product-services"
     assert (shared / "lang/DE/Vemo_DE.lang").is_file()
     write_host_project(tmp_path, "find_package(ProductServices CONFIG REQUIRED)")
