@@ -207,7 +207,7 @@ GuardedUpgrade(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
  * before you show the commands for them. Such a call ends with PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY.
  *
  * The policy is read anew each time: the values DisableUpdateCheck and DisableUpgradeCenter (DWORD 1) in
- * Software\Policies\<maker>\<package_id>, first of HKEY_LOCAL_MACHINE and, if there is no such value, of
+ * Software\\Policies\<maker>\<package_id>, first of HKEY_LOCAL_MACHINE and, if there is no such value, of
  * HKEY_CURRENT_USER. Any thread may call this at any time.
  */
 uint32_t PRODUCT_SERVICES_CALL GetDisabledCalls(void);
