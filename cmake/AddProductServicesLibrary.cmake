@@ -60,7 +60,7 @@ endfunction()
 function(separate_debug_symbols target)
     set(pdb "$<TARGET_FILE_DIR:${target}>/$<TARGET_FILE_BASE_NAME:${target}>.pdb")
     set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
-    target_link_options(${target} PRIVATE "LINKER:--pdb=${pdb}")
+    target_link_options(${target} PRIVATE "SHELL:-Xlinker \"--pdb=${pdb}\"") # -Wl would take a comma in it for an end
     add_custom_command(TARGET ${target} POST_BUILD
         COMMAND "${Python3_EXECUTABLE}" -B "${NORMALIZE_PDB}" "${pdb}"
             "${PROJECT_BINARY_DIR}=build" "${PROJECT_SOURCE_DIR}=."
