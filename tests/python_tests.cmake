@@ -47,7 +47,9 @@ foreach(name IN LISTS portable debian_only)
     endif()
     add_test(NAME python.${name}
         COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider --basetemp "${PROJECT_BINARY_DIR}/pytest/${name}"
-            "${CMAKE_CURRENT_SOURCE_DIR}/${name}.py")
+            "${name}.py"
+        # pytest would take a [ in a path for the beginning of a test's parameters.
+        WORKING_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
     set_tests_properties(python.${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT}
         ENVIRONMENT "PRODUCT_SERVICES_BIN=$<TARGET_FILE_DIR:ProductServices>;TESTS_ADDRESS=${TESTS_ADDRESS};PYTHONUTF8=1")
     if(name IN_LIST debian_only)
