@@ -29,7 +29,7 @@ def test_consumer_gets_only_the_libraries(configure, tmp_path):
     programs = re.findall(r"programs/(\w+\.\w+)\b", run(*ninja, "-t", "targets", "all")[1])
     assert set(programs) == {"host.exe", "ProductServices.dll", "ProductServicesGuard.dll"}
     listed = run(*ninja, "-t", "inputs", "host")[1].replace("'", "")
-    inputs = re.findall(rf"(?m)^{REPOSITORY}/(?!build/).*$", listed)
+    inputs = re.findall(rf"(?m)^{re.escape(str(REPOSITORY))}/(?!build/).*$", listed)
     assert len(inputs) > 50 and all(map(os.path.exists, inputs)), inputs
     assert "BUILD_TESTING" not in (tmp_path / "built/CMakeCache.txt").read_text("utf-8")
     # Building all would take a minute: one source and one resource script.
