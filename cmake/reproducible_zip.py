@@ -21,12 +21,11 @@ def write_zip(archive, files):
             target.writestr(entry, data)
 
 
-def main(archive):
-    """Rewrites an archive."""
-    archive = pathlib.Path(archive)
-    with zipfile.ZipFile(archive) as source:
-        files = [(name, source.read(name)) for name in sorted(source.namelist()) if not name.endswith("/")]
-    write_zip(archive, files)
+def main(archive, folder):
+    """Writes an archive of a folder."""
+    folder = pathlib.Path(folder)
+    files = {path.relative_to(folder.parent).as_posix(): path for path in folder.rglob("*") if path.is_file()}
+    write_zip(archive, [(name, files[name].read_bytes()) for name in sorted(files)])
 
 
 if __name__ == "__main__":

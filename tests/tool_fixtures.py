@@ -158,5 +158,6 @@ int getaddrinfo(const char *node, const char *service, const struct addrinfo *hi
 """)
     status, output = run("clang", "-shared", "-fPIC", "-o", "slow.so", "slow.c", cwd=folder)
     assert status == 0, output
-    return {"env": {**os.environ, "LD_PRELOAD": str(folder / "slow.so")},
+    # A path in LD_PRELOAD would end at a blank.
+    return {"env": {**os.environ, "LD_PRELOAD": "slow.so", "LD_LIBRARY_PATH": str(folder)},
             "variables": {"https_proxy": "http://proxy.example:1"}}
