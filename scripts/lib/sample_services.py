@@ -39,9 +39,9 @@ http {{
     {maps}
     server {{
         listen {address}:{port} ssl;
-        ssl_certificate {certificate};
-        ssl_certificate_key {certificate};
-        root {root};
+        ssl_certificate "{certificate}";
+        ssl_certificate_key "{certificate}";
+        root "{root}";
         {locations}
     }}
 }}
@@ -70,7 +70,8 @@ def running(*command, address, port):
 def export(folder, catalogue):
     tool = REPOSITORY / "tools/product_service.py"
     subprocess.run([sys.executable, "-B", tool, "export", folder, "--catalogue", catalogue], check=True)
-    return [f"include {folder}/{name}.conf;" for name in ("maps", "locations")]
+    # Beside nginx.conf. A [ in a path would be a pattern.
+    return ["include maps.conf;", "include locations.conf;"]
 
 
 def copy_php(root, catalogue):
