@@ -35,6 +35,7 @@ def test_dll_is_64_bit_and_hardened(library):
 def test_exports_match_the_headers(build, name, exports):
     library = pefile.PE(build / f"bin/{name}.dll")
     assert [symbol.name for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols] == exports
+    assert library.DIRECTORY_ENTRY_EXPORT.struct.TimeDateStamp == 0, "not the time of the build"
 
 
 def test_guard_adds_at_most_150_kb(build):
