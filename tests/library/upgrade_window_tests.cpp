@@ -122,7 +122,7 @@ TEST_F(UpgradeWindow, SupportsTheKeyboard)
     OpenAndExit([&](HWND center) {
         const HWND buy = GetDlgItem(center, IDOK);
         EXPECT_TRUE(WaitForFocus(buy));
-        EXPECT_TRUE(SendMessageW(buy, WM_GETDLGCODE, 0, 0) & DLGC_DEFPUSHBUTTON);
+        EXPECT_EQ(LOWORD(SendMessageW(center, DM_GETDEFID, 0, 0)), IDOK);
         for (const HWND next : {GetDlgItem(center, IDCANCEL), OfferList(center), buy}) {
             PostMessageW(window_automation::FocusedWindowOfThread(center), WM_KEYDOWN, VK_TAB, 0);
             EXPECT_TRUE(WaitForFocus(next));
