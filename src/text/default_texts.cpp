@@ -24,7 +24,7 @@ constexpr DefaultText DefaultTexts[]{
     {text_ids::NoUpgrades, L"No upgrades found!"},
     {text_ids::BrowserOpened, L"Browser opened, continue running!"},
     {text_ids::NoConnection, L"For upgrade center to appear, you need a stable internet connection!"},
-    {text_ids::NoProductRecord, L"No data of the installed product was found."},
+    {text_ids::NoProductRecord, L"No data was found for the installed product."},
     {text_ids::LatestVersion, L"You are running the latest version"},
     {text_ids::UnstableConnectionUnused, L"Unstable internet connection."},
     {text_ids::UnstableConnection, L"Unstable internet connection."},

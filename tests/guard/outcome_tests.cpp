@@ -138,7 +138,7 @@ TEST_F(GuardedCheck, ReportsAMissingRecord)
 {
     params.productVersion = L"2.0";
     const GuardedResult noRecord{
-        PRODUCT_SERVICES_OUTCOME_NO_PRODUCT_RECORD, L"No data of the installed product was found.", 950};
+        PRODUCT_SERVICES_OUTCOME_NO_PRODUCT_RECORD, L"No data was found for the installed product.", 950};
     EXPECT_EQ(Check(), noRecord);
     service.Stop();
     EXPECT_EQ(Upgrade(), noRecord) << "even if the service cannot be reached";

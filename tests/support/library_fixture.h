@@ -16,7 +16,7 @@ using Outcome = std::wstring;
 
 inline const Outcome Nothing = L"nothing";
 inline const Outcome Quit = L"540 User chose to quit!";
-inline const Outcome NoRecord = L"950 No data of the installed product was found.";
+inline const Outcome NoRecord = L"950 No data was found for the installed product.";
 inline const Outcome NoJson = L"nothing, [json.exception.parse_error.101]";
 
 class LibraryTest : public DllTest

@@ -94,11 +94,11 @@ TEST(Doctor, ChecksTheProgramFiles)
         {"only the library", CheckProgramFolder(L"C:\\App", {{.exists = false}, {.exists = true}}),
          L"ok       program folder: C:\\App"},
         {"older", CheckVersion({2, 3, 3}),
-         L"warning  library: X.dll is version 2.3.3, older than this program, whose version the other "
-         L"findings are about"},
+         L"warning  library: X.dll is version 2.3.3, older than this program, to which the other "
+         L"findings apply"},
         {"newer", CheckVersion({2, 10, 0}),
-         L"warning  library: X.dll is version 2.10.0, newer than this program, whose version the other "
-         L"findings are about"},
+         L"warning  library: X.dll is version 2.10.0, newer than this program, to which the other "
+         L"findings apply"},
         {"signed", CheckSignature(L"X.dll", trusted), L"ok       signature: X.dll: So it is."},
         {"slow", CheckSignature(L"X.dll", std::nullopt),
          L"warning  signature: X.dll: Windows did not verify it in time"},
@@ -117,20 +117,20 @@ TEST(Doctor, ChecksTheProduct)
          L"warning  policy: Software\\Policies\\Tests Maker\\TestsMaker.ProductServices disables update "
          L"checks and the upgrade center"},
         {"a scaled display", CheckDisplayScaling(150),
-         L"warning  display scaling: 150 %: the upgrade center is enlarged by Windows in a guarded call; in "
-         L"a direct call and with the host's own DPI awareness its picture stays small"},
+         L"warning  display scaling: 150 %: Windows scales up the upgrade center in guarded "
+         L"calls; in direct calls and with the host's DPI awareness, its picture is not scaled"},
     });
 }
 
 TEST(Doctor, ChecksTheLanguageFile)
 {
     const std::wstring notUtf16 =
-        L"error    language file: F is not UTF-16 (little-endian), so that texts are odd or empty";
+        L"error    language file: F is not UTF-16 (little-endian), so texts are garbled or empty";
     ExpectLines({
         {"no line end after the last text", CheckTexts(ToUtf16Bytes(RepeatLine(87, L"\n") + L"text")),
          L"ok       language file: F"},
         {"a line too few", CheckTexts(ToUtf16Bytes(RepeatLine(87, L"\n"))),
-         L"error    language file: F has 87 lines and must have 88"},
+         L"error    language file: F has 87 lines, expected 88"},
         {"a byte-order mark", CheckTexts(ToUtf16Bytes(L'\xFEFF' + RepeatLine(88, L"\n"))),
          L"error    language file: F begins with a byte-order mark, which becomes part of the first text"},
         {"carriage returns", CheckTexts(ToUtf16Bytes(RepeatLine(88, L"\r\n"))),
@@ -138,13 +138,13 @@ TEST(Doctor, ChecksTheLanguageFile)
         {"an odd byte", CheckTexts(ToUtf16Bytes(RepeatLine(88, L"\n")) + "t"), notUtf16.c_str()},
         {"empty", CheckTexts(""), notUtf16.c_str()},
         {"missing for English", CheckOpenError(L"EN", ERROR_FILE_NOT_FOUND),
-         L"ok       language file: F does not exist: English is shown"},
+         L"ok       language file: F was not found, so English is used"},
         {"missing for an unknown language", CheckOpenError(L"US", ERROR_FILE_NOT_FOUND),
-         L"ok       language file: F does not exist: English is shown"},
+         L"ok       language file: F was not found, so English is used"},
         {"read-only", CheckOpenError(L"DE", ERROR_ACCESS_DENIED),
-         L"error    language file: F may not be written to by the user: English is shown"},
+         L"error    language file: F is not writable by this user, so English is used"},
         {"in use", CheckOpenError(L"DE", ERROR_SHARING_VIOLATION),
-         L"error    language file: F is in use by another program: English is shown"},
+         L"error    language file: F is in use by another program, so English is used"},
     });
 }
 
@@ -162,19 +162,19 @@ TEST(Doctor, ChecksProxies)
          L"ok       system proxy: Windows' proxy setting names a:1"},
         {"the bypass list",
          CheckSystemProxy(SystemProxy{.source = ProxySource::FixedProxy, .isBypassed = true}, true),
-         L"ok       system proxy: Windows' proxy setting names the service in its bypass list, so that the "
-         L"service is asked directly"},
+         L"ok       system proxy: Windows' proxy setting names the service in its bypass list, so the "
+         L"service is contacted directly"},
         {"SOCKS", CheckSystemProxy(SystemProxy{.source = ProxySource::FixedProxy}, true),
-         L"warning  system proxy: Windows' proxy setting names no HTTP proxy, so that the service is asked "
+         L"warning  system proxy: Windows' proxy setting names no HTTP proxy, so the service is contacted "
          L"directly"},
         {"a script that returns DIRECT", CheckSystemProxy(SystemProxy{.source = ProxySource::Script}, true),
-         L"ok       system proxy: Windows' configuration script names no HTTP proxy, so that the service is "
-         L"asked directly"},
+         L"ok       system proxy: Windows' configuration script names no HTTP proxy, so the service is "
+         L"contacted directly"},
         {"a script without a reachable proxy", CheckSystemProxy(deadScript, true),
          L"warning  system proxy: Windows' configuration script names no proxy that accepts a connection; "
-         L"tried a:1 (no connection), so that the service is asked directly"},
+         L"tried a:1 (no connection), so the service is contacted directly"},
         {"a script that cannot be run", CheckSystemProxy(SystemProxy{.isScriptUnanswered = true}, true),
-         L"warning  system proxy: Windows has no HTTP proxy, so that the service is asked directly; a "
+         L"warning  system proxy: Windows has no HTTP proxy, so the service is contacted directly; a "
          L"configuration script is set, but it could not be fetched or run"},
         {"a slow Windows", CheckSystemProxy(std::nullopt, true),
          L"warning  system proxy: Windows did not answer in time"},

@@ -19,8 +19,8 @@ constexpr unsigned DefaultTimeLimitSeconds = 30;
 constexpr unsigned MaxTimeLimitSeconds = 24 * 60 * 60;
 
 constexpr char Footer[] =
-    "Exit status of check and upgrade: 0 if the service was asked and answered, 1 if it was not.\n"
-    "Exit status of doctor: 0 if it found no error, 1 if it found one. Wrong usage: 2.\n"
+    "Exit status of check and upgrade: 0 if the service has answered, 1 if it has not.\n"
+    "Exit status of doctor: 0 if it found no error, 1 if it found one. Invalid usage: 2.\n"
     "COMMAND --help lists the options of a command.";
 
 // The values as the parser stores them, in UTF-8.
@@ -62,11 +62,11 @@ void AddCallOptions(CLI::App& command, RawOptions& raw)
         "language id of the texts (default: " + std::to_string(raw.languageId) + ", English)");
     AddOption(
         command, "--trusted-hosts", "LIST", raw.trustedHosts,
-        "hosts that URLs may lead to, such as \"example.com;*.example.com\" (default: any)")
+        "hosts to which URLs may lead, such as \"example.com;*.example.com\" (default: any)")
         .check(CLI::Validator(CheckTrustedHosts, ""));
     AddOption(
         command, "--time-limit", "SECONDS", raw.timeLimitSeconds,
-        "how long a call may wait for the service (default: " + std::to_string(raw.timeLimitSeconds) + ")")
+        "time limit for the transfers of a call (default: " + std::to_string(raw.timeLimitSeconds) + ")")
         .check(CLI::Range(1U, MaxTimeLimitSeconds));
     command.add_flag(
         "--any-certificate", raw.acceptsAnyCertificate,
@@ -119,8 +119,8 @@ void AddCommands(CLI::App& app, RawOptions& raw)
     AddCallOptions(doctor, raw);
     AddOption(
         doctor, "--program", "FOLDER", raw.programFolder,
-        "folder of the application whose DLL to look at (default: the folder of this program)");
-    AddCommand(app, "version", "Prints the version of this program and the package that it belongs to.");
+        "folder of the application whose DLL to check (default: the folder of this program)");
+    AddCommand(app, "version", "Prints the version of this program and the id of its package.");
 }
 
 } // namespace
@@ -128,7 +128,7 @@ void AddCommands(CLI::App& app, RawOptions& raw)
 ParsedCommandLine ParseCommandLine(const std::vector<std::wstring>& arguments)
 {
     RawOptions raw;
-    CLI::App app("Asks a product service for newer releases and diagnoses problems with it.");
+    CLI::App app("Queries a product service for newer releases, and diagnoses problems.");
     app.name("ProductServicesTool");
     app.set_help_flag("-h,--help", "print this help");
     app.allow_windows_style_options(false); // "/name" is a value

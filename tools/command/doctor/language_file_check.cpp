@@ -20,9 +20,9 @@ std::wstring OpenErrorText(DWORD error)
     switch (error) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
-        return L" does not exist";
+        return L" was not found";
     case ERROR_ACCESS_DENIED:
-        return L" may not be written to by the user";
+        return L" is not writable by this user";
     case ERROR_SHARING_VIOLATION:
         return L" is in use by another program";
     default:
@@ -36,7 +36,7 @@ std::wstring FindFormatError(const std::string& bytes)
     const std::wstring text = product_services::DecodeUtf16(bytes);
     // Text in another encoding almost never has line ends and no unpaired surrogates.
     if (text.size() * 2 != bytes.size() || text.find(L'\n') == text.npos) {
-        return L" is not UTF-16 (little-endian), so that texts are odd or empty";
+        return L" is not UTF-16 (little-endian), so texts are garbled or empty";
     }
     if (text.front() == L'\xFEFF') {
         return L" begins with a byte-order mark, which becomes part of the first text";
@@ -47,8 +47,7 @@ std::wstring FindFormatError(const std::string& bytes)
     const auto ends = std::count(text.begin(), text.end(), L'\n');
     const auto lines = text.back() == L'\n' ? ends : ends + 1;
     if (lines != DefaultTextCount) {
-        return L" has " + std::to_wstring(lines) + L" lines and must have " +
-               std::to_wstring(DefaultTextCount);
+        return L" has " + std::to_wstring(lines) + L" lines, expected " + std::to_wstring(DefaultTextCount);
     }
     return {};
 }
@@ -84,7 +83,7 @@ Finding CheckLanguageFile(const LanguageFile& file)
         // English and unknown languages do not need a file, because the built-in texts are English.
         const bool isEnglish = file.code == L"EN" || file.code == L"US";
         finding.severity = isEnglish ? Severity::Ok : Severity::Error;
-        finding.message += OpenErrorText(file.error) + L": English is shown";
+        finding.message += OpenErrorText(file.error) + L", so English is used";
     } else if (const std::wstring error = FindFormatError(file.bytes); !error.empty()) {
         finding.severity = Severity::Error;
         finding.message += error;

@@ -112,7 +112,7 @@ Finding CheckLibraryFile(
         finding.severity = Severity::Warning;
         finding.message += L" is version " + ToString(file.version) +
                            (file.version < expectedVersion ? L", older" : L", newer") +
-                           L" than this program, whose version the other findings are about";
+                           L" than this program, to which the other findings apply";
     } else {
         finding.severity = Severity::Ok;
         finding.message += L" is version " + ToString(file.version) + L" of " + packageId;

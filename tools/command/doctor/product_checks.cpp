@@ -59,7 +59,7 @@ Finding CheckRecord(const StoredRecord& record, const std::wstring& product, con
     const std::wstring path =
         std::wstring(product_services::Family.recordRegistryPath) + L'\\' + product + L'\\' + version;
     return {
-        Severity::Error, L"record", L"there is no " + path + L" in HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE",
+        Severity::Error, L"record", path + L" was not found in HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE",
         help_anchors::NoRecord};
 }
 
@@ -73,7 +73,7 @@ Finding CheckRecordVersion(const RegistryValue& value)
 {
     return CheckValue(
         L"stored version", value, value.text,
-        L"the service is asked for an empty version and has nothing newer", help_anchors::NoUpdate);
+        L"the query has an empty version, so the service has nothing newer", help_anchors::NoUpdate);
 }
 
 Finding CheckApiKey(const std::wstring& apiKey)
@@ -125,8 +125,8 @@ Finding CheckDisplayScaling(int percent)
     if (percent > 100) {
         finding.severity = Severity::Warning;
         finding.message +=
-            L": the upgrade center is enlarged by Windows in a guarded call; in a direct call and with "
-            L"the host's own DPI awareness its picture stays small";
+            L": Windows scales up the upgrade center in guarded calls; in direct calls and with the host's "
+            L"DPI awareness, its picture is not scaled";
     }
     return finding;
 }

@@ -92,7 +92,7 @@ Finding CheckSystemProxy(const std::optional<SystemProxy>& system, bool isUsed)
     }
     finding.message = DescribeSystemProxy(*system);
     if (system->proxy.empty()) {
-        finding.message += L", so that the service is asked directly";
+        finding.message += L", so the service is contacted directly";
     }
     if (system->isScriptUnanswered) {
         finding.message += L"; a configuration script is set, but it could not be fetched or run";
