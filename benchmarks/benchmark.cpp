@@ -70,7 +70,7 @@ void Check()
     Call(check, PRODUCT_SERVICES_SUCCESS);
 }
 
-// The guard of the same product family as the DLL.
+// Calls the guard of the same product family as the DLL.
 void GuardedCheck(std::uint32_t options)
 {
     static const bool isHttps = std::strncmp(address, "https:", 6) == 0;
@@ -102,7 +102,7 @@ void BarePost()
     Require(post(address, UpdateQuery.c_str(), KeepReply) == CURLE_OK);
 }
 
-// What a check must do besides its post, with nothing around it: the least that a check can cost.
+// Makes the calls that a check cannot avoid besides its post.
 void RequiredCalls()
 {
     HKEY key = nullptr;
@@ -183,7 +183,7 @@ void Load(const char* dll)
     Require(library);
 }
 
-// Leaves nothing of one measurement for the next: a closed dialog lets the host's windows be painted anew.
+// Handles all messages that a measurement has left: the host's windows are repainted after a dialog.
 void Settle()
 {
     constexpr DWORD QuietMs = 30;

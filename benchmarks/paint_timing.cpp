@@ -26,7 +26,7 @@ LRESULT CALLBACK WatchingProc(HWND list, UINT message, WPARAM wParam, LPARAM lPa
     if (message == WM_PAINT) {
         GdiFlush();
         lastPainted = Now();
-        // A timer's message comes after every message to paint.
+        // Windows generates WM_TIMER only when no WM_PAINT is pending.
         SetTimer(list, SettledTimer, USER_TIMER_MINIMUM, nullptr);
     }
     return result;
@@ -89,13 +89,13 @@ void PaintPicture(HDC dc)
     BITMAP size{};
     GetObjectW(picture, sizeof size, &size);
     const HDC source = CreateCompatibleDC(dc);
-    const HGDIOBJ former = SelectObject(source, picture);
+    const HGDIOBJ previous = SelectObject(source, picture);
     BitBlt(dc, 0, 0, size.bmWidth, size.bmHeight, source, 0, 0, SRCCOPY);
-    SelectObject(source, former);
+    SelectObject(source, previous);
     DeleteDC(source);
 }
 
-// What the user sees of the upgrade center, with nothing around it.
+// Shows the same as the upgrade center in a plain dialog.
 INT_PTR CALLBACK DialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {

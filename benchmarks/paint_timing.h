@@ -2,12 +2,13 @@
 
 #include <windows.h>
 
-/// From now on each new window of the class of `list`, a list view, notes when it has painted itself and,
-/// once nothing more is to be painted, has its dialog cancelled.
+/// Subclasses all new windows of the class of `list`, a list view. Each records the time at which it was
+/// painted, and cancels its dialog as soon as nothing is left to paint.
 void WatchLists(HWND list);
 
-/// When the last list had painted itself last.
+/// Returns the time at which a list was last painted, in microseconds.
 double LastPainted();
 
-/// Shows a plain Win32 dialog with the upgrade center's template, list and picture, until it is cancelled.
+/// Shows a plain Win32 dialog with the template, list and picture of the upgrade center until it is
+/// cancelled.
 void ShowBareDialog(HMODULE library, std::size_t offers);

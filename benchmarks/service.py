@@ -1,11 +1,12 @@
-"""Measures what an update query costs a service, on loopback with TLS and a connection for each: the two samples and
-the development service.
+"""Measures the cost of an update query for a service: for the two samples and for the development service. Each query
+has its own TLS connection on loopback.
 
-service.py TABLE: the file that takes the table too.
+service.py TABLE: the file to which the table is also written.
 
-The figure is the CPU time of the service's processes, so that what asks costs nothing, and other programs little. A
-million applications that start within five minutes send one query each. Most of a query's cost is the handshake, and
-most of a handshake's the key of the certificate, so both kinds of keys are measured.
+The result is the CPU time of the service's processes, so that the client does not count, and other programs have little
+influence. The last column is for a million applications that start within five minutes and send one query each. Most of
+the cost of a query is the TLS handshake, which mainly depends on the kind of the certificate's key, so both kinds are
+measured.
 """
 
 import concurrent.futures
@@ -44,15 +45,15 @@ def ask(_):
 
 
 def cpu_seconds(processes):
-    """User and system time of processes until now."""
+    """Returns the user and system time of processes."""
     fields = [pathlib.Path(f"/proc/{process.pid}/stat").read_text().rpartition(")")[2].split() for process in processes]
     return sum(int(field[11]) + int(field[12]) for field in fields) / os.sysconf("SC_CLK_TCK")
 
 
 def measure(processes):
-    """CPU seconds of a query."""
+    """Returns the CPU time of a query in seconds."""
     with concurrent.futures.ThreadPoolExecutor(CLIENTS) as clients:
-        list(clients.map(ask, range(QUERIES // 10)))  # what is done once
+        list(clients.map(ask, range(QUERIES // 10)))  # not measured: what is done only once
         before = cpu_seconds(processes)
         list(clients.map(ask, range(QUERIES)))
         return (cpu_seconds(processes) - before) / QUERIES
@@ -65,8 +66,8 @@ def write_row(*cells):
         table.write(row + "\n")
 
 
-def report(what, seconds):
-    write_row(what, f"{seconds * 1000:.2f} ms", f"{1 / seconds:,.0f}", f"{seconds * STARTS_PER_SECOND:.1f} cores")
+def report(name, seconds):
+    write_row(name, f"{seconds * 1000:.2f} ms", f"{1 / seconds:,.0f}", f"{seconds * STARTS_PER_SECOND:.1f} cores")
 
 
 def make_certificate(file, key):
@@ -86,11 +87,11 @@ def measure_service(kind, folder, certificate):
 
 
 TABLE.write_text("")
-write_row("service", "CPU a query", "queries a second, core", "a million starts need")
+write_row("service", "CPU per query", "queries per core and s", "a million starts need")
 with tempfile.TemporaryDirectory() as work:
-    for name, key in KEYS.items():
-        certificate = pathlib.Path(work, f"{name}.pem".replace(" ", "-"))
+    for key_name, key in KEYS.items():
+        certificate = pathlib.Path(work, f"{key_name}.pem".replace(" ", "-"))
         make_certificate(certificate, key)
-        for kind, what in SERVICES.items():
+        for kind, name in SERVICES.items():
             folder = pathlib.Path(work, f"{kind}-{certificate.stem}")
-            report(f"{what}, {name}", measure_service(kind, folder, certificate))
+            report(f"{name}, {key_name}", measure_service(kind, folder, certificate))
