@@ -135,7 +135,7 @@ def main(sample_file, family_file, folder):
             text = brand_markdown(unlink_missing(path.read_text("utf-8"), path.parent), pairs)
         elif path.suffix in ESCAPES:
             text = substitute(path.read_text("utf-8"), pairs, ESCAPES[path.suffix])
-            if path.suffix == ".wxs" and family != sample:
+            if path.suffix in (".wxs", ".wxi") and family != sample:
                 text = derive_guids(text, family)
         else:
             continue

@@ -18,7 +18,7 @@ from conftest import OTHER_FAMILY, REPOSITORY, SAMPLE_JSON, brand, load_cases, p
 sys.path.insert(0, f"{REPOSITORY}/scripts")
 from check_documents import broken_links  # noqa: E402
 
-TEXT_SUFFIXES = ".c .cpp .cs .go .iss .json .md .nsi .pas .po .pot .py .rs .wxs".split()
+TEXT_SUFFIXES = ".c .cpp .cs .go .iss .json .md .nsi .pas .po .pot .py .rs .wxi .wxs".split()
 
 
 def read(path):
@@ -105,11 +105,14 @@ def test_other_family_package_does_not_name_the_sample(other_family_package):
             assert not sample.search(read(path)), path
 
 
+def installer_guids(package):
+    sources = "".join(map(read, sorted((package / "samples/installer").glob("*.wx?"))))
+    return re.findall("[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}", sources)
+
+
 def test_other_family_installer_has_different_guids(package, other_family_package):
-    guid = "[0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}"
-    ours = re.findall(guid, read(package / "samples/installer/sample_host.wxs"))
-    theirs = re.findall(guid, read(other_family_package / "samples/installer/sample_host.wxs"))
-    assert len(set(theirs)) == len(ours) > 10
+    ours, theirs = installer_guids(package), installer_guids(other_family_package)
+    assert len(set(theirs)) == len(ours) > 15
     assert set(theirs).isdisjoint(ours)
 
 
