@@ -1,4 +1,4 @@
-"""The samples of services, PHP behind nginx and nginx without a program, asked by the library."""
+"""The sample services, PHP with nginx and nginx alone, queried by the library."""
 
 import json
 import socket
@@ -19,7 +19,7 @@ PRODUCT = MAKER_KEY + r"\Products\Samples"
 
 @pytest.fixture(scope="module", params=["php", "nginx"])
 def root(request, certificates, tmp_path_factory):
-    """The folder of a running service's files."""
+    """Runs a service, and returns the folder with its files."""
     folder = tmp_path_factory.mktemp("service")
     catalogue, certificate = folder / "catalogue.json", folder / "service.pem"
     catalogue.write_text(json.dumps(load_cases("service/sample_catalogue.json")).replace("LONG", "N" * 15_950), "utf-8")
@@ -30,7 +30,7 @@ def root(request, certificates, tmp_path_factory):
 
 @pytest.fixture(scope="module")
 def check(build, wine, tmp_path_factory):
-    """Checks for updates with a row's record, and returns the outcome and the text."""
+    """Checks for updates with the record of a case, and returns the outcome and the text."""
     lines = ["REGEDIT4"]
     for name, row in ANSWERS.items():
         key = row["key"].replace("MEGABYTE", "K" * 1_000_000)
@@ -50,8 +50,8 @@ def check(build, wine, tmp_path_factory):
 
 
 def ask(method, path, body=""):
-    """Status and reply of a request that the library does not make. The reply must come as one TLS record, which is
-    what makes it one piece for the library."""
+    """Returns the status and the reply of a request that the library does not send. The reply must arrive as one TLS
+    record, because the library needs it in one piece."""
     connection = socket.create_connection((ADDRESS, 18443), 20)
     with ssl._create_unverified_context().wrap_socket(connection) as client:
         client.sendall(f"{method} {path} HTTP/1.1\r\nHost: a\r\nConnection: close\r\n"

@@ -1,10 +1,10 @@
-"""Writes a catalogue as files that nginx serves without any program. The folder gets
+"""Exports a catalogue as files that nginx serves without any other program. The folder contains
 
-  www/answers/...  the answers, whose names stay the same as long as they do
-  maps.conf        which query has which answer; include it in http { }
+  www/answers/...  the answers; the name of an unchanged answer does not change
+  maps.conf        the answer to each query; include it in http { }
   locations.conf   the two URLs of the service; include it in server { }, with www as its root
 
-Write into the same folder again after a change and have nginx reload its configuration."""
+After a change, export to the same folder again and make nginx reload its configuration."""
 
 import hashlib
 import json
@@ -15,7 +15,7 @@ from product_catalogue import QUERY, fail, first_hidden, offer_list, offer_lists
 DIGITS = "0123456789abcdef"
 # The fields of a query, as variables of nginx.
 NAMES = [f"update_{name}" for name in ("api_key", "key", "computer", "version", "kind")]
-# What nginx reads of a request, in bytes. A query has some hundred.
+# The maximum size of a request. A query has a few hundred bytes.
 LIMIT = "8k"
 
 MAPS = r"""# Written by product_service.py export.
@@ -27,7 +27,7 @@ map $request_body $update_product {{
     "~(?s)^{query}\z" "$update_key&$update_version";
 }}
 
-# How many of a hundred computers are offered what this one is.
+# The percentage of computers that get the same offers as this one.
 map $update_computer $update_stage {{
     default 100;
 {stages}}}
@@ -44,7 +44,7 @@ map "$update_product&$update_stage" $update_answer {{
 """
 
 LOCATIONS = """# Written by product_service.py export.
-# nginx looks for a file in vain, then sends the answer. It reads the body because it mirrors the request to nowhere.
+# The file does not exist, so nginx sends the answer as the error page. It only reads the body because of the mirror.
 location = {check} {{
     if ($request_method != POST) {{ return 405; }}
     client_max_body_size {limit};
@@ -71,7 +71,7 @@ location /answers/ {{ internal; default_type application/json; }}
 
 
 class Answers:
-    """The files in www/answers, which are named after what is in them."""
+    """The files in www/answers, which are named by the hash of their content."""
 
     def __init__(self, folder):
         self.folder = folder
@@ -84,14 +84,14 @@ class Answers:
 
 
 def check_names(catalogue):
-    """nginx looks names up without regard to case, and the & separates them."""
+    """nginx ignores case when it looks up names, and & separates them."""
     groups = [catalogue, *(versions for versions in catalogue.values() if not isinstance(versions, str))]
     for name in (name for group in groups for name in group):
         if "&" in name or not name.isprintable():
-            fail(f'nginx cannot look up "{name}": it must not have & or control characters')
+            fail(f'"{name}" must not contain & or control characters, because nginx could not look it up')
     for group in groups:
         if len({name.lower() for name in group}) < len(group):
-            fail("nginx cannot tell keys or versions apart that differ only in case")
+            fail("keys and versions must not differ only in case, because nginx ignores case")
 
 
 def quote(text):
@@ -99,7 +99,7 @@ def quote(text):
 
 
 def numbers_below(number):
-    """A pattern for what begins with two hexadecimal digits below a number."""
+    """Returns a pattern for two leading hexadecimal digits that are less than a number."""
     high, low = divmod(number, 16)
     alternatives = [f"[{DIGITS[:high]}][{DIGITS}]"] if high else []
     if low:
@@ -113,24 +113,24 @@ def query_pattern():
 
 
 def version_rows(catalogue, percents, answers):
-    """A line for each version and each stage of an offer."""
+    """Yields a line for each version and each stage of its offers."""
     for key, versions in catalogue.items():
         for version, offers in () if isinstance(versions, str) else versions.items():
             for stage in (*percents, 100):
-                # What the last computer of the stage sees.
+                # The offers of the last computer in the stage.
                 body = offer_list(visible_offers(offers, first_hidden(stage) - 1))[1]
                 yield f"    {quote(f'{key}&{version}&{stage}')} {answers.add(body)};\n"
 
 
 def key_rows(catalogue, answers):
-    """A line for each key, with the answer to a version that is not in the catalogue."""
+    """Yields a line for each key, with the answer to a version that is not in the catalogue."""
     for key, versions in catalogue.items():
         body = refusal(versions)[1] if isinstance(versions, str) else b""
         yield f"    {quote(key)} {answers.add(body)};\n"
 
 
 def write(catalogue, path, folder):
-    """`path` is the path in the service's address, before the names of the two URLs."""
+    """Writes the files. `path` is the path in the service's address, which precedes the names of the two URLs."""
     check_names(catalogue)
     answers = Answers(folder / "www/answers")
     percents = sorted({offer.get("percent", 100) for offers in offer_lists(catalogue) for offer in offers} - {100})

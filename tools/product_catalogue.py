@@ -1,4 +1,4 @@
-"""The catalogue of a product service, and what it answers to an update query."""
+"""The catalogue of a product service, and the answers to update queries."""
 
 import json
 import pathlib
@@ -27,7 +27,7 @@ def check_offer(place, offer):
 def load_catalogue(path):
     try:
         text = pathlib.Path(path).read_text("utf-8-sig")
-        # The catalogue of the PHP service has a line in front that keeps visitors from reading it.
+        # The catalogue of the PHP service starts with a line that prevents visitors from reading it.
         catalogue = json.loads(re.sub(r"\A<\?php.*\n", "", text))
         for key, versions in catalogue.items():
             if isinstance(versions, str):
@@ -45,18 +45,18 @@ def offer_lists(catalogue):
 
 
 def first_hidden(percent):
-    """The number of the first computer, of 256, that does not see what so many of a hundred see."""
+    """Returns the number of the first of 256 computers that does not see an offer for so many percent."""
     return -(-percent * 256 // 100)
 
 
-def number_of(computer):
-    """One of 256 numbers for a computer, from the beginning of its identifier; the last one if it has none."""
+def computer_number(computer):
+    """Returns one of 256 numbers for a computer, from the start of its identifier, or 255 if it has none."""
     digits = re.match("[0-9a-f]{2}", computer)
     return int(digits[0], 16) if digits else 255
 
 
 def visible_offers(offers, number):
-    """The offers that the computer of this number sees."""
+    """Returns the offers that a computer sees."""
     return [offer for offer in offers if number < first_hidden(offer.get("percent", 100))]
 
 
@@ -81,4 +81,4 @@ def find_offers(catalogue, query):
         return refusal(versions)
     if query[4] not in versions:
         return "version not in the catalogue (empty body)", b""
-    return offer_list(visible_offers(versions[query[4]], number_of(query[3])))
+    return offer_list(visible_offers(versions[query[4]], computer_number(query[3])))

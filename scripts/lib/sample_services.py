@@ -1,5 +1,5 @@
-"""Runs the samples of services, for the tests and the benchmark: "php" is samples/service behind nginx, and "nginx" is
-what product_service.py export writes. nginx is the one that setup.sh unpacks."""
+"""Runs the sample services for the tests and the benchmark: "php" is samples/service with nginx, and "nginx" is the output
+of product_service.py export. setup.sh has unpacked nginx."""
 
 import contextlib
 import pathlib
@@ -22,7 +22,7 @@ PHP_LOCATION = """location ~ \\.php$ {{
     fastcgi_param REDIRECT_STATUS 200;
     {buffers}
 }}"""
-# As docs/service.md says.
+# The settings that docs/service.md recommends.
 BUFFERS = "fastcgi_buffer_size 32k; fastcgi_buffers 4 32k;"
 CONFIGURATION = """daemon off;
 master_process off;
@@ -50,8 +50,8 @@ http {{
 
 @contextlib.contextmanager
 def running(*command, address, port):
-    """The process of a program that listens there. It is ended at the end."""
-    with tempfile.TemporaryFile() as output:  # a pipe would be full one day
+    """Runs a program within the context, and waits until it listens. Returns its process."""
+    with tempfile.TemporaryFile() as output:  # nobody reads a pipe, so it would fill up
         process = subprocess.Popen([str(word) for word in command], stdout=output, stderr=output)
         try:
             for _ in range(100):
@@ -82,14 +82,14 @@ def copy_php(root, catalogue):
 
 @contextlib.contextmanager
 def sample_service(kind, folder, catalogue, certificate, address, port, buffers=BUFFERS):
-    """The root of a service that answers as a catalogue's file says, and its processes. It works in an empty folder;
-    the certificate's file has the key, too."""
+    """Runs a service with a catalogue within the context, in an empty folder. The file of the certificate also contains
+    the key. Returns the service's root folder and its processes."""
     root = folder / "www"
     with contextlib.ExitStack() as stack:
         processes = []
         if kind == "php":
             copy_php(root, catalogue)
-            # It would end after 500 requests.
+            # By default, it exits after 500 requests.
             command = ("env", "PHP_FCGI_MAX_REQUESTS=0", "php-cgi", "-b", f"{address}:{PHP_PORT}")
             php = running(*command, address=address, port=PHP_PORT)
             processes.append(stack.enter_context(php))
