@@ -19,7 +19,7 @@ struct GuardedResult
     bool operator==(const GuardedResult&) const = default;
 };
 
-inline const char* Name(ProductServicesOutcome outcome)
+inline const char* ToString(ProductServicesOutcome outcome)
 {
     constexpr const char* Names[]{
         "FAILED",
@@ -45,7 +45,7 @@ inline const char* Name(ProductServicesOutcome outcome)
 
 inline void PrintTo(const GuardedResult& result, std::ostream* stream)
 {
-    *stream << Name(result.outcome) << ", code " << static_cast<int>(result.resultCode) << ", "
+    *stream << ToString(result.outcome) << ", code " << static_cast<int>(result.resultCode) << ", "
             << testing::PrintToString(result.text) << (result.isTruncated ? ", truncated" : "");
 }
 

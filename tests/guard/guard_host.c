@@ -23,7 +23,7 @@ static GuardedCallParams params = {
     .resultText = text,
     .resultTextCapacity = CAPACITY};
 
-static void Print(const char* name, ProductServicesOutcome outcome, ULONGLONG start)
+static void PrintOutcome(const char* name, ProductServicesOutcome outcome, ULONGLONG start)
 {
     const unsigned seconds = (unsigned)((GetTickCount64() - start) / 1000);
     printf("%s %u %d: %ls\n", name, (unsigned)outcome, (int)params.resultCode, text);
@@ -46,15 +46,15 @@ static void FetchCrl(const char* url)
     }
 }
 
-static void Do(const char* word)
+static void RunWord(const char* word)
 {
     const ULONGLONG start = GetTickCount64();
     if (strcmp(word, "check") == 0) {
         params.options |= PRODUCT_SERVICES_OPTION_QUIET;
-        Print(word, GuardedCheckForUpdates(&params), start);
+        PrintOutcome(word, GuardedCheckForUpdates(&params), start);
     } else if (strcmp(word, "upgrade") == 0) {
         params.options &= ~(uint32_t)PRODUCT_SERVICES_OPTION_QUIET;
-        Print(word, GuardedUpgrade(&params), start);
+        PrintOutcome(word, GuardedUpgrade(&params), start);
     } else if (strcmp(word, "any-certificate") == 0) {
         params.options |= PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE;
     } else if (strcmp(word, "system-proxy") == 0) {
@@ -77,7 +77,7 @@ static void Do(const char* word)
 int main(int count, char** words)
 {
     for (int i = 1; i < count; ++i) {
-        Do(words[i]);
+        RunWord(words[i]);
     }
     return 0;
 }

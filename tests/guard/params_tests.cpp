@@ -41,7 +41,7 @@ TEST_F(Params, AreReadUpToTheSize)
         auto* const truncated = reinterpret_cast<GuardedCallParams*>(page + 0x1000 - end);
         complete.size = static_cast<std::uint32_t>(end);
         std::memcpy(truncated, &complete, end);
-        EXPECT_STREQ(Name(Export("GuardedCheckForUpdates")(truncated)), Name(outcome));
+        EXPECT_STREQ(ToString(Export("GuardedCheckForUpdates")(truncated)), ToString(outcome));
         VirtualFree(page, 0, MEM_RELEASE);
     }
 }
@@ -78,7 +78,7 @@ TEST_F(Params, AreWrittenUpToTheSize)
         larger.known.resultTextCapacity = 100;
         larger.known.resultCode = 77;
         larger.known.isTextTruncated = 77;
-        EXPECT_STREQ(Name(Export("GuardedUpgrade")(&larger.known)), "UP_TO_DATE");
+        EXPECT_STREQ(ToString(Export("GuardedUpgrade")(&larger.known)), "UP_TO_DATE");
         EXPECT_STREQ(buffer, text);
         EXPECT_EQ(larger.known.resultCode, resultCode);
         EXPECT_EQ(larger.known.isTextTruncated, isTextTruncated);
@@ -93,11 +93,11 @@ TEST_F(Params, AreNotWrittenWithoutASize)
         GuardedCallParams call = params;
         call.size = size;
         const GuardedCallParams before = call;
-        EXPECT_STREQ(Name(Export("GuardedUpgrade")(&call)), "INVALID_PARAMETER");
+        EXPECT_STREQ(ToString(Export("GuardedUpgrade")(&call)), "INVALID_PARAMETER");
         EXPECT_EQ(std::memcmp(&call, &before, sizeof call), 0);
     }
-    EXPECT_STREQ(Name(Export("GuardedCheckForUpdates")(nullptr)), "INVALID_PARAMETER");
-    EXPECT_STREQ(Name(Export("GuardedUpgrade")(nullptr)), "INVALID_PARAMETER");
+    EXPECT_STREQ(ToString(Export("GuardedCheckForUpdates")(nullptr)), "INVALID_PARAMETER");
+    EXPECT_STREQ(ToString(Export("GuardedUpgrade")(nullptr)), "INVALID_PARAMETER");
     EXPECT_EQ(service.TakeRequests(), "");
 }
 
@@ -150,7 +150,7 @@ TEST_F(Params, TruncateTheTextAtAWholeCharacter)
         GuardedCallParams call = params;
         call.resultText = buffer.data();
         call.resultTextCapacity = capacity;
-        EXPECT_STREQ(Name(Export("GuardedUpgrade")(&call)), "REFUSED");
+        EXPECT_STREQ(ToString(Export("GuardedUpgrade")(&call)), "REFUSED");
         EXPECT_EQ(buffer.substr(0, text.size() + 1), text + L'\0');
         EXPECT_EQ(buffer.substr(capacity), std::wstring(20 - capacity, L'#'));
         EXPECT_EQ(call.isTextTruncated, isTruncated ? 1u : 0u);
@@ -163,11 +163,11 @@ TEST_F(Params, AllowNoBuffer)
     wchar_t untouched = L'#';
     GuardedCallParams call = params;
     call.resultText = &untouched;
-    EXPECT_STREQ(Name(Export("GuardedUpgrade")(&call)), "UP_TO_DATE");
+    EXPECT_STREQ(ToString(Export("GuardedUpgrade")(&call)), "UP_TO_DATE");
     EXPECT_EQ(untouched, L'#') << "its capacity is 0";
     EXPECT_EQ(call.isTextTruncated, 1u);
     call.resultText = nullptr;
     call.resultTextCapacity = 100;
-    EXPECT_STREQ(Name(Export("GuardedUpgrade")(&call)), "UP_TO_DATE");
+    EXPECT_STREQ(ToString(Export("GuardedUpgrade")(&call)), "UP_TO_DATE");
     EXPECT_EQ(call.isTextTruncated, 1u);
 }

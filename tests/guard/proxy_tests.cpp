@@ -45,7 +45,7 @@ BOOL WINAPI GetProxyConfig(WINHTTP_CURRENT_USER_IE_PROXY_CONFIG* config)
     return TRUE;
 }
 
-HINTERNET WINAPI Open(const wchar_t*, DWORD access, const wchar_t*, const wchar_t*, DWORD)
+HINTERNET WINAPI OpenSession(const wchar_t*, DWORD access, const wchar_t*, const wchar_t*, DWORD)
 {
     EXPECT_EQ(access, static_cast<DWORD>(WINHTTP_ACCESS_TYPE_NO_PROXY)) << "the script itself";
     return GlobalAlloc(GPTR, 1);
@@ -69,12 +69,12 @@ GetProxyForUrl(HINTERNET, const wchar_t* url, WINHTTP_AUTOPROXY_OPTIONS* options
     return TRUE;
 }
 
-BOOL WINAPI CloseHandle(HINTERNET session)
+BOOL WINAPI CloseSession(HINTERNET session)
 {
     return GlobalFree(session) == nullptr;
 }
 
-constexpr WinHttpApi FakeWinHttp{GetProxyConfig, Open, GetProxyForUrl, CloseHandle};
+constexpr WinHttpApi FakeWinHttp{GetProxyConfig, OpenSession, GetProxyForUrl, CloseSession};
 
 void ReplaceAll(std::string& text, const std::string& from, const std::string& to)
 {

@@ -32,14 +32,14 @@ static BOOL WINAPI GetCertificateChainHook(
     return isBuilt;
 }
 
-static HANDLE Open(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition)
+static HANDLE OpenPath(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition)
 {
     return CreateFileW(path, access, sharing, nullptr, disposition, 0, nullptr);
 }
 
 static bool IsLeftOpen(const wchar_t* path)
 {
-    const HANDLE file = Open(path, GENERIC_READ, 0, OPEN_EXISTING);
+    const HANDLE file = OpenPath(path, GENERIC_READ, 0, OPEN_EXISTING);
     const bool isLeftOpen = file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_SHARING_VIOLATION;
     CloseHandle(file);
     return isLeftOpen;
@@ -69,7 +69,7 @@ static void VerifyOne(const std::wstring& path, std::wstring publishers, const s
 {
     std::replace(publishers.begin(), publishers.end(), L'|', L'\n');
     const DWORD access = option == L"read" ? GENERIC_READ : option == L"write" ? GENERIC_WRITE : 0;
-    const HANDLE file = access ? Open(path.c_str(), access, FILE_SHARE_READ, OPEN_EXISTING) : nullptr;
+    const HANDLE file = access ? OpenPath(path.c_str(), access, FILE_SHARE_READ, OPEN_EXISTING) : nullptr;
     certificateErrors = std::wcstoul(option.c_str(), nullptr, 16);
     wchar_t text[300] = L"";
     std::uint32_t result = 0;
@@ -87,7 +87,7 @@ static void VerifyOne(const std::wstring& path, std::wstring publishers, const s
 int wmain(int count, wchar_t** arguments)
 {
     if (count == 3 && std::wstring(arguments[1]) == L"started") {
-        CloseHandle(Open(arguments[2], GENERIC_WRITE, 0, CREATE_ALWAYS));
+        CloseHandle(OpenPath(arguments[2], GENERIC_WRITE, 0, CREATE_ALWAYS));
         return 0;
     }
     const HMODULE windows = LoadLibraryW(L"wintrust.dll");

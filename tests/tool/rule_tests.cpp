@@ -61,7 +61,7 @@ Finding CheckOpenError(const wchar_t* code, DWORD error)
 
 const TransferSettings Settings{.stepTimeout = std::chrono::seconds(5)};
 
-TransferReport Reply(const std::string& reply, long httpStatus = 200)
+TransferReport MakeReply(const std::string& reply, long httpStatus = 200)
 {
     return {
         .step = TransferStep::ReplyEnd,
@@ -80,7 +80,7 @@ Finding CheckUpdates(const TransferReport& report)
     return CheckUpdateQuery(report, Settings, L"a.example;*.b.example");
 }
 
-std::string Offer(const std::string& url)
+std::string MakeOffer(const std::string& url)
 {
     return R"({"name":"B","version":"2","url":")" + url + "\"}";
 }
@@ -192,7 +192,7 @@ TEST(Doctor, ChecksTransfers)
     ExpectLines({
         {"no connection", CheckConnection(silent, Settings),
          L"error    connection: 1.2.3.4:443 did not answer within 5 seconds"},
-        {"a connection", CheckConnection(Reply("1"), Settings),
+        {"a connection", CheckConnection(MakeReply("1"), Settings),
          L"ok       connection: a.example (1.2.3.4) port 443: name 1 ms, connection 2 ms, TLS 4 ms"},
         {"a broken connection", CheckProbe(broken, Settings), L"error    probe: libcurl's reason"},
     });
@@ -200,27 +200,27 @@ TEST(Doctor, ChecksTransfers)
 
 TEST(Doctor, ChecksReplies)
 {
-    const std::string good = Offer("https://a.example/x");
+    const std::string good = MakeOffer("https://a.example/x");
     ExpectLines({
-        {"a probe with an HTTP error", CheckProbe(Reply("1", 404), Settings),
+        {"a probe with an HTTP error", CheckProbe(MakeReply("1", 404), Settings),
          L"warning  probe: /check.php answers \"1\" (HTTP status 404)"},
-        {"offers", CheckUpdates(Reply("[" + good + "," + Offer("https://c.b.example/") + "]")),
+        {"offers", CheckUpdates(MakeReply("[" + good + "," + MakeOffer("https://c.b.example/") + "]")),
          L"ok       update query: 2 offers on trusted hosts"},
-        {"an ambiguous URL", CheckUpdates(Reply("[" + Offer("https://a.example@b.example/") + "]")),
+        {"an ambiguous URL", CheckUpdates(MakeReply("[" + MakeOffer("https://a.example@b.example/") + "]")),
          L"error    update query: offer 1 of 1 does not have a URL of the form https://host[:port][/path]: "
          L"https://a.example@b.example/"},
-        {"any host is trusted", CheckUpdateQuery(Reply("[" + good + "]"), Settings, std::nullopt),
+        {"any host is trusted", CheckUpdateQuery(MakeReply("[" + good + "]"), Settings, std::nullopt),
          L"warning  update query: 1 offer; without --trusted-hosts any host is trusted"},
-        {"nothing newer", CheckUpdates(Reply("")),
+        {"nothing newer", CheckUpdates(MakeReply("")),
          L"ok       update query: nothing is newer: the reply is empty"},
-        {"an HTTP error without a body", CheckUpdates(Reply("", 500)),
+        {"an HTTP error without a body", CheckUpdates(MakeReply("", 500)),
          L"error    update query: nothing is newer: the reply is empty (HTTP status 500)"},
-        {"an empty list", CheckUpdates(Reply("[]")),
+        {"an empty list", CheckUpdates(MakeReply("[]")),
          L"error    update query: the list is empty; to say that nothing is newer the service must send an "
          L"empty body"},
-        {"another status", CheckUpdates(Reply(R"({"status":3})")),
+        {"another status", CheckUpdates(MakeReply(R"({"status":3})")),
          L"error    update query: the service refuses with status 3"},
-        {"an offer without a URL", CheckUpdates(Reply(R"([{"name":"A","version":"2"}])")),
+        {"an offer without a URL", CheckUpdates(MakeReply(R"([{"name":"A","version":"2"}])")),
          L"error    update query: the reply could not be parsed: \"[json.exception.type_error.302] type must "
          L"be string, but is null\""},
         {"up to date", CheckQuietCall({PRODUCT_SERVICES_OUTCOME_UP_TO_DATE}),
