@@ -130,5 +130,5 @@ std::uint32_t PRODUCT_SERVICES_CALL GetDisabledCalls()
 
 std::uint32_t PRODUCT_SERVICES_CALL GetStartCheckDelay()
 {
-    return StartCheckDelayMs();
+    return ComputeStartCheckDelayMs();
 }

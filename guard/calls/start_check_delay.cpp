@@ -11,8 +11,8 @@ constexpr std::uint32_t MaxDelayMs = 120'000;
 
 } // namespace
 
-// Not by the identifier that the service gets, which the core keeps without a lock.
-std::uint32_t StartCheckDelayMs()
+// Does not use the identifier that is sent to the service, because the core stores that without a lock.
+std::uint32_t ComputeStartCheckDelayMs()
 {
     const auto key =
         product_services::OpenRegistryKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography");

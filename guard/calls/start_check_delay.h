@@ -1,11 +1,11 @@
-// When a host checks after its start.
+// The delay of an update check after the start of a host.
 #pragma once
 
 #include <cstdint>
 
 namespace product_services_guard {
 
-/// As GetStartCheckDelay.
-std::uint32_t StartCheckDelayMs();
+/// Computes what GetStartCheckDelay returns.
+std::uint32_t ComputeStartCheckDelayMs();
 
 } // namespace product_services_guard

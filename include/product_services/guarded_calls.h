@@ -98,12 +98,12 @@ typedef enum ProductServicesOptions PRODUCT_SERVICES_ENUM_TYPE
     PRODUCT_SERVICES_OPTION_SYSTEM_PROXY = 8
 } ProductServicesOptions;
 
-/** Flags of GetDisabledCalls. */
+/** Flags that GetDisabledCalls returns. */
 typedef enum ProductServicesDisabledCalls PRODUCT_SERVICES_ENUM_TYPE
 {
-    /** GuardedCheckForUpdates. */
+    /** GuardedCheckForUpdates is disabled. */
     PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES = 1,
-    /** GuardedUpgrade. */
+    /** GuardedUpgrade is disabled. */
     PRODUCT_SERVICES_DISABLED_UPGRADE = 2
 } ProductServicesDisabledCalls;
 
@@ -203,19 +203,20 @@ ProductServicesOutcome PRODUCT_SERVICES_CALL
 GuardedUpgrade(PRODUCT_SERVICES_INOUT_OPT GuardedCallParams* params);
 
 /**
- * Says which calls an administrator has disabled, as a bitwise OR of ProductServicesDisabledCalls flags: ask
- * before you show the commands for them. Such a call ends with PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY.
+ * Returns the calls that an administrator has disabled, as a bitwise OR of ProductServicesDisabledCalls
+ * flags. Call this before you show the commands for them. The outcome of a disabled call is
+ * PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY.
  *
- * The policy is read anew each time: the values DisableUpdateCheck and DisableUpgradeCenter (DWORD 1) in
- * Software\\Policies\<maker>\<package_id>, first of HKEY_LOCAL_MACHINE and, if there is no such value, of
- * HKEY_CURRENT_USER. Any thread may call this at any time.
+ * The policy consists of the values DisableUpdateCheck and DisableUpgradeCenter (DWORD 1) in
+ * Software\\Policies\<maker>\<package_id>. Each is read from HKEY_LOCAL_MACHINE or, if it does not exist
+ * there, from HKEY_CURRENT_USER, every time that this is called. Any thread may call this at any time.
  */
 uint32_t PRODUCT_SERVICES_CALL GetDisabledCalls(void);
 
 /**
- * Returns how many milliseconds a host should wait after its start before it makes a quiet check, so that not
- * all computers ask the service at the same moment: less than two minutes, always the same on one computer.
- * Any thread may call this at any time.
+ * Returns how many milliseconds a host should wait after its start before it makes a quiet check, so that
+ * computers that start at the same time do not query the service at the same time. The delay is less than two
+ * minutes and always the same on one computer. Any thread may call this at any time.
  */
 uint32_t PRODUCT_SERVICES_CALL GetStartCheckDelay(void);
 

@@ -179,21 +179,21 @@ inline CallResult Call(decltype(&GuardedUpgrade) function, const CallParams& par
     return detail::Call(&GuardedUpgrade, params);
 }
 
-/// Whether an administrator has disabled update checks: do not show a command for them.
+/// Returns true if an administrator has disabled update checks. Do not show a command for them then.
 [[nodiscard]] inline bool IsUpdateCheckDisabled()
 {
     return (GetDisabledCalls() & PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES) != 0;
 }
 
-/// Whether an administrator has disabled the upgrade center: do not show a command for it.
+/// Returns true if an administrator has disabled the upgrade center. Do not show a command for it then.
 [[nodiscard]] inline bool IsUpgradeCenterDisabled()
 {
     return (GetDisabledCalls() & PRODUCT_SERVICES_DISABLED_UPGRADE) != 0;
 }
 
 #ifdef __cpp_lib_jthread
-/// Waits on a worker thread for as long as GetStartCheckDelay says. Returns false as soon as a stop is
-/// requested: make no check then.
+/// Waits for the time that GetStartCheckDelay returns; call it on a worker thread. Returns false at once if a
+/// stop is requested. Do not make a check then.
 [[nodiscard]] inline bool WaitForStartCheck(const std::stop_token& stopToken)
 {
     std::mutex mutex;

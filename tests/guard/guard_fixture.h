@@ -81,7 +81,7 @@ protected:
 
     GuardedResult Check() { return Call("GuardedCheckForUpdates"); }
 
-    /// Requests upgrades where no upgrade center may appear. One that does is closed.
+    /// Makes a call during which no upgrade center may appear. If one does, it is closed.
     GuardedResult Upgrade() { return UpgradeWith(nullptr); }
 
     /// Shows the upgrade center to a user who does `action` with its window.

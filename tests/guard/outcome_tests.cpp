@@ -181,9 +181,9 @@ TEST_F(GuardedCheck, SendsNothingIfDisabledByPolicy)
         std::uint32_t disabled;
     } cases[]{
         {"no policy", L"DisableUpdateCheck", {}, {}, 0},
-        {"checks", L"DisableUpdateCheck", 1, {}, PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES},
-        {"the user's upgrade center", L"DisableUpgradeCenter", {}, 1, PRODUCT_SERVICES_DISABLED_UPGRADE},
-        {"the computer's comes first", L"DisableUpdateCheck", 0, 1, 0},
+        {"the computer's policy", L"DisableUpdateCheck", 1, {}, PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES},
+        {"the user's policy", L"DisableUpgradeCenter", {}, 1, PRODUCT_SERVICES_DISABLED_UPGRADE},
+        {"the computer's policy takes precedence", L"DisableUpdateCheck", 0, 1, 0},
     };
     constexpr const wchar_t* Path = product_family::PolicyRegistryPath;
     const auto getDisabledCalls = GetExport<decltype(&GetDisabledCalls)>("GetDisabledCalls");
@@ -201,8 +201,8 @@ TEST_F(GuardedCheck, SendsNothingIfDisabledByPolicy)
         EXPECT_EQ(getDisabledCalls(), disabled);
         const bool isCheckDisabled = disabled == PRODUCT_SERVICES_DISABLED_CHECK_FOR_UPDATES;
         const bool isUpgradeDisabled = disabled == PRODUCT_SERVICES_DISABLED_UPGRADE;
-        EXPECT_EQ(Check().outcome == PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY, isCheckDisabled);
-        EXPECT_EQ(Upgrade().outcome == PRODUCT_SERVICES_OUTCOME_DISABLED_BY_POLICY, isUpgradeDisabled);
+        EXPECT_STREQ(ToString(Check().outcome), isCheckDisabled ? "DISABLED_BY_POLICY" : "UP_TO_DATE");
+        EXPECT_STREQ(ToString(Upgrade().outcome), isUpgradeDisabled ? "DISABLED_BY_POLICY" : "UP_TO_DATE");
         EXPECT_EQ(boxes.empty(), isCheckDisabled);
         const std::string requests = service.TakeRequests();
         EXPECT_EQ(requests.find("&up=1") == requests.npos, isCheckDisabled) << requests;
@@ -213,7 +213,7 @@ TEST_F(GuardedCheck, SendsNothingIfDisabledByPolicy)
     RegDeleteKeyW(HKEY_CURRENT_USER, path.substr(0, path.rfind(L'\\')).c_str());
 }
 
-TEST_F(GuardedCheck, IsDelayedAtStartByComputer)
+TEST_F(GuardedCheck, HasADelayForEachComputer)
 {
     const auto getDelay = GetExport<decltype(&GetStartCheckDelay)>("GetStartCheckDelay");
     std::set<std::uint32_t> delays;

@@ -1,4 +1,5 @@
-// What the guard asks of Windows before it trusts a file. Wine's answers do not depend on it.
+// The parameters with which Windows' functions are called before a file is trusted. Wine's results do not
+// depend on them.
 #include "certificate/certificate_name.h"
 #include "proxy/win_http.h"
 #include "signature/locked_file.h"
@@ -17,7 +18,7 @@ std::set<std::wstring> loaded;
 
 HMODULE WINAPI LoadLibraryStub(const wchar_t* name, HANDLE, DWORD flags)
 {
-    EXPECT_EQ(flags, DWORD{LOAD_LIBRARY_SEARCH_SYSTEM32}) << "not beside the program";
+    EXPECT_EQ(flags, DWORD{LOAD_LIBRARY_SEARCH_SYSTEM32}) << "the program's folder is not searched";
     loaded.insert(name);
     return nullptr;
 }
@@ -30,10 +31,10 @@ HANDLE WINAPI CreateFileStub(
 {
     openedPath = path;
     EXPECT_EQ(access, GENERIC_READ);
-    EXPECT_EQ(sharing, DWORD{FILE_SHARE_READ}) << "nobody replaces the file meanwhile";
+    EXPECT_EQ(sharing, DWORD{FILE_SHARE_READ}) << "nobody else can replace the file";
     EXPECT_EQ(disposition, DWORD{OPEN_EXISTING});
     EXPECT_EQ(flags, DWORD{SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS})
-        << "the server of a pipe must not act as the user";
+        << "the server of a pipe must not impersonate the user";
     SetLastError(ERROR_FILE_NOT_FOUND);
     return INVALID_HANDLE_VALUE;
 }
@@ -66,7 +67,7 @@ TEST(SystemFunctions, AreLoadedFromTheSystemFolder)
     EXPECT_EQ(loaded, (std::set<std::wstring>{L"winhttp.dll", L"wintrust.dll"}));
 }
 
-TEST(LockedFile, IsOpenedAtAnyLengthOfItsPathAndForNobodyElseToChange)
+TEST(LockedFile, IsOpenedAtPathsOfAnyLength)
 {
     ImportHook opening;
     ASSERT_TRUE(
@@ -84,7 +85,7 @@ TEST(LockedFile, IsOpenedAtAnyLengthOfItsPathAndForNobodyElseToChange)
     }
 }
 
-TEST(Signature, IsVerifiedWithRevocationAndWithoutAWindow)
+TEST(Signature, IsVerifiedWithRevocationChecks)
 {
     const WinTrustApi api{
         VerifyTrustStub, [](HANDLE) -> CRYPT_PROVIDER_DATA* { return nullptr; },
@@ -93,7 +94,7 @@ TEST(Signature, IsVerifiedWithRevocationAndWithoutAWindow)
     EXPECT_EQ(actions, (std::vector<DWORD>{WTD_STATEACTION_VERIFY, WTD_STATEACTION_CLOSE}));
 }
 
-TEST(CommonName, IsNotCutAtANul)
+TEST(CommonName, IsNotTruncatedAtANul)
 {
     BYTE subject[] = "\x30\x0E\x31\x0C\x30\x0A\x06\x03\x55\x04\x03\x0C\x03"
                      "A\0B";

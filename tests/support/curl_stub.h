@@ -1,7 +1,7 @@
 // A stub that is linked instead of libcurl. The program that links it defines what a transfer does.
 #pragma once
 
-// The library calls curl_formfree on purpose, though libcurl has deprecated it.
+// The library calls curl_formfree deliberately, although libcurl has deprecated it.
 #define CURL_DISABLE_DEPRECATION
 
 #include <curl/curl.h>

@@ -61,7 +61,7 @@ Finding CheckRecordKey(const RegistryValue& value);
 Finding CheckRecordVersion(const RegistryValue& value);
 Finding CheckApiKey(const std::wstring& apiKey);
 
-/// What an administrator has disabled.
+/// The calls that an administrator has disabled.
 struct Policy
 {
     bool disablesCheck = false;
