@@ -31,14 +31,21 @@ TEST_F(Params, AreReadUpToTheSize)
         {"apiKey", 32, PRODUCT_SERVICES_OUTCOME_UNTRUSTED_CERTIFICATE},
         {"half of trustedHosts", 36, PRODUCT_SERVICES_OUTCOME_UNTRUSTED_CERTIFICATE},
         {"trustedHosts", 40, PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER},
+        {"options", 44, PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER},
+        {"timeLimitMs", 48, PRODUCT_SERVICES_OUTCOME_INVALID_PARAMETER},
     };
     for (const auto& [member, end, outcome] : cases) {
         SCOPED_TRACE(member);
         Reload();
-        // The page ends with the structure, so that reading past it is an access violation.
+        // The page ends with the structure, so that reading past it is an access violation. A structure is
+        // aligned: if its last member has 4 bytes, it is followed by 4 bytes of the page, which make up no
+        // valid pointer.
         auto* const page = static_cast<char*>(VirtualAlloc(nullptr, 0x2000, MEM_RESERVE, PAGE_NOACCESS));
         ASSERT_TRUE(VirtualAlloc(page, 0x1000, MEM_COMMIT, PAGE_READWRITE));
-        auto* const truncated = reinterpret_cast<GuardedCallParams*>(page + 0x1000 - end);
+        std::memset(page, 0xFF, 0x1000);
+        const std::size_t alignedEnd =
+            (end + alignof(GuardedCallParams) - 1) & ~(alignof(GuardedCallParams) - 1);
+        auto* const truncated = reinterpret_cast<GuardedCallParams*>(page + 0x1000 - alignedEnd);
         complete.size = static_cast<std::uint32_t>(end);
         std::memcpy(truncated, &complete, end);
         EXPECT_STREQ(ToString(Export("GuardedCheckForUpdates")(truncated)), ToString(outcome));
