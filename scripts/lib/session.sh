@@ -87,7 +87,7 @@ make_wine_prefix() {
     && wine_run reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' /v Tahoma \
       /t REG_MULTI_SZ /d 'wqy-microhei.ttc,WenQuanYi Micro Hei' /f \
     && mkdir -p "$WINEPREFIX/drive_c/windows/Fonts" \
-    && cp /usr/share/wine/fonts/tahoma*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" \
+    && cp /usr/share/wine/fonts/{tahoma*,marlett}.ttf "$WINEPREFIX/drive_c/windows/Fonts/" \
     && wineserver -w \
     && mark_prefix_complete
 }
