@@ -53,6 +53,9 @@ void GuardedEnvironment::PrepareTransfer(CURL* handle)
     m_limits.StartClock();
     m_errorBuffer[0] = '\0';
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_errorBuffer);
+    // From 8.3 on, libcurl compares the host name although it verifies nothing else. OnConnected does that,
+    // too, and can say whose certificate it is.
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
     if (!HasOption(PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE)) {
         curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, OnConnected);
         curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);

@@ -82,8 +82,8 @@ typedef enum ProductServicesOptions PRODUCT_SERVICES_ENUM_TYPE
     /** Show the upgrade center with the host's DPI awareness. Its picture is then not scaled, so it looks
      * small on displays that are scaled beyond 100 %. Without this flag, Windows scales the entire window. */
     PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS = 2,
-    /** Accept any certificate, as ProductServices.dll does. An attacker on the network can then impersonate
-     * the service. For development services. */
+    /** Accept any certificate. An attacker on the network can then impersonate the service. For development
+     * services. */
     PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE = 4,
     /**
      * Use the proxy that is configured in Windows for this call. The environment variables https_proxy,

@@ -211,11 +211,11 @@ Finding CheckCertificate(const TransferReport& report, bool acceptsAnyCertificat
 {
     if (report.certificateError.empty()) {
         const std::wstring message =
-            L"a guarded call accepts it (a direct call accepts any): " + report.certificate;
+            L"a guarded call accepts it (a direct call does not verify the issuer): " + report.certificate;
         return {Severity::Ok, Certificate, message, help_anchors::Certificate};
     }
     const std::wstring message =
-        L"a guarded call refuses it (a direct call accepts any): " + report.certificateError;
+        L"a guarded call refuses it (a direct call does not verify the issuer): " + report.certificateError;
     const Severity severity = acceptsAnyCertificate ? Severity::Warning : Severity::Error;
     return {severity, Certificate, message, help_anchors::Certificate};
 }
