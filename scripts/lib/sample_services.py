@@ -49,10 +49,10 @@ http {{
 
 
 @contextlib.contextmanager
-def running(*command, address, port):
-    """Runs a program within the context, and waits until it listens. Returns its process."""
+def running(*command, address, port, folder=None):
+    """Runs a program in a folder within the context, and waits until it listens. Returns its process."""
     with tempfile.TemporaryFile() as output:  # nobody reads a pipe, so it would fill up
-        process = subprocess.Popen([str(word) for word in command], stdout=output, stderr=output)
+        process = subprocess.Popen([str(word) for word in command], cwd=folder, stdout=output, stderr=output)
         try:
             for _ in range(100):
                 with contextlib.suppress(OSError), socket.create_connection((address, port)):
@@ -70,7 +70,6 @@ def running(*command, address, port):
 def export(folder, catalogue):
     tool = REPOSITORY / "tools/product_service.py"
     subprocess.run([sys.executable, "-B", tool, "export", folder, "--catalogue", catalogue], check=True)
-    # Beside nginx.conf. A [ in a path would be a pattern.
     return ["include maps.conf;", "include locations.conf;"]
 
 
@@ -98,6 +97,7 @@ def sample_service(kind, folder, catalogue, certificate, address, port, buffers=
             maps, locations = export(folder, catalogue)
         (folder / "nginx.conf").write_text(CONFIGURATION.format(
             maps=maps, address=address, port=port, certificate=certificate, root=root, locations=locations), "utf-8")
-        nginx = running(NGINX, "-p", f"{folder}/", "-c", folder / "nginx.conf", address=address, port=port)
+        # nginx takes an included file's full path for a pattern if it has a [, so its path begins with this folder.
+        nginx = running(NGINX, "-p", "./", "-c", "nginx.conf", address=address, port=port, folder=folder)
         processes.append(stack.enter_context(nginx))
         yield root, processes

@@ -22,9 +22,6 @@ using std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds PollInterval{20};
 
-// The maximum time that a thread waits for a socket.
-constexpr std::chrono::seconds MaxWait{30};
-
 // Windows may fetch an issuer's certificate.
 constexpr long VerificationTimeoutMs = 5000;
 
@@ -36,21 +33,12 @@ bool IsConnected(curl_socket_t socket)
     return getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &size) == 0;
 }
 
-bool WaitForConnection(curl_socket_t socket)
-{
-    const auto deadline = steady_clock::now() + MaxWait;
-    while (!IsConnected(socket) && steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return IsConnected(socket);
-}
-
-bool WaitForData(curl_socket_t socket)
+bool HasData(curl_socket_t socket)
 {
     fd_set sockets;
     FD_ZERO(&sockets);
     FD_SET(socket, &sockets);
-    timeval timeout{static_cast<long>(MaxWait.count()), 0};
+    timeval timeout{0, std::chrono::microseconds(PollInterval).count()};
     return select(0, &sockets, nullptr, nullptr, &timeout) == 1;
 }
 
@@ -77,6 +65,7 @@ private:
     void Advance(TransferStep step);
     void ReadTimes();
     void DescribeCertificate();
+    void WatchSocket(curl_socket_t socket);
 
     // libcurl's callbacks, through which no exception may pass.
     void OnSocket(curl_socket_t socket) noexcept;
@@ -90,6 +79,8 @@ private:
     steady_clock::time_point m_stepStart = steady_clock::now();
     /// The step that the socket has reached. libcurl reports it only after the TLS handshake.
     std::atomic<TransferStep> m_socketStep = TransferStep::Name;
+    /// Ends the threads that watch a socket.
+    std::atomic<bool> m_isDone = false;
 };
 
 WatchingEnvironment& ToEnvironment(void* pointer)
@@ -160,6 +151,7 @@ void WatchingEnvironment::WatchReply()
 
 void WatchingEnvironment::OnTransferDone(CURL* handle, CURLcode result, const std::string& reply)
 {
+    m_isDone = true;
     ReadTimes();
     const char* redirectUrl = nullptr;
     curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &m_report.httpStatus);
@@ -221,18 +213,28 @@ void WatchingEnvironment::DescribeCertificate()
     }
 }
 
+void WatchingEnvironment::WatchSocket(curl_socket_t socket)
+{
+    while (!m_isDone && !IsConnected(socket)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (m_isDone) {
+        return;
+    }
+    m_socketStep = TransferStep::TlsAnswer;
+    while (!m_isDone) {
+        // The data remains for libcurl to read.
+        if (HasData(socket)) {
+            m_socketStep = TransferStep::TlsHandshake;
+            return;
+        }
+    }
+}
+
 void WatchingEnvironment::OnSocket(curl_socket_t socket) noexcept
 {
     m_socketStep = TransferStep::Connection;
-    std::thread([self = shared_from_this(), socket] {
-        if (WaitForConnection(socket)) {
-            self->m_socketStep = TransferStep::TlsAnswer;
-            // The data remains for libcurl to read.
-            if (WaitForData(socket)) {
-                self->m_socketStep = TransferStep::TlsHandshake;
-            }
-        }
-    }).detach();
+    std::thread([self = shared_from_this(), socket] { self->WatchSocket(socket); }).detach();
 }
 
 // libcurl calls this several times a second. Any value but 0 ends the transfer.
