@@ -1,5 +1,5 @@
-"""Runs the sample services for the tests and the benchmark: "php" is samples/service with nginx, and "nginx" is the output
-of product_service.py export. setup.sh has unpacked nginx."""
+"""Runs the sample services for the tests and the benchmark: "php" is samples/service with nginx, and "nginx" is the
+output of product_service.py export. setup.sh has unpacked nginx."""
 
 import contextlib
 import pathlib
