@@ -124,7 +124,7 @@ def test_unusable_certificate_file_is_reported(service_command, tmp_path):
     good, expired, file = tmp_path / "good.pem", tmp_path / "expired.pem", tmp_path / "kept.pem"
     for command in (["req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", good, "-out", good,
                      "-subj", "/CN=localhost", "-addext", f"subjectAltName=IP:{ADDRESS},DNS:localhost"],
-                    ["x509", "-in", good, "-signkey", good, "-days", "-1", "-out", expired]):
+                    ["x509", "-in", good, "-signkey", good, "-days", "0", "-out", expired]):
         assert run("openssl", *command)[0] == 0, command
     key, begin, certificate = good.read_text().partition("-----BEGIN CERTIFICATE-----")
     without = f"{file} does not contain a usable certificate with its key: "

@@ -60,6 +60,8 @@ inline void ExpectNoGrowth(
     int times, const std::function<void()>& work,
     const std::function<std::ptrdiff_t()>& countSystemObjects = [] { return 0; })
 {
+    // Wine 10's comctl32 leaves bitmaps and memory behind each time that it is unloaded.
+    const HMODULE commonControls = LoadLibraryW(L"comctl32.dll");
     for (int i = 0; i < 20; ++i) {
         work();
     }
@@ -74,4 +76,5 @@ inline void ExpectNoGrowth(
     for (const auto& [name, count] : CountResources()) {
         EXPECT_LE(count, before[name]) << name;
     }
+    FreeLibrary(commonControls);
 }
