@@ -46,9 +46,9 @@ def fill_template(name, values):
 
 
 def make_nuspec(values):
-    """Omits elements and attributes for which the family has no value."""
+    """Omits what the family has no value for: elements, the commit, and a repository without a URL."""
     text = fill_template("package.nuspec", values).decode()
-    return re.sub(r' \w+=""|    <(\w+)></\1>\n', "", text).encode()
+    return re.sub(r'    <repository .* url="".*\n| commit=""|    <(\w+)></\1>\n', "", text).encode()
 
 
 def collect_files(package, values, pairs, icon):

@@ -91,7 +91,7 @@ log "Running doxygen over the public headers"
 mkdir -p "$tree"
 { check_documentation && check_constants; } || fail "doxygen reported problems."
 
-log "Running clang-tidy (about three minutes)"
+log "Running clang-tidy (about ten minutes)"
 configure_tree
 run_clang_tidy >"$log" 2>&1 \
   || { grep -E -A3 'error:|warning:' "$log" >&2 || true; fail "clang-tidy reported problems; see $log."; }
