@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
-"""Checks that the documents match the sources: links, paths, commands, examples and the tables of the architecture.
+"""Checks that the documents match the sources: links, paths, commands, the tables of the architecture, and examples,
+which are compiled.
 
 Prints each problem, and exits with 1 if there is one. lint.sh runs it."""
 
 import json
 import pathlib
 import re
+import subprocess
 import sys
+import textwrap
 
 REPOSITORY = pathlib.Path(__file__).resolve().parent.parent
 PAGES = sorted([*REPOSITORY.glob("*.md"), *REPOSITORY.glob("docs/*.md")])
@@ -20,6 +23,8 @@ SOURCES = [path for path in FILES if path.suffix in (".cpp", ".h") and REPOSITOR
 CODE_BLOCK = re.compile(r"(?ms)^ *```.*?^ *```")
 PRESET_KINDS = {"cmake": "configurePresets", "cmake --build": "buildPresets", "ctest": "testPresets"}
 TRUSTED_HOSTS = '.trustedHosts = L"localhost:18443"'
+COMPILER = ("x86_64-w64-mingw32-g++-posix", "-std=c++20", "-Wall", "-Wextra", "-fsyntax-only",
+            f"-I{REPOSITORY}/include", "-xc++", "-")
 
 
 def read_all(*patterns):
@@ -71,6 +76,20 @@ def examples_without_trusted_hosts(page):
     for call in re.findall(r"(?s)CheckForUpdates\(\{.*?\}\)", page.read_text("utf-8")):
         if TRUSTED_HOSTS not in call:
             yield call
+
+
+def examples_with_errors(page):
+    """Compiles the C++ examples that include a header, and yields what the compiler says."""
+    for example in re.findall(r"(?ms)^ *```cpp\n(.*?)^ *```", page.read_text("utf-8")):
+        code = textwrap.dedent(example)
+        if "#include" not in code:
+            continue
+        includes, rest = re.match(r"(?s)((?:#include.*?\n|\n)+)(.*)", code).groups()
+        if rest.startswith("const auto"):  # statements, which belong into a function
+            code = f"{includes}void OpenDownloadPage(const std::wstring&);\nvoid Show() {{\n{rest}\n}}"
+        compiled = subprocess.run(COMPILER, input=code, capture_output=True, encoding="utf-8", check=False)
+        if compiled.returncode or compiled.stderr:
+            yield compiled.stderr
 
 
 def unknown_presets(commands):
@@ -146,6 +165,7 @@ def main():
     for page in PAGES + PACKAGE_PAGES:
         report(page, "file not found", missing_files(page))
         report(page, "example without trustedHosts of the sample", examples_without_trusted_hosts(page))
+        report(page, "example with errors", examples_with_errors(page))
         report(page, "unknown preset, test or variable", unknown_options(page))
     architecture = REPOSITORY / "docs/architecture.md"
     report(architecture, "not found in src", unknown_functions())

@@ -4,7 +4,6 @@ import os
 import re
 import shlex
 import shutil
-import textwrap
 
 import pytest
 
@@ -108,18 +107,3 @@ def test_pkgconf_finds_a_moved_package(package, tmp_path):
     assert status == 0 and str(package) not in options, options
     compiler = ["x86_64-w64-mingw32-gcc-posix", package / "samples/minimal_hosts/host.c", "-o", tmp_path / "host.exe"]
     assert run(*compiler, *shlex.split(options)) == (0, "")
-
-
-@pytest.mark.parametrize("page", ["README.md", "docs/host-guide.md", "cmake/nuget/readme.md"])
-def test_document_examples_compile(package, page):
-    blocks = re.findall(r"(?ms)^( *)```cpp\n(.*?)^ *```", (REPOSITORY / page).read_text("utf-8"))
-    examples = [textwrap.dedent(code) for _, code in blocks if "#include" in code]
-    assert examples
-    compiler = ("x86_64-w64-mingw32-g++-posix", "-std=c++20", "-Wall", "-Wextra", f"-I{package}/include",
-                "-fsyntax-only", "-xc++", "-")
-    for code in examples:
-        # What is shown as statements belongs into a function.
-        includes, statements = re.match(r"(?s)((?:#include.*?\n|\n)+)(.*)", code).groups()
-        if statements.startswith("const auto"):
-            code = f"{includes}void OpenDownloadPage(const std::wstring&);\nvoid Show() {{\n{statements}\n}}"
-        assert run(*compiler, input=code) == (0, "")
