@@ -60,8 +60,8 @@ def replace_once(path, pattern, text):
 
 def run(*command, **options):
     """Runs a program and returns its exit status and output. A timeout stops it and its child processes."""
-    limit = [] if WINDOWS else ["/usr/bin/timeout", "100"]
-    completed = subprocess.run([*limit, *map(str, command)], **OUTPUT, check=False, timeout=110, **options)
+    limit = [] if WINDOWS else ["/usr/bin/timeout", "300"]
+    completed = subprocess.run([*limit, *map(str, command)], **OUTPUT, check=False, timeout=310, **options)
     return completed.returncode, completed.stdout
 
 
