@@ -1,11 +1,12 @@
 // Runs work with a timeout.
 #pragma once
 
+#include "doctor/detached_thread.h"
+
 #include <chrono>
 #include <future>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace product_services_tool {
@@ -17,7 +18,7 @@ auto RunWithTimeout(std::chrono::milliseconds timeout, Work work) -> std::option
 {
     std::packaged_task<decltype(work())()> task(std::move(work));
     auto result = task.get_future();
-    std::thread(std::move(task)).detach();
+    StartDetachedThread(std::move(task));
     if (result.wait_for(timeout) != std::future_status::ready) {
         return std::nullopt;
     }

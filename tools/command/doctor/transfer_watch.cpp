@@ -2,6 +2,7 @@
 
 #include "calls/text_copy.h"
 #include "certificate/server_certificate.h"
+#include "doctor/detached_thread.h"
 #include "host/current_call.h"
 #include "host/host_environment.h"
 #include "service/service_client.h"
@@ -12,7 +13,6 @@
 #include <future>
 #include <memory>
 #include <string_view>
-#include <thread>
 
 namespace product_services_tool {
 namespace {
@@ -216,7 +216,7 @@ void WatchingEnvironment::DescribeCertificate()
 void WatchingEnvironment::WatchSocket(curl_socket_t socket)
 {
     while (!m_isDone && !IsConnected(socket)) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        Sleep(1);
     }
     if (m_isDone) {
         return;
@@ -234,7 +234,7 @@ void WatchingEnvironment::WatchSocket(curl_socket_t socket)
 void WatchingEnvironment::OnSocket(curl_socket_t socket) noexcept
 {
     m_socketStep = TransferStep::Connection;
-    std::thread([self = shared_from_this(), socket] { self->WatchSocket(socket); }).detach();
+    StartDetachedThread([self = shared_from_this(), socket] { self->WatchSocket(socket); });
 }
 
 // libcurl calls this several times a second. Any value but 0 ends the transfer.
@@ -263,7 +263,7 @@ TransferReport WatchTransfer(const TransferSettings& settings, std::function<voi
     const auto environment = std::make_shared<WatchingEnvironment>(settings);
     std::packaged_task<void()> task([environment, run = std::move(transfer)] { environment->Run(run); });
     const std::future<void> end = task.get_future();
-    std::thread(std::move(task)).detach();
+    StartDetachedThread(std::move(task));
     const auto nameDeadline = steady_clock::now() + settings.stepTimeout;
     while (end.wait_for(PollInterval) != std::future_status::ready) {
         if (!environment->IsNameKnown() && steady_clock::now() > nameDeadline) {
