@@ -4,7 +4,7 @@ import pefile
 import pytest
 
 from conftest import MAKER_KEY, stop_service
-from sample_window import open_sample_host, press, wait_for_window
+from sample_window import TITLE, open_sample_host, press, wait_for_window
 
 CHECK = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> "
 OPEN_CHECK = "alt+h", "c"
@@ -28,6 +28,7 @@ def test_one_call_at_a_time(build, trusted_service):
         press(window, *OPEN_CHECK)
         press(window, "alt+F4")
         press(box, "Return")
+        wait_for_window(TITLE)
 
         press(window, *OPEN_CHECK)
         press(wait_for_window("Example Draft"), "Return")

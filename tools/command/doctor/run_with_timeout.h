@@ -1,7 +1,7 @@
 // Runs work with a timeout.
 #pragma once
 
-#include "doctor/detached_thread.h"
+#include "doctor/work_thread.h"
 
 #include <chrono>
 #include <future>
@@ -18,10 +18,11 @@ auto RunWithTimeout(std::chrono::milliseconds timeout, Work work) -> std::option
 {
     std::packaged_task<decltype(work())()> task(std::move(work));
     auto result = task.get_future();
-    StartDetachedThread(std::move(task));
+    const ThreadHandle thread = StartThread(std::move(task));
     if (result.wait_for(timeout) != std::future_status::ready) {
         return std::nullopt;
     }
+    JoinThread(thread);
     return result.get();
 }
 

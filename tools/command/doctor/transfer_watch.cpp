@@ -2,7 +2,7 @@
 
 #include "calls/text_copy.h"
 #include "certificate/server_certificate.h"
-#include "doctor/detached_thread.h"
+#include "doctor/work_thread.h"
 #include "host/current_call.h"
 #include "host/host_environment.h"
 #include "service/service_client.h"
@@ -13,6 +13,7 @@
 #include <future>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace product_services_tool {
 namespace {
@@ -55,6 +56,7 @@ public:
     void OnTransferDone(CURL* handle, CURLcode result, const std::string& reply) override;
 
     void Run(const std::function<void()>& transfer);
+    void JoinSocketThreads() const;
     bool IsNameKnown() const { return m_socketStep != TransferStep::Name; }
     const TransferReport& Report() const { return m_report; }
 
@@ -81,6 +83,7 @@ private:
     std::atomic<TransferStep> m_socketStep = TransferStep::Name;
     /// Ends the threads that watch a socket.
     std::atomic<bool> m_isDone = false;
+    std::vector<ThreadHandle> m_socketThreads;
 };
 
 WatchingEnvironment& ToEnvironment(void* pointer)
@@ -176,6 +179,13 @@ void WatchingEnvironment::Run(const std::function<void()>& transfer)
     product_services::CurrentEnvironment = &product_services::DefaultEnvironment;
 }
 
+void WatchingEnvironment::JoinSocketThreads() const
+{
+    for (const ThreadHandle& thread : m_socketThreads) {
+        JoinThread(thread);
+    }
+}
+
 // Ignores steps after the timeout: the transfer then closes its socket, which looks as if it had data.
 void WatchingEnvironment::Advance(TransferStep step)
 {
@@ -234,7 +244,8 @@ void WatchingEnvironment::WatchSocket(curl_socket_t socket)
 void WatchingEnvironment::OnSocket(curl_socket_t socket) noexcept
 {
     m_socketStep = TransferStep::Connection;
-    StartDetachedThread([self = shared_from_this(), socket] { self->WatchSocket(socket); });
+    m_socketThreads.push_back(
+        StartThread([self = shared_from_this(), socket] { self->WatchSocket(socket); }));
 }
 
 // libcurl calls this several times a second. Any value but 0 ends the transfer.
@@ -263,13 +274,15 @@ TransferReport WatchTransfer(const TransferSettings& settings, std::function<voi
     const auto environment = std::make_shared<WatchingEnvironment>(settings);
     std::packaged_task<void()> task([environment, run = std::move(transfer)] { environment->Run(run); });
     const std::future<void> end = task.get_future();
-    StartDetachedThread(std::move(task));
+    const ThreadHandle thread = StartThread(std::move(task));
     const auto nameDeadline = steady_clock::now() + settings.stepTimeout;
     while (end.wait_for(PollInterval) != std::future_status::ready) {
         if (!environment->IsNameKnown() && steady_clock::now() > nameDeadline) {
             return {.isTimedOut = true};
         }
     }
+    JoinThread(thread);
+    environment->JoinSocketThreads();
     return environment->Report();
 }
 
