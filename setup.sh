@@ -148,8 +148,10 @@ check_disk_space() {
     || fail "Not enough disk space in $PWD/build: $free MB free, $needed MB needed for the first build."
 }
 
-# Neither CMake nor the shell that runs the compilers supports these characters in a path.
+# Neither CMake nor the shell that runs the compilers supports these characters in a path. Windows, and so Wine, has a limit
+# of 260 characters, of which the build and the tests need about half.
 require_plain_path() {
+  [ "${#PWD}" -le 120 ] || fail "The path $PWD has ${#PWD} characters, but only 120 are supported. Use another path."
   case $PWD in *[\&\'\"\;\#\$\`\\]*)
     fail "The path $PWD contains & ' \" ; # \$ \` or \\, which the build tools do not support. Use another path." ;;
   esac
