@@ -47,6 +47,26 @@ def press(window, *keys):
         assert run("xdotool", "key", key) == (0, "")
 
 
+def press_until_opened(window, keys, title):
+    """Presses the keys of a menu until they have opened the window with this title, and returns its id. On a busy
+    machine, a menu that is still opening can miss a key."""
+    for _ in range(5):
+        press(window, *keys)
+        end = time.monotonic() + 12
+        while time.monotonic() < end:
+            if window_title(focused_window()) == title:
+                return focused_window()
+            time.sleep(0.1)
+        press(window, "Escape")
+    raise AssertionError(f"{title!r} was not opened")
+
+
+def close_message(window):
+    """Presses Return in a message box, and waits until the box no longer exists."""
+    press(window, "Return")
+    wait_for(lambda: window_title(window) == "no window", "the window behind the message")
+
+
 @contextlib.contextmanager
 def open_sample_host(program):
     """Starts a sample host. Returns the process and the id of its window."""

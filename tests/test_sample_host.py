@@ -4,7 +4,7 @@ import pefile
 import pytest
 
 from conftest import MAKER_KEY, stop_service
-from sample_window import TITLE, open_sample_host, press, wait_for_window
+from sample_window import close_message, open_sample_host, press, press_until_opened
 
 CHECK = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> "
 OPEN_CHECK = "alt+h", "c"
@@ -23,15 +23,12 @@ def test_one_call_at_a_time(build, trusted_service):
     running = trusted_service("--answer", "empty")
     with open_sample_host(build / "https_sample/SampleHost.exe") as (process, window):
         assert running.stdout.readline() == f"{CHECK}empty body\n", "the quiet check at start"
-        press(window, *OPEN_CHECK)
-        box = wait_for_window("Example Draft")
+        box = press_until_opened(window, OPEN_CHECK, "Example Draft")
         press(window, *OPEN_CHECK)
         press(window, "alt+F4")
-        press(box, "Return")
-        wait_for_window(TITLE)
+        close_message(box)
 
-        press(window, *OPEN_CHECK)
-        press(wait_for_window("Example Draft"), "Return")
+        close_message(press_until_opened(window, OPEN_CHECK, "Example Draft"))
         press(window, "alt+F4")
         assert process.wait(timeout=10) == 0
     assert stop_service(running) == [f"{CHECK}empty body"] * 2, "one for each choice while no call was in progress"
