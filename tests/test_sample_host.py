@@ -13,8 +13,10 @@ OPEN_CHECK = "alt+h", "c"
 @pytest.fixture(scope="module", autouse=True)
 def record(wine):
     """Writes the record that an installer of the sample product writes, while the tests run."""
+    record = MAKER_KEY + r"\Products\Example Draft\2026.1"
     for name, value in (("key", "DRAFT-2026-DEMO"), ("version", "2026.1")):
-        wine("reg", "add", rf"{MAKER_KEY}\Products\Example Draft\2026.1", "/v", name, "/d", value, "/f")
+        status, output = wine("reg", "add", record, "/v", name, "/d", value, "/f")
+        assert status == 0, output
     yield
     wine("reg", "delete", rf"{MAKER_KEY}\Products\Example Draft", "/f")
 
