@@ -21,6 +21,7 @@ FILES = [path for folder in FOLDERS for path in folder.rglob("*")] + [*REPOSITOR
 BASES = REPOSITORY, REPOSITORY / "src", REPOSITORY / "include"
 SOURCES = [path for path in FILES if path.suffix in (".cpp", ".h") and REPOSITORY / "src" in path.parents]
 CODE_BLOCK = re.compile(r"(?ms)^ *```.*?^ *```")
+EXAMPLE_PAGES = [REPOSITORY / name for name in ("README.md", "docs/host-guide.md", "cmake/nuget/readme.md")]
 PRESET_KINDS = {"cmake": "configurePresets", "cmake --build": "buildPresets", "ctest": "testPresets"}
 TRUSTED_HOSTS = '.trustedHosts = L"localhost:18443"'
 COMPILER = ("x86_64-w64-mingw32-g++-posix", "-std=c++20", "-Wall", "-Wextra", "-fsyntax-only",
@@ -80,10 +81,11 @@ def examples_without_trusted_hosts(page):
 
 def examples_with_errors(page):
     """Compiles the C++ examples that include a header, and yields what the compiler says."""
-    for example in re.findall(r"(?ms)^ *```cpp\n(.*?)^ *```", page.read_text("utf-8")):
-        code = textwrap.dedent(example)
-        if "#include" not in code:
-            continue
+    examples = re.findall(r"(?ms)^ *```cpp\n(.*?)^ *```", page.read_text("utf-8"))
+    complete = [textwrap.dedent(example) for example in examples if "#include" in example]
+    if page in EXAMPLE_PAGES and not complete:
+        yield "there is none"
+    for code in complete:
         includes, rest = re.match(r"(?s)((?:#include.*?\n|\n)+)(.*)", code).groups()
         if rest.startswith("const auto"):  # statements, which belong into a function
             code = f"{includes}void OpenDownloadPage(const std::wstring&);\nvoid Show() {{\n{rest}\n}}"

@@ -45,7 +45,9 @@ def test_nuget_package_layout(archives, package, tmp_path):
     assert named | others < files
     assert not [name for name in files if name.endswith((".pdb", ".debug"))]
     assert (tmp_path / "icon.png").read_bytes().startswith(b"\x89PNG")
-    version, = re.findall(r"<version>(\d+)\.(\d+)", read(tmp_path / "ExampleMaker.ProductServices.nuspec"))
+    nuspec = read(tmp_path / "ExampleMaker.ProductServices.nuspec")
+    assert "<repository" not in nuspec, "the sample family has no URL for it"
+    version, = re.findall(r"<version>(\d+)\.(\d+)", nuspec)
     library = pefile.PE(tmp_path / "runtimes/win-x64/native/ProductServicesGuard.dll")
     assert library.VS_FIXEDFILEINFO[0].FileVersionMS == int(version[0]) << 16 | int(version[1])
 
@@ -142,4 +144,5 @@ def test_other_family_nuget_package_names_the_maker(other_family_package, tmp_pa
         metadata = xml.etree.ElementTree.fromstring(archive.read("Mue-Kit.3.nuspec"))[0]
     values = {element.tag.partition("}")[2]: element.text or element.attrib for element in metadata}
     assert values.items() > {"id": "Mue-Kit.3", "authors": OTHER_FAMILY["maker"], "projectUrl": OTHER_FAMILY["website"],
-                             "repository": {"type": "git", "url": OTHER_FAMILY["repository"]}}.items()
+                             "repository": {"type": "git", "url": OTHER_FAMILY["repository"]}, "license": "MIT",
+                             "licenseUrl": "https://licenses.nuget.org/MIT"}.items()
