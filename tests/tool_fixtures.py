@@ -89,9 +89,12 @@ class Service:
             pass
 
     def reply(self, client):
-        request = client.recv(4096)
+        request = b""
         while b"\r\n\r\n" not in request or b"Content-Length: 0" not in request and b"&up=" not in request:
-            request += client.recv(4096)
+            received = client.recv(4096)
+            if not received:
+                return
+            request += received
         path = request.split()[1].decode()
         self.at_request(path)
         pieces = self.replies[path] or [None]
