@@ -74,15 +74,26 @@ def describe_curl(version, files):
         "curl", version, "curl", checksum, sourceInfo=source, **supplier_and_purl("source", "curl", version))
 
 
-def describe_package(name, license_name):
-    version = run("dpkg-query", "-W", "-f=${Version}", name)
-    if not version:
-        sys.exit(f"make_sbom.py: package {name} is not installed; run ./setup.sh first.")
+def installed_versions():
+    """Returns the versions of the packages by name."""
+    versions = {name: run("dpkg-query", "-W", "-f=${Version}", name) for name in PACKAGES}
+    for name, version in versions.items():
+        if not version:
+            sys.exit(f"make_sbom.py: package {name} is not installed; run ./setup.sh first.")
+    return versions
+
+
+def archive_checksums(versions):
+    """Returns the SHA-256 of the packages by name. apt may no longer know a version that is still installed."""
+    records = run("apt-cache", "show", *(f"{name}={version}" for name, version in versions.items())).split("\n\n")
+    fields = (dict(re.findall(r"(?m)^(Package|SHA256): (\S+)", record)) for record in records)
+    return {record["Package"]: record.get("SHA256", "") for record in fields if "Package" in record}
+
+
+def describe_package(name, version, checksum):
     source = run("dpkg-query", "-W", "-f=${source:Package} ${source:Version}", name)
-    # apt may no longer know a version that is still installed.
-    checksum = re.search(r"(?m)^SHA256: (\w+)", run("apt-cache", "show", f"{name}={version}"))
     return make_package(
-        name, version, license_name, checksum[1] if checksum else "",
+        name, version, PACKAGES[name], checksum,
         sourceInfo=f"{distribution()}'s package, from its source {source}", **supplier_and_purl("all", name, version))
 
 
@@ -90,8 +101,10 @@ def make_document(options, family, curl_record):
     maker = f"Organization: {family['maker']}"
     own = make_package("ProductServices", options.version, "MIT", supplier=maker,
                        sourceInfo=f"commit {options.commit or 'unknown'}")
+    versions = installed_versions()
+    checksums = archive_checksums(versions)
     used = [describe_curl(*curl_record),
-            *(describe_package(name, license_name) for name, license_name in PACKAGES.items())]
+            *(describe_package(name, version, checksums.get(name, "")) for name, version in versions.items())]
     created = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
     relations = [("SPDXRef-DOCUMENT", "DESCRIBES", own), *((own["SPDXID"], "STATIC_LINK", package) for package in used)]
     parts = "\n".join([json.dumps([own, *used]), *map(str, (family["package_id"], created))])
