@@ -9,6 +9,6 @@ preset=${PRESET:-mingw}
 
 begin_session
 build_project "build/$preset"
-start_wine_session
+start_machines
 log "Running the tests"
 run_and_wait ctest --preset "$preset" --no-tests=error "$@"

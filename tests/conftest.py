@@ -25,8 +25,13 @@ INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)
 TERMINATION = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGTERM)
 debian_only = pytest.mark.skipif(WINDOWS, reason="needs Wine or Debian's tools")
 MAKER_KEY = r"HKCU\Software\Example Maker"
+# Options of openssl for a new key, which is faster to create and to use than one for RSA.
+EC_KEY = "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256"
 # The product key and the API key of the sample product.
 KEY, API_KEY = "DRAFT-2026-DEMO", "draft20-7k2m9q-x4v8p1w"
+WINE_PREFIX = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"))
+if (WINE_PREFIX / "display").exists():
+    os.environ["DISPLAY"] = (WINE_PREFIX / "display").read_text().strip()
 SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
 # Another family, for the sample's DLL: the service of the tests replaces its service, and its records are the sample's.
 OTHER_FAMILY = {**json.loads((REPOSITORY / "tests/product_family/special_characters.json").read_text("utf-8")),
@@ -79,12 +84,27 @@ def build():
 
 
 @pytest.fixture(scope="session")
+def https_sample(build, tmp_path_factory):
+    """Returns a folder with the sample family's programs, whose service has the address of the tests."""
+    folder = tmp_path_factory.mktemp("sample")
+    address = "https://localhost:18443", f"https://{ADDRESS}:18443"
+    built, replacement = (text.encode("utf-16-le") for text in address)
+    for program in ("ProductServicesGuard.dll", "ProductServicesTool.exe", "SampleHost.exe", "guard_host.exe"):
+        content = (build / "bin" / program).read_bytes()
+        (folder / program).write_bytes(content.replace(built, replacement))
+    shutil.copytree(build / "bin/lang", folder / "lang")
+    return folder
+
+
+@pytest.fixture(scope="session")
 def wine():
     """Like run(), for a Windows program."""
     emulator = [] if WINDOWS else [REPOSITORY / "scripts/run_wine.sh"]
 
-    def run_windows_program(*command, **options):
-        return run(*emulator, *command, **options)
+    def run_windows_program(program, *arguments, **options):
+        # Wine starts a second program, which searches for a name without a path.
+        program = r"C:\windows\system32\reg.exe" if program == "reg" else program
+        return run(*emulator, program, *arguments, **options)
     return run_windows_program
 
 
@@ -147,14 +167,14 @@ def restricted_toolchain(tmp_path):
 
 
 @pytest.fixture(scope="module")
-def host(build, wine):
+def host(https_sample, wine):
     """Runs the host that makes guarded calls, whose product has a record, and returns the lines of its output."""
     record = MAKER_KEY + r"\Products\Guarded\1"
     wine("reg", "add", record, "/v", "key", "/d", "any", "/f")
     wine("reg", "add", record, "/v", "version", "/d", "any", "/f")
 
     def run_host(*words):
-        status, output = wine(build / "https_sample/guard_host.exe", *words, cwd=build / "https_sample")
+        status, output = wine("guard_host.exe", *words, cwd=https_sample)
         assert status == 0, output
         return output.splitlines()
     yield run_host

@@ -8,14 +8,14 @@ import sys
 from conftest import ADDRESS, OUTPUT, REPOSITORY, read_certificate, run, stop_service, trust_root
 
 
-def test_getting_started_leads_to_the_first_call(other_family_package, build, wine, request):
+def test_getting_started_leads_to_the_first_call(other_family_package, https_sample, wine, request):
     """The guide's record, the development service and the two minimal hosts, as a host developer has them."""
     sources, hosts = other_family_package / "samples/minimal_hosts", other_family_package / "hosts"
     toolchain = f"-DCMAKE_TOOLCHAIN_FILE={REPOSITORY}/cmake/mingw-w64.cmake"
     assert run("cmake", "-G", "Ninja", toolchain, "-S", sources, "-B", hosts)[0] == 0
     status, output = run("cmake", "--build", hosts)
     assert status == 0 and "warning" not in output, output
-    shutil.copy(build / "https_sample/ProductServicesGuard.dll", hosts)
+    shutil.copy(https_sample / "ProductServicesGuard.dll", hosts)
     guide = (other_family_package / "docs/getting-started.md").read_text("utf-8")
     record_key = re.search('(?m)^reg delete "(.*)" /f$', guide)[1]
     request.addfinalizer(lambda: wine("reg", "delete", record_key, "/f"))

@@ -1,18 +1,16 @@
 """Builds the sample host's installers, installs them under Wine, runs the installed program, and uninstalls it."""
 
 import fnmatch
-import os
-import pathlib
 import re
 import shutil
 import xml.etree.ElementTree
 
 import pytest
 
-from conftest import MAKER_KEY, REPOSITORY, run
+from conftest import MAKER_KEY, REPOSITORY, WINE_PREFIX, run
 from sample_window import open_sample_host
 
-DRIVE = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"), "drive_c")
+DRIVE = WINE_PREFIX / "drive_c"
 USERS_KEY, MACHINES_KEY = MAKER_KEY, MAKER_KEY.replace("HKCU", "HKLM")
 UNINSTALL_KEY = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall"
 POLICIES = r"HKLM\Software\Policies\Example Maker"
@@ -20,10 +18,10 @@ INSTALLERS = REPOSITORY / "samples/installer"
 
 
 @pytest.fixture(scope="module")
-def installers(build, tmp_path_factory):
+def installers(https_sample, tmp_path_factory):
     """Builds installers of two releases, for one user and for all users. Returns their paths by release and scope."""
     folder = tmp_path_factory.mktemp("installers")
-    built = shutil.copytree(build / "https_sample", folder / "größe & 'maß'")
+    built = shutil.copytree(https_sample, folder / "größe & 'maß'")
     paths = {}
     for release in ("2026.1", "2026.2"):
         for scope in ("user", "machine"):
@@ -99,8 +97,8 @@ def test_install_upgrade_and_uninstall(msiexec, trusted_service, wine):
     assert leftovers(wine) == []
 
 
-def test_failed_build_keeps_the_old_installer(installers, build, tmp_path):
-    incomplete = shutil.copytree(build / "https_sample", tmp_path / "incomplete")
+def test_failed_build_keeps_the_old_installer(installers, https_sample, tmp_path):
+    incomplete = shutil.copytree(https_sample, tmp_path / "incomplete")
     shutil.rmtree(incomplete / "lang/ZH")
     old = shutil.copy(installers["2026.1", "user"], tmp_path / "old.msi")
     before = old.read_bytes()

@@ -29,7 +29,7 @@ def root(request, certificates, tmp_path_factory):
 
 
 @pytest.fixture(scope="module")
-def check(build, wine, tmp_path_factory):
+def check(https_sample, wine, tmp_path_factory):
     """Checks for updates with the record of a case, and returns the outcome and the text."""
     lines = ["REGEDIT4"]
     for name, row in ANSWERS.items():
@@ -41,7 +41,7 @@ def check(build, wine, tmp_path_factory):
     assert wine("reg", "import", file)[0] == 0
 
     def run_check(name):
-        _, output = wine(build / "https_sample/ProductServicesTool.exe", "check", "--json", "--product", "Samples",
+        _, output = wine(https_sample / "ProductServicesTool.exe", "check", "--json", "--product", "Samples",
                          "--version", name, "--api-key", "any", "--trusted-hosts", "localhost:18443")
         result = json.loads(output)
         return result["outcome"], result["text"]

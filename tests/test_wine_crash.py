@@ -4,5 +4,5 @@ import pytest
 
 
 @pytest.mark.parametrize("attempt", range(5))
-def test_crash_is_reported(build, wine, attempt):
-    assert wine(build / "https_sample/guard_host.exe", "crash")[0] != 0
+def test_crash_is_reported(https_sample, wine, attempt):
+    assert wine(https_sample / "guard_host.exe", "crash")[0] != 0

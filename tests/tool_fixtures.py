@@ -126,9 +126,9 @@ def start_service(certificates):
 
 
 @pytest.fixture
-def folder(build, records, tmp_path):
+def folder(build, https_sample, records, tmp_path):
     """Returns the folder of a program, with the tool, the DLL and language files. The records exist."""
-    shutil.copy(build / "https_sample/ProductServicesTool.exe", tmp_path)
+    shutil.copy(https_sample / "ProductServicesTool.exe", tmp_path)
     shutil.copy(build / "bin/ProductServicesGuard.dll", tmp_path)
     shutil.copytree(build / "bin/lang/DE", tmp_path / "lang/DE")
     return tmp_path

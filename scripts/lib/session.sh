@@ -6,6 +6,9 @@
 
 readonly service_port=18443
 
+# The Wine prefixes of computers that share nothing: each has its own registry, files and display.
+readonly machines=("$WINEPREFIX" "$WINEPREFIX-2" "$WINEPREFIX-3")
+
 begin_session() {
   mkdir -p build && [ -w build ] || fail "$PWD/build is not writable."
   exec 9>>build/lock
@@ -74,7 +77,7 @@ prepare_wine_prefix() {
   log "Creating a Wine prefix (about ten seconds)"
   local place=$WINEPREFIX
   export WINEPREFIX=$place.new
-  rm -rf "$WINEPREFIX" "$place"
+  rm -rf "$WINEPREFIX" "${machines[@]}"
   mkdir -p "$WINEPREFIX"
   run_and_wait make_wine_prefix >"$place.log" 2>&1 || fail "The Wine prefix could not be created; see $place.log."
   mv "$WINEPREFIX" "$place"
@@ -100,9 +103,14 @@ start_wine_services() {
 
 # For the server of each prefix, Wine has a folder in /tmp, whose name is in the prefix.
 stop_wine_services() {
-  wineserver -k >/dev/null 2>&1 || true
-  local folder; folder=$(cat "$WINEPREFIX/wineserver" 2>/dev/null) || return 0
-  case $folder in wine-*) rm -rf "/tmp/$folder" "$WINEPREFIX/wineserver" ;; esac
+  local prefix folder
+  for prefix in "$WINEPREFIX" "${machines[@]}"; do
+    [ -d "$prefix" ] || continue
+    WINEPREFIX=$prefix wineserver -k >/dev/null 2>&1 || true
+    rm -f "$prefix/display"
+    folder=$(cat "$prefix/wineserver" 2>/dev/null) || continue
+    case $folder in wine-*) rm -rf "/tmp/$folder" "$prefix/wineserver" ;; esac
+  done
 }
 
 # Starts an Xvfb on a free display and sets DISPLAY.
@@ -119,6 +127,28 @@ start_wine_session() {
   start_display
   prepare_wine_prefix
   start_wine_services
+}
+
+# Starts all machines, for tests that run at the same time.
+start_machines() {
+  start_display
+  prepare_wine_prefix
+  local first=$WINEPREFIX first_display=$DISPLAY
+  for WINEPREFIX in "${machines[@]:1}"; do
+    is_prefix_complete || copy_prefix "$first" "$WINEPREFIX"
+    start_display
+    echo "$DISPLAY" >"$WINEPREFIX/display"
+    start_wine_services
+  done
+  WINEPREFIX=$first DISPLAY=$first_display
+  start_wine_services
+}
+
+# copy_prefix PREFIX COPY: copies a prefix whose services are not running. Only the registry is changed in place, so all
+# other files can be hard links.
+copy_prefix() {
+  rm -rf "$2"
+  cp -al "$1" "$2" && cp --remove-destination "$1"/*.reg "$2" || fail "$2 could not be created."
 }
 
 # wait_for_line PATTERN LOG: waits until the command that was started last has written such a line.

@@ -1,6 +1,9 @@
 # Sourced: the environment of Wine programs, with the Wine prefix in the build folder.
 
 export WINEPREFIX="${PRODUCT_SERVICES_WINEPREFIX:-$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)/build/wine}"
+# The further machines of a test session have displays of their own.
+[ ! -f "$WINEPREFIX/display" ] || DISPLAY=$(cat "$WINEPREFIX/display")
+export DISPLAY
 export WINEDEBUG="${WINEDEBUG:--all}"
 # winedbg can lose the exit status of a program that crashes, and winemenubuilder would add to the desktop's menus.
 export WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe="

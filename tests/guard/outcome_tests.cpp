@@ -79,6 +79,14 @@ TEST_F(GuardedCheck, ReportsParserErrorsInUtf16)
     EXPECT_TRUE(EndsWith(result.text, L"last read: '\"\u00E4\u00F6\u00FC \u4E2D\u6587 \U0001F600'"));
 }
 
+TEST_F(GuardedCheck, SurvivesDeepNesting)
+{
+    service.Answer(std::string(16300, '['));
+    const GuardedResult result = Check();
+    EXPECT_EQ(result.outcome, PRODUCT_SERVICES_OUTCOME_INVALID_REPLY);
+    EXPECT_TRUE(Contains(result.text, L"column 16301: syntax error while parsing value - unexpected end of input"));
+}
+
 TEST_F(GuardedCheck, ShowsNothingIfQuiet)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
@@ -97,7 +105,7 @@ TEST_F(GuardedCheck, ReportsWhyTheServiceIsUnreachable)
     service.Stop();
     const GuardedResult result = Check();
     EXPECT_EQ(result.outcome, PRODUCT_SERVICES_OUTCOME_UNREACHABLE);
-    EXPECT_TRUE(Contains(result.text, L"Failed to connect to 127.1."));
+    EXPECT_TRUE(Contains(result.text, L"Failed to connect to 127."));
     EXPECT_EQ(boxes, std::vector{NoInternet});
     EXPECT_GT(cursorChanges, 0);
 }
