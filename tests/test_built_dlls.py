@@ -7,6 +7,7 @@ import pefile
 import pytest
 
 from conftest import REPOSITORY, load_cases, run
+from pe_file import read_pe
 
 SAMPLE = REPOSITORY / "product_family/sample"
 VERSIONS = load_cases("library/versions.json")
@@ -20,9 +21,15 @@ EXPORTS = {
 }
 
 
-@pytest.fixture(scope="module", params=EXPORTS)
-def library(request, build):
-    return pefile.PE(build / f"bin/{request.param}.dll")
+@pytest.fixture(scope="module")
+def libraries(build):
+    """Returns the DLLs by name."""
+    return {name: read_pe(build / f"bin/{name}.dll", "EXPORT", "IMPORT", "RESOURCE", "DEBUG") for name in EXPORTS}
+
+
+@pytest.fixture(params=EXPORTS)
+def library(request, libraries):
+    return libraries[request.param]
 
 
 def test_dll_is_64_bit_and_hardened(library):
@@ -32,8 +39,8 @@ def test_dll_is_64_bit_and_hardened(library):
 
 
 @pytest.mark.parametrize("name, exports", EXPORTS.items())
-def test_exports_match_the_headers(build, name, exports):
-    library = pefile.PE(build / f"bin/{name}.dll")
+def test_exports_match_the_headers(libraries, name, exports):
+    library = libraries[name]
     assert [symbol.name for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols] == exports
     assert library.DIRECTORY_ENTRY_EXPORT.struct.TimeDateStamp == 0, "not the time of the build"
 
@@ -68,10 +75,10 @@ def test_no_build_paths_in_binaries(build, name, kind):
     pytest.param("ProductServices", "RunUpgradeCenter", id="the library"),
     pytest.param("ProductServicesGuard", "GuardedUpgrade", id="the guard"),
 ])
-def test_pdb_matches_the_dll_and_names_functions(build, name, function):
+def test_pdb_matches_the_dll_and_names_functions(build, libraries, name, function):
     pdb = build / f"bin/{name}.pdb"
     assert pdb.read_bytes().startswith(b"Microsoft C/C++ MSF 7.00\r\n\x1aDS\0\0\0")
-    directory, = pefile.PE(build / f"bin/{name}.dll").DIRECTORY_ENTRY_DEBUG
+    directory, = libraries[name].DIRECTORY_ENTRY_DEBUG
     assert directory.entry.PdbFileName.rstrip(b"\0").decode() == pdb.name, "without a folder"
     told = run("llvm-pdbutil", "dump", "-summary", "-publics", pdb)[1]
     assert re.search(r"GUID: \{(.*)\}", told)[1].replace("-", "") == directory.entry.Signature_String[:32]
@@ -90,10 +97,10 @@ def test_dialog_template_is_unchanged(build, name):
 
 
 @pytest.mark.parametrize("name", VERSIONS)
-def test_version_resource(build, name):
+def test_version_resource(libraries, name):
     header = (REPOSITORY / "include/product_services/version.h").read_text("utf-8")
     version = re.findall(r"#define PRODUCT_SERVICES_VERSION_\w+ (\d+)", header)
-    library = pefile.PE(build / f"bin/{name}.dll")
+    library = libraries[name]
     strings, = (info.StringTable[0] for info in library.FileInfo[0] if info.Key == b"StringFileInfo")
     assert strings.LangID == b"040904b0", "in English and Unicode"
     texts = {key.decode(): text.decode().replace(".".join(version), "VERSION") for key, text in strings.entries.items()}

@@ -14,6 +14,7 @@ import pefile
 import pytest
 
 from conftest import OTHER_FAMILY, REPOSITORY, SAMPLE_JSON, brand, load_cases, parametrize_from, run
+from pe_file import read_pe
 
 sys.path.insert(0, f"{REPOSITORY}/scripts")
 from check_documents import broken_links  # noqa: E402
@@ -48,7 +49,7 @@ def test_nuget_package_layout(archives, package, tmp_path):
     nuspec = read(tmp_path / "ExampleMaker.ProductServices.nuspec")
     assert "<repository" not in nuspec, "the sample family has no URL for it"
     version, = re.findall(r"<version>(\d+)\.(\d+)", nuspec)
-    library = pefile.PE(tmp_path / "runtimes/win-x64/native/ProductServicesGuard.dll")
+    library = read_pe(tmp_path / "runtimes/win-x64/native/ProductServicesGuard.dll", "RESOURCE")
     assert library.VS_FIXEDFILEINFO[0].FileVersionMS == int(version[0]) << 16 | int(version[1])
 
 
@@ -94,7 +95,7 @@ def test_cyclonedx_sbom_lists_the_programs_and_their_components(package):
 
 @pytest.mark.parametrize("name", ["ProductServices", "ProductServicesGuard"])
 def test_msvc_import_library_names_the_exports(package, name):
-    library = pefile.PE(package / f"bin/{name}.dll")
+    library = read_pe(package / f"bin/{name}.dll", "EXPORT")
     symbols = run("x86_64-w64-mingw32-nm", package / f"lib/{name}.lib")[1]
     assert sorted(re.findall(r"(?m)^(\S+):\n(?:.+\n)*?.* I __imp_(\w+)$", symbols)) == [
         (f"{name}.dll", symbol.name.decode()) for symbol in library.DIRECTORY_ENTRY_EXPORT.symbols]

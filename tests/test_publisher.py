@@ -17,7 +17,7 @@ CASES = load_cases("guard/publishers.json")
 def pad_signature(signed):
     """The signed program with data in its signature, behind what is verified; both sizes include it."""
     padding = b"padding!" * 8
-    directory = pefile.PE(data=signed).OPTIONAL_HEADER.DATA_DIRECTORY[4]
+    directory = pefile.PE(data=signed, fast_load=True).OPTIONAL_HEADER.DATA_DIRECTORY[4]
     data = bytearray(signed + padding)
     struct.pack_into("<I", data, directory.get_field_absolute_offset("Size"), directory.Size + len(padding))
     length, = struct.unpack_from("<I", data, directory.VirtualAddress)

@@ -16,7 +16,7 @@ TEST_F(ResourceLeaks, AreDetected)
     }
 }
 
-TEST_F(ResourceLeaks, DoNotOccurOver100Loads)
+TEST_F(ResourceLeaks, DoNotOccurOver50Loads)
 {
     InstallLanguage();
     // Wine keeps an icon for each address of the DLL.
@@ -38,16 +38,16 @@ TEST_F(ResourceLeaks, DoNotOccurOver100Loads)
     };
     constexpr std::ptrdiff_t BitmapsOfAnIcon = 3;
     ExpectNoGrowth(
-        100, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
+        50, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
 }
 
-TEST_F(ResourceLeaks, DoNotOccurOver600ChecksAnd60UpgradeCenters)
+TEST_F(ResourceLeaks, DoNotOccurOver300ChecksAnd30UpgradeCenters)
 {
-    ExpectNoGrowth(600, [&] {
+    ExpectNoGrowth(300, [&] {
         ASSERT_EQ(Check(), L"200 u");
         service.TakeRequests();
     });
-    ExpectNoGrowth(60, [&] {
+    ExpectNoGrowth(30, [&] {
         ASSERT_EQ(OpenAndExit(), Quit);
         service.TakeRequests();
     });
