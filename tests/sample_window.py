@@ -2,6 +2,7 @@
 test shows a window at the same time."""
 
 import contextlib
+import re
 import subprocess
 import time
 
@@ -13,36 +14,32 @@ START = '. "$0/scripts/lib/wine.sh" && exec /usr/lib/wine/wine64 "$1" --check-no
 TITLE_BAR = "100", "10"
 
 
-def window_title(window):
-    status, title = run("xdotool", "getwindowname", window)
-    return title.strip() if status == 0 else "no window"
-
-
-def focused_window():
-    """Returns the id of the window with the keyboard focus."""
-    return run("xdotool", "getwindowfocus")[1].strip()
+def find_window(title):
+    """Returns the id of the visible window with this title, or "". It may not have the focus yet."""
+    output = run("xdotool", "search", "--onlyvisible", "--name", f"^{re.escape(title)}$")[1]
+    return (re.findall(r"(?m)^\d+$", output) or [""])[0]
 
 
 def wait_for(condition, expected):
     end = time.monotonic() + 60
     while not condition():
-        assert time.monotonic() < end, f"{window_title(focused_window())!r} has the focus instead of {expected!r}"
+        assert time.monotonic() < end, f"{expected} after a minute"
         time.sleep(0.1)
 
 
 def wait_for_window(title):
-    """Waits until the window with this title has the focus, and returns its id."""
-    wait_for(lambda: window_title(focused_window()) == title, title)
-    return focused_window()
+    """Waits until the window with this title is visible, and returns its id."""
+    wait_for(lambda: find_window(title), f"{title!r} is not visible")
+    return find_window(title)
 
 
 def press(window, *keys):
     """Activates a window, which may be covered by another one, and presses keys."""
     def is_active():
         run("xdotool", "windowraise", window, "mousemove", "--window", window, *TITLE_BAR, "click", "1")
-        return focused_window() == window
+        return run("xdotool", "getwindowfocus")[1].strip() == window
 
-    wait_for(is_active, window_title(window))
+    wait_for(is_active, f"window {window} does not get the focus")
     for key in keys:
         assert run("xdotool", "key", key) == (0, "")
 
@@ -54,8 +51,8 @@ def press_until_opened(window, keys, title):
         press(window, *keys)
         end = time.monotonic() + 12
         while time.monotonic() < end:
-            if window_title(focused_window()) == title:
-                return focused_window()
+            if opened := find_window(title):
+                return opened
             time.sleep(0.1)
         press(window, "Escape")
     raise AssertionError(f"{title!r} was not opened")
@@ -64,7 +61,7 @@ def press_until_opened(window, keys, title):
 def close_message(window):
     """Presses Return in a message box, and waits until the box no longer exists."""
     press(window, "Return")
-    wait_for(lambda: window_title(window) == "no window", "the window behind the message")
+    wait_for(lambda: run("xdotool", "getwindowname", window)[0] != 0, f"message {window} is still open")
 
 
 @contextlib.contextmanager
