@@ -25,8 +25,6 @@ INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)
 TERMINATION = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGTERM)
 debian_only = pytest.mark.skipif(WINDOWS, reason="needs Wine or Debian's tools")
 MAKER_KEY = r"HKCU\Software\Example Maker"
-# Options of openssl for a new key, which is faster to create and to use than one for RSA.
-EC_KEY = "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256"
 # The product key and the API key of the sample product.
 KEY, API_KEY = "DRAFT-2026-DEMO", "draft20-7k2m9q-x4v8p1w"
 WINE_PREFIX = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"))

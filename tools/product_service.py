@@ -57,7 +57,8 @@ CATALOGUE = pathlib.Path(__file__).with_name("catalogue.json")
 
 # The openssl configuration for the certificate. Deliberate: it is not a CA certificate. Windows and Wine trust it
 # anyway once it is among the trusted roots, some browsers reject a server with a CA certificate, and anybody with the
-# key of a CA could issue certificates for any name.
+# key of a CA could issue certificates for any name. It has an RSA key, because Wine 8 rejects some valid signatures of
+# elliptic-curve keys.
 REQUEST = """[req]
 prompt = no
 distinguished_name = subject
