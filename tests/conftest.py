@@ -25,6 +25,8 @@ INTERRUPT = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGINT)
 TERMINATION = getattr(signal, "CTRL_BREAK_EVENT", signal.SIGTERM)
 debian_only = pytest.mark.skipif(WINDOWS, reason="needs Wine or Debian's tools")
 MAKER_KEY = r"HKCU\Software\Example Maker"
+# Options of openssl for a new key. Three primes are found four times as fast as two.
+NEW_KEY = "-newkey", "rsa:2048", "-pkeyopt", "rsa_keygen_primes:3"
 # The product key and the API key of the sample product.
 KEY, API_KEY = "DRAFT-2026-DEMO", "draft20-7k2m9q-x4v8p1w"
 WINE_PREFIX = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"))
@@ -88,7 +90,10 @@ def https_sample(build, tmp_path_factory):
     address = "https://localhost:18443", f"https://{ADDRESS}:18443"
     built, replacement = (text.encode("utf-16-le") for text in address)
     for program in ("ProductServicesGuard.dll", "ProductServicesTool.exe", "SampleHost.exe", "guard_host.exe"):
-        content = (build / "bin" / program).read_bytes()
+        # As in the package, without the debug symbols, which are most of a program.
+        status, output = run("x86_64-w64-mingw32-strip", "-o", folder / program, build / "bin" / program)
+        assert status == 0, output
+        content = (folder / program).read_bytes()
         (folder / program).write_bytes(content.replace(built, replacement))
     shutil.copytree(build / "bin/lang", folder / "lang")
     return folder
@@ -189,8 +194,12 @@ def service_command(tmp_path):
 
 @pytest.fixture(scope="session")
 def service_certificate(tmp_path_factory):
-    """Returns the file of the certificate that services use by default, so that openssl runs only once."""
-    return tmp_path_factory.mktemp("service certificate") / "service.pem"
+    """Returns the file with the key and the certificate that services use by default."""
+    file = tmp_path_factory.mktemp("service certificate") / "service.pem"
+    status, output = run("openssl", "req", "-x509", *NEW_KEY, "-nodes", "-subj", "/CN=localhost", "-addext",
+                         f"subjectAltName=DNS:{ADDRESS},IP:{ADDRESS},DNS:localhost", "-keyout", file, "-out", file)
+    assert status == 0, output
+    return file
 
 
 @pytest.fixture

@@ -10,7 +10,7 @@ import threading
 
 import pytest
 
-from conftest import ADDRESS, run, trust_root
+from conftest import ADDRESS, NEW_KEY, run, trust_root
 
 OFFER = b'[{"name":"X","version":"2","url":"https://shop.example/x"}]'
 REPLY = b"HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: %d\r\n\r\n%s"
@@ -46,7 +46,7 @@ class CertificateAuthority:
         (folder / "database").touch()
         # Wine caches revocations by issuer and serial number.
         (folder / "serial").write_text(f"{secrets.randbits(60) + 2**60:X}\n")
-        self.openssl("req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", "key.pem", "-out", "root.pem",
+        self.openssl("req", "-x509", *NEW_KEY, "-nodes", "-keyout", "key.pem", "-out", "root.pem",
                      "-days", "9", "-subj", f"/CN={name}")
         self.openssl("req", "-new", "-key", "key.pem", "-out", "request", "-subj", "/CN=the service")
 

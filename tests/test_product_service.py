@@ -7,8 +7,8 @@ import socket
 import ssl
 import stat
 
-from conftest import (ADDRESS, CATALOGUE, REPOSITORY, TERMINATION, WINDOWS, debian_only, load_cases, parametrize_from,
-                      root_store_entry, run, stop_service)
+from conftest import (ADDRESS, CATALOGUE, NEW_KEY, REPOSITORY, TERMINATION, WINDOWS, debian_only, load_cases,
+                      parametrize_from, root_store_entry, run, stop_service)
 
 UPDATES = "POST /get_updates.php"
 CHECK = "key=DRAFT-2026-DEMO version=2026.1 up=1 (update check)"
@@ -122,7 +122,7 @@ def test_kept_certificate_is_reused_and_strictly_valid(service, tmp_path):
 
 def test_unusable_certificate_file_is_reported(service_command, tmp_path):
     good, expired, file = tmp_path / "good.pem", tmp_path / "expired.pem", tmp_path / "kept.pem"
-    for command in (["req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", good, "-out", good,
+    for command in (["req", "-x509", *NEW_KEY, "-nodes", "-keyout", good, "-out", good,
                      "-subj", "/CN=localhost", "-addext", f"subjectAltName=IP:{ADDRESS},DNS:localhost"],
                     ["x509", "-in", good, "-signkey", good, "-days", "0", "-out", expired]):
         assert run("openssl", *command)[0] == 0, command

@@ -10,7 +10,7 @@ import time
 
 import pytest
 
-from conftest import ADDRESS, API_KEY, KEY, MAKER_KEY, run, trust_root
+from conftest import ADDRESS, API_KEY, KEY, MAKER_KEY, NEW_KEY, run, trust_root
 
 OFFERS = '[{"name":"A","version":"2","url":"https://localhost:18443/buy"}]'
 PRODUCTS = MAKER_KEY + r"\Products"
@@ -33,7 +33,7 @@ def certificates(wine, tmp_path_factory):
     """Returns a folder with the keys and certificates of a service that Wine trusts, and of one that it does not."""
     folder = tmp_path_factory.mktemp("certificates")
     for name in ("trusted", "untrusted"):
-        run_openssl(folder, "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "9", "-subj", f"/CN={name}",
+        run_openssl(folder, "req", "-x509", *NEW_KEY, "-nodes", "-days", "9", "-subj", f"/CN={name}",
                     "-addext", f"subjectAltName=DNS:{ADDRESS}", "-keyout", f"{name}.key", "-out", f"{name}.pem")
     with trust_root(wine, ssl.PEM_cert_to_DER_cert((folder / "trusted.pem").read_text())):
         yield folder
