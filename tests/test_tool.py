@@ -51,10 +51,10 @@ def test_time_limit_covers_dns(tool, slow_resolver):
 def test_time_limit_does_not_close_the_upgrade_center(tool, folder, start_service):
     start_service()
     results = []
-    thread = threading.Thread(target=lambda: results.append(tool("upgrade", "--time-limit", "1", "--json")))
+    thread = threading.Thread(target=lambda: results.append(tool("upgrade", "--time-limit", "5", "--json")))
     thread.start()
     window = wait_for_window("Healthy - Upgrade center")
-    thread.join(timeout=2)
+    thread.join(timeout=6)
     assert results == []
     assert run("import", "-window", window, folder / "window.png")[0] == 0
     press(window, "Escape")
