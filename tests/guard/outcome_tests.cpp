@@ -84,7 +84,8 @@ TEST_F(GuardedCheck, SurvivesDeepNesting)
     service.Answer(std::string(16300, '['));
     const GuardedResult result = Check();
     EXPECT_EQ(result.outcome, PRODUCT_SERVICES_OUTCOME_INVALID_REPLY);
-    EXPECT_TRUE(Contains(result.text, L"column 16301: syntax error while parsing value - unexpected end of input"));
+    EXPECT_TRUE(
+        Contains(result.text, L"column 16301: syntax error while parsing value - unexpected end of input"));
 }
 
 TEST_F(GuardedCheck, ShowsNothingIfQuiet)

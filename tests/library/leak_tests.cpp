@@ -37,8 +37,7 @@ TEST_F(ResourceLeaks, DoNotOccurOver50Loads)
         service.TakeRequests();
     };
     constexpr std::ptrdiff_t BitmapsOfAnIcon = 3;
-    ExpectNoGrowth(
-        50, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
+    ExpectNoGrowth(50, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
 }
 
 TEST_F(ResourceLeaks, DoNotOccurOver300ChecksAnd30UpgradeCenters)
