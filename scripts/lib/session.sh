@@ -145,10 +145,11 @@ start_machines() {
 }
 
 # copy_prefix PREFIX COPY: copies a prefix whose services are not running. Only the registry is changed in place, so all
-# other files can be hard links.
+# other files can be hard links. The copy gets its own server.
 copy_prefix() {
   rm -rf "$2"
-  cp -al "$1" "$2" && cp --remove-destination "$1"/*.reg "$2" || fail "$2 could not be created."
+  cp -al "$1" "$2" && cp --remove-destination "$1"/*.reg "$2" && rm -f "$2/wineserver" \
+    || fail "$2 could not be created."
 }
 
 # wait_for_line PATTERN LOG: waits until the command that was started last has written such a line.
