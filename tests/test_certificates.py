@@ -32,7 +32,7 @@ commonName = supplied
 # Wine compares the service's host with DNS names only, whatever the host is.
 FOR_SERVERS = f"subjectAltName = DNS:{ADDRESS}\nextendedKeyUsage = serverAuth\n"
 INVALID = f"check 12 -1: The certificate of {ADDRESS} is not valid: "
-TIMED_OUT = [["check 10 -1: The time limit was exceeded.", f"after {seconds} s"] for seconds in range(1, 10)]
+TIMED_OUT = [["check 10 -1: The time limit was exceeded.", f"after {seconds} s"] for seconds in (1, 2)]
 NEWER_RELEASE = "check 1 200: https://shop.example/x"
 ISSUED = "It is for the service, issued by Tests Root."
 

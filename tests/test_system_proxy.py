@@ -17,7 +17,7 @@ PROXY_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\C
 PROXY_VALUE = "/v", "DefaultConnectionSettings"
 FIXED, SCRIPT = 3, 5  # flags of the settings
 TIMED_OUT = [["check 10 -1: The time limit was exceeded.", f"after {seconds} s", "https_proxy: not set"]
-             for seconds in range(1, 10)]
+             for seconds in (1, 2)]
 UP_TO_DATE = "check 2 -1: You are running the latest version"
 CALL = "any-certificate", "system-proxy", "check", "environment"
 

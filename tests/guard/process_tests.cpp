@@ -7,6 +7,21 @@ namespace {
 
 using HostProcess = GuardTest;
 
+std::string ToString(DPI_AWARENESS_CONTEXT context)
+{
+    const std::pair<DPI_AWARENESS_CONTEXT, const char*> names[]{
+        {DPI_AWARENESS_CONTEXT_UNAWARE, "unaware"},
+        {DPI_AWARENESS_CONTEXT_UNAWARE_GDISCALED, "unaware, GDI-scaled"},
+        {DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE, "per monitor"},
+    };
+    for (const auto& [known, name] : names) {
+        if (AreDpiAwarenessContextsEqual(context, known)) {
+            return name;
+        }
+    }
+    return "another";
+}
+
 DPI_AWARENESS GetThreadAwareness()
 {
     return GetAwarenessFromDpiAwarenessContext(GetThreadDpiAwarenessContext());
@@ -25,23 +40,21 @@ TEST_F(HostProcess, RunsDpiUnawareUnlessOptedOut)
     {
         const char* name;
         std::uint32_t options;
-        DPI_AWARENESS_CONTEXT context;
+        std::string context;
     } cases[]{
-        {"by default", 0,
-         isGdiScaled ? DPI_AWARENESS_CONTEXT_UNAWARE_GDISCALED : DPI_AWARENESS_CONTEXT_UNAWARE},
-        {"with the host's awareness", PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS,
-         DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE},
+        {"by default", 0, isGdiScaled ? "unaware, GDI-scaled" : "unaware"},
+        {"with the host's awareness", PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS, "per monitor"},
     };
     for (const auto& [name, options, context] : cases) {
         SCOPED_TRACE(name);
         params.options = PRODUCT_SERVICES_OPTION_ANY_CERTIFICATE | options;
-        bool isExpected = false;
-        const auto lookAndExit = [&isExpected, expected = context](HWND center) {
-            isExpected = AreDpiAwarenessContextsEqual(GetWindowDpiAwarenessContext(center), expected);
+        std::string seen = "no window";
+        const auto lookAndExit = [&seen](HWND center) {
+            seen = ToString(GetWindowDpiAwarenessContext(center));
             ClickExit(center);
         };
         EXPECT_EQ(UpgradeWith(lookAndExit), UserQuit);
-        EXPECT_TRUE(isExpected);
+        EXPECT_EQ(seen, context);
         EXPECT_EQ(GetThreadAwareness(), DPI_AWARENESS_PER_MONITOR_AWARE) << "the host's is restored";
     }
     onMessageBox = [] {

@@ -16,7 +16,7 @@ TEST_F(ResourceLeaks, AreDetected)
     }
 }
 
-TEST_F(ResourceLeaks, DoNotOccurOver50Loads)
+TEST_F(ResourceLeaks, DoNotOccurOver100Loads)
 {
     InstallLanguage();
     // Wine keeps an icon for each address of the DLL.
@@ -37,16 +37,17 @@ TEST_F(ResourceLeaks, DoNotOccurOver50Loads)
         service.TakeRequests();
     };
     constexpr std::ptrdiff_t BitmapsOfAnIcon = 3;
-    ExpectNoGrowth(50, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
+    ExpectNoGrowth(
+        100, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
 }
 
-TEST_F(ResourceLeaks, DoNotOccurOver300ChecksAnd30UpgradeCenters)
+TEST_F(ResourceLeaks, DoNotOccurOver600ChecksAnd60UpgradeCenters)
 {
-    ExpectNoGrowth(300, [&] {
+    ExpectNoGrowth(600, [&] {
         ASSERT_EQ(Check(), L"200 u");
         service.TakeRequests();
     });
-    ExpectNoGrowth(30, [&] {
+    ExpectNoGrowth(60, [&] {
         ASSERT_EQ(OpenAndExit(), Quit);
         service.TakeRequests();
     });
