@@ -30,6 +30,8 @@ NEW_KEY = "-newkey", "rsa:2048", "-pkeyopt", "rsa_keygen_primes:3"
 # The product key and the API key of the sample product.
 KEY, API_KEY = "DRAFT-2026-DEMO", "draft20-7k2m9q-x4v8p1w"
 WINE_PREFIX = pathlib.Path(os.environ.get("PRODUCT_SERVICES_WINEPREFIX", REPOSITORY / "build/wine"))
+if "TEST_MACHINE" in os.environ:
+    WINE_PREFIX = WINE_PREFIX.with_name(f"{WINE_PREFIX.name}-{os.environ['TEST_MACHINE']}")
 if (WINE_PREFIX / "display").exists():
     os.environ["DISPLAY"] = (WINE_PREFIX / "display").read_text().strip()
 SAMPLE_JSON = REPOSITORY / "product_family/sample/product_family.json"
@@ -94,6 +96,7 @@ def https_sample(build, tmp_path_factory):
         status, output = run("x86_64-w64-mingw32-strip", "-o", folder / program, build / "bin" / program)
         assert status == 0, output
         content = (folder / program).read_bytes()
+        assert built in content or program in ("SampleHost.exe", "guard_host.exe"), program
         (folder / program).write_bytes(content.replace(built, replacement))
     shutil.copytree(build / "bin/lang", folder / "lang")
     return folder

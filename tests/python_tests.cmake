@@ -27,7 +27,8 @@ foreach(name IN LISTS portable debian_only)
         # pytest would take a [ in a path for the beginning of a test's parameters.
         WORKING_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
     set_tests_properties(python.${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT}
-        ENVIRONMENT "PRODUCT_SERVICES_BIN=$<TARGET_FILE_DIR:ProductServices>;TESTS_ADDRESS=${TESTS_ADDRESS};PYTHONUTF8=1")
+        ENVIRONMENT "PRODUCT_SERVICES_BIN=$<TARGET_FILE_DIR:ProductServices>;PYTHONUTF8=1"
+        ENVIRONMENT_MODIFICATION "TESTS_ADDRESS=set:${TESTS_ADDRESS}")
     if(name IN_LIST debian_only)
         set_tests_properties(python.${name} PROPERTIES LABELS debian)
     endif()
@@ -37,10 +38,9 @@ function(run_tests_on_machine number)
     foreach(name IN LISTS ARGN)
         if(TEST python.${name})
             set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK machine_${number} COST 100)
-            set_property(TEST python.${name} APPEND PROPERTY ENVIRONMENT "TESTS_ADDRESS=${MACHINE_${number}_ADDRESS}")
             if(number GREATER 1)
-                set_property(TEST python.${name} APPEND PROPERTY ENVIRONMENT
-                    "PRODUCT_SERVICES_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-${number}")
+                set_property(TEST python.${name} PROPERTY ENVIRONMENT_MODIFICATION
+                    "TESTS_ADDRESS=set:${MACHINE_${number}_ADDRESS};TEST_MACHINE=set:${number}")
             endif()
         endif()
     endforeach()

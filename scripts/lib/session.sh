@@ -6,7 +6,7 @@
 
 readonly service_port=18443
 
-# The Wine prefixes of computers that share nothing: each has its own registry, files and display.
+# The Wine prefixes of the machines that tests run on: each has its own registry, files and display.
 readonly machines=("$WINEPREFIX" "$WINEPREFIX-2" "$WINEPREFIX-3")
 
 begin_session() {
@@ -23,7 +23,7 @@ end_session() {
   [ -z "${setup_pid:-}" ] || { kill "$setup_pid" && wait "$setup_pid"; } 2>/dev/null || true
   stop_groups "${groups[@]}"
   stop_wine_services
-  rm -rf build/wine.new
+  rm -rf build/wine*.new
   rm -f "$record".*
 }
 
@@ -145,11 +145,11 @@ start_machines() {
 }
 
 # copy_prefix PREFIX COPY: copies a prefix whose services are not running. Only the registry is changed in place, so all
-# other files can be hard links. The copy gets its own server.
+# other files can be hard links. The copy gets its own server, and its name when it is complete.
 copy_prefix() {
-  rm -rf "$2"
-  cp -al "$1" "$2" && cp --remove-destination "$1"/*.reg "$2" && rm -f "$2/wineserver" \
-    || fail "$2 could not be created."
+  rm -rf "$2" "$2.new"
+  { cp -al "$1" "$2.new" && cp --remove-destination "$1"/*.reg "$2.new" && rm -f "$2.new/wineserver" && mv "$2.new" "$2"; } \
+    || fail "The Wine prefix could not be copied to $2."
 }
 
 # wait_for_line PATTERN LOG: waits until the command that was started last has written such a line.

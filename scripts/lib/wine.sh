@@ -1,7 +1,9 @@
 # Sourced: the environment of Wine programs, with the Wine prefix in the build folder.
 
-export WINEPREFIX="${PRODUCT_SERVICES_WINEPREFIX:-$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)/build/wine}"
-# The further machines of a test session have displays of their own.
+# PRODUCT_SERVICES_WINEPREFIX selects another one, and TEST_MACHINE a further machine of a test session, which has a display
+# of its own.
+WINEPREFIX="${PRODUCT_SERVICES_WINEPREFIX:-$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)/build/wine}"
+export WINEPREFIX="$WINEPREFIX${TEST_MACHINE:+-$TEST_MACHINE}"
 [ ! -f "$WINEPREFIX/display" ] || DISPLAY=$(cat "$WINEPREFIX/display")
 export DISPLAY
 export WINEDEBUG="${WINEDEBUG:--all}"
