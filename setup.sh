@@ -66,11 +66,12 @@ fetch_curl_source() {
   return 1
 }
 
-# Schannel for TLS, only HTTP, no thread for resolving names, no manuals, and no path of this machine in the library.
-# CMake ignores options that a version of libcurl does not have.
+# Schannel for TLS, only HTTP, no thread for resolving names, no manuals, and no path of this machine in the library. The
+# unity build and the flags of windows.h, which most of libcurl's sources set themselves, halve the time. CMake ignores
+# options that a version of libcurl does not have.
 readonly curl_options=(
   -DCMAKE_SYSTEM_NAME=Windows "-DCMAKE_C_COMPILER=$triplet-gcc-posix" "-DCMAKE_RC_COMPILER=$triplet-windres"
-  -DCMAKE_BUILD_TYPE=MinSizeRel
+  -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_UNITY_BUILD=ON -DPICKY_COMPILER=OFF
   "-DCMAKE_FIND_ROOT_PATH=/usr/$triplet" -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY
   -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY
   -DCURL_USE_SCHANNEL=ON -DHTTP_ONLY=ON -DCURL_DISABLE_WEBSOCKETS=ON -DENABLE_THREADED_RESOLVER=OFF
@@ -79,7 +80,7 @@ readonly curl_options=(
   -DUSE_LIBIDN2=OFF -DCURL_USE_LIBPSL=OFF -DCURL_USE_LIBSSH2=OFF -DBUILD_TESTING=OFF
   -DBUILD_LIBCURL_DOCS=OFF -DBUILD_MISC_DOCS=OFF -DENABLE_CURL_MANUAL=OFF
 )
-readonly curl_flags="-ffunction-sections -fdata-sections -fstack-protector-strong"
+readonly curl_flags="-DWIN32_LEAN_AND_MEAN -ffunction-sections -fdata-sections -fstack-protector-strong"
 
 # Debian's version of the source and the SHA-256 checksums of its files, for the package's SBOM.
 record_curl_source() {
