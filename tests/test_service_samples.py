@@ -41,8 +41,9 @@ def check(https_sample, wine, tmp_path_factory):
     assert wine("reg", "import", file)[0] == 0
 
     def run_check(name):
-        _, output = wine(https_sample / "ProductServicesTool.exe", "check", "--json", "--product", "Samples",
-                         "--version", name, "--api-key", "any", "--trusted-hosts", "localhost:18443")
+        status, output = wine(https_sample / "ProductServicesTool.exe", "check", "--json", "--product", "Samples",
+                              "--version", name, "--api-key", "any", "--trusted-hosts", "localhost:18443")
+        assert output.startswith("{"), f"{name}: exit status {status}, {output!r}"
         result = json.loads(output)
         return result["outcome"], result["text"]
     yield run_check
