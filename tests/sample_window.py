@@ -34,9 +34,11 @@ def wait_for_window(title):
 
 
 def press(window, *keys):
-    """Activates a window, which may be covered by another one, and presses keys."""
+    """Activates a window, which may be covered by another one, and presses keys. Wine can take a window for active that
+    does not have the focus of X, and then a click does not change it."""
     def is_active():
-        run("xdotool", "windowraise", window, "mousemove", "--window", window, *TITLE_BAR, "click", "1")
+        run("xdotool", "windowraise", window, "mousemove", "--window", window, *TITLE_BAR, "click", "1",
+            "windowfocus", window)
         return run("xdotool", "getwindowfocus")[1].strip() == window
 
     wait_for(is_active, f"window {window} does not get the focus")
