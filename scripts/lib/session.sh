@@ -116,7 +116,7 @@ stop_wine_services() {
 # Starts an Xvfb on a free display and sets DISPLAY.
 start_display() {
   exec {display_pipe}<> <(:)
-  start Xvfb -displayfd "$display_pipe" -screen 0 1280x900x24 -nolisten tcp >build/xvfb.log 2>&1
+  start Xvfb -displayfd "$display_pipe" -screen 0 1280x900x24 -nolisten tcp -noreset >build/xvfb.log 2>&1
   local number
   read -r -t 30 -u "$display_pipe" number || fail "Xvfb did not start; see build/xvfb.log."
   export DISPLAY=":$number"
