@@ -140,23 +140,26 @@ def read_certificate(file):
     return ssl.PEM_cert_to_DER_cert(re.search(pattern, file.read_text(), re.DOTALL)[0])
 
 
-DIRECT_HOST = """#include <product_services/product_services.h>
+# The smallest hosts in C, by the library that they link.
+HOSTS = {
+    "Guard": """#include <product_services/guarded_calls.h>
+int main(void) { GuardedCallParams params = {0}; return (int)GuardedUpgrade(&params); }
+""",
+    "ProductServices": """#include <product_services/product_services.h>
 int main(void) { HostContext context = {0}; CheckForUpdates(&context); return 0; }
-"""
+""",
+}
 
 
-def write_host_project(folder, command, library="Guard"):
+def write_host_project(folder, command, library="Guard", target="host"):
     """Writes a CMake project of a host in C that links one of the libraries, which the command makes available."""
-    if library == "Guard":
-        shutil.copy(REPOSITORY / "samples/minimal_hosts/host.c", folder)
-    else:
-        (folder / "host.c").write_text(DIRECT_HOST, "utf-8")
+    (folder / "host.c").write_text(HOSTS[library], "utf-8")
     (folder / "CMakeLists.txt").write_text(f"""cmake_minimum_required(VERSION 3.16)
 project(Host LANGUAGES C)
 {command}
-add_executable(host host.c)
-target_link_libraries(host PRIVATE ProductServices::{library})
-product_services_deploy(host)
+add_executable({target} host.c)
+target_link_libraries({target} PRIVATE ProductServices::{library})
+product_services_deploy({target})
 """, "utf-8")
 
 
@@ -172,7 +175,7 @@ def restricted_toolchain(tmp_path):
     return f"-DCMAKE_TOOLCHAIN_FILE={file}"
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="session")
 def host(https_sample, wine):
     """Runs the host that makes guarded calls, whose product has a record, and returns the lines of its output."""
     record = MAKER_KEY + r"\Products\Guarded\1"
@@ -227,7 +230,7 @@ def service(service_command, service_certificate, tmp_path):
         started.communicate()
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="session")
 def trusted_certificate(wine, service_certificate):
     """Creates the certificate of services and makes Wine trust it while the tests of a file run."""
     status, output = run(sys.executable, "-B", REPOSITORY / "tools/product_service.py", "--address", ADDRESS,
@@ -250,7 +253,7 @@ def archives(build):
     return build / "packages"
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="session")
 def package(archives, tmp_path_factory):
     """Unpacks the package for host developers, and returns its folder."""
     archive, = archives.glob("product-services-ExampleMaker.ProductServices-*-windows-x64.zip")
@@ -266,7 +269,7 @@ def brand(family, folder):
     return run(sys.executable, "-B", REPOSITORY / "cmake/brand_package.py", SAMPLE_JSON, family_json, folder)
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="session")
 def other_family_package(package, tmp_path_factory):
     """Returns a copy of the package with another family's names."""
     folder = shutil.copytree(package, tmp_path_factory.mktemp("other family") / "my kit")

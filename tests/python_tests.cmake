@@ -12,48 +12,50 @@ endif()
 
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/pytest")
 
-# Each file is one ctest entry. Its temporary folders are in the build folder.
-set(debian_only test_doctor test_tool test_installer test_certificates test_system_proxy test_sample_host
-    test_service_samples test_getting_started test_package test_package_hosts test_fetchcontent test_publisher
-    test_wine_crash test_built_dlls test_bindings)
-set(portable test_guard_executables test_product_family test_product_service test_languages)
-foreach(name IN LISTS portable debian_only)
-    if(name IN_LIST debian_only AND NOT MINGW)
-        continue()
+# add_python_tests(NAME FILE... [DEBIAN] [MACHINE number]): adds the ctest entry python.NAME, which runs files of tests with
+# pytest, one after the other. They share fixtures, and pytest starts slowly. With DEBIAN, they need Wine or Debian's tools.
+# What uses a machine runs on it alone, and starts first, because it is slow. Temporary folders are in the build folder.
+function(add_python_tests name)
+    cmake_parse_arguments(PARSE_ARGV 1 tests "DEBIAN" "MACHINE" "")
+    if(tests_DEBIAN AND NOT MINGW)
+        return()
     endif()
+    list(TRANSFORM tests_UNPARSED_ARGUMENTS APPEND .py OUTPUT_VARIABLE files)
     add_test(NAME python.${name}
         COMMAND "${Python3_EXECUTABLE}" -B -m pytest -q -p no:cacheprovider --basetemp "${PROJECT_BINARY_DIR}/pytest/${name}"
-            "${name}.py"
+            ${files}
         # pytest would take a [ in a path for the beginning of a test's parameters.
         WORKING_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
+    set(environment "TESTS_ADDRESS=set:${TESTS_ADDRESS}")
+    if(tests_MACHINE)
+        set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK machine_${tests_MACHINE} COST 100)
+        if(tests_MACHINE GREATER 1)
+            set(environment "TESTS_ADDRESS=set:${MACHINE_${tests_MACHINE}_ADDRESS};TEST_MACHINE=set:${tests_MACHINE}")
+        endif()
+    endif()
     set_tests_properties(python.${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT}
         ENVIRONMENT "PRODUCT_SERVICES_BIN=$<TARGET_FILE_DIR:ProductServices>;PYTHONUTF8=1"
-        ENVIRONMENT_MODIFICATION "TESTS_ADDRESS=set:${TESTS_ADDRESS}")
-    if(name IN_LIST debian_only)
+        ENVIRONMENT_MODIFICATION "${environment}")
+    if(tests_DEBIAN)
         set_tests_properties(python.${name} PROPERTIES LABELS debian)
     endif()
-endforeach()
-# What has to run on a machine, one test at a time. The slowest tests start first.
-function(run_tests_on_machine number)
-    foreach(name IN LISTS ARGN)
-        if(TEST python.${name})
-            set_tests_properties(python.${name} PROPERTIES RESOURCE_LOCK machine_${number} COST 100)
-            if(number GREATER 1)
-                set_property(TEST python.${name} PROPERTY ENVIRONMENT_MODIFICATION
-                    "TESTS_ADDRESS=set:${MACHINE_${number}_ADDRESS};TEST_MACHINE=set:${number}")
-            endif()
-        endif()
-    endforeach()
 endfunction()
-run_tests_on_machine(1 test_guard_executables test_installer)
-run_tests_on_machine(2 test_doctor test_tool)
-run_tests_on_machine(3 test_certificates test_system_proxy test_sample_host test_service_samples test_getting_started)
+
+add_python_tests(guard_executables test_guard_executables MACHINE 1)
+add_python_tests(installer test_installer DEBIAN MACHINE 1)
+add_python_tests(tool test_doctor test_tool DEBIAN MACHINE 2)
+add_python_tests(services test_certificates test_system_proxy test_service_samples DEBIAN MACHINE 3)
+add_python_tests(hosts test_sample_host test_getting_started DEBIAN MACHINE 3)
+add_python_tests(packages test_package test_package_hosts DEBIAN)
+add_python_tests(built_files test_built_dlls test_bindings test_publisher test_wine_crash DEBIAN)
+add_python_tests(fetchcontent test_fetchcontent DEBIAN)
+add_python_tests(product_service test_product_service)
+add_python_tests(family_and_languages test_product_family test_languages)
 
 # The packages for the tests that inspect and use them.
 if(MINGW)
     add_test(NAME Packages COMMAND "${CMAKE_CPACK_COMMAND}" -B "${PROJECT_BINARY_DIR}/packages"
         WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
     set_tests_properties(Packages PROPERTIES TIMEOUT ${TEST_TIMEOUT} FIXTURES_SETUP packages LABELS debian COST 100)
-    set_tests_properties(python.test_getting_started python.test_package python.test_package_hosts PROPERTIES
-        FIXTURES_REQUIRED packages)
+    set_tests_properties(python.hosts python.packages PROPERTIES FIXTURES_REQUIRED packages)
 endif()

@@ -7,7 +7,7 @@ import shutil
 
 import pytest
 
-from conftest import REPOSITORY, run, write_host_project
+from conftest import HOSTS, REPOSITORY, run, write_host_project
 
 CATCHING_HOST = """#include <product_services/product_services.h>
 extern "C" void Say(const char*);
@@ -49,16 +49,20 @@ def test_vectorcall_default_keeps_the_names(package, tmp_path, header, call):
 
 
 def test_find_package_deploys_the_linked_dll(package, restricted_toolchain, tmp_path):
+    dlls = {"Guard": "ProductServicesGuard.dll", "ProductServices": "ProductServices.dll"}
+    project = ["cmake_minimum_required(VERSION 3.16)", "project(Hosts LANGUAGES C)"]
+    for library in dlls:
+        (tmp_path / library).mkdir()
+        write_host_project(tmp_path / library, "find_package(ProductServices CONFIG REQUIRED)", library, f"{library}Host")
+        project.append(f"add_subdirectory({library})")
+    (tmp_path / "CMakeLists.txt").write_text("\n".join(project), "utf-8")
     found = f"-DProductServices_DIR={package}/lib/cmake/ProductServices"
-    for library, dll in (("Guard", "ProductServicesGuard.dll"), ("ProductServices", "ProductServices.dll")):
-        folder = tmp_path / library
-        folder.mkdir()
-        write_host_project(folder, "find_package(ProductServices CONFIG REQUIRED)", library)
-        for command in (["-G", "Ninja", restricted_toolchain, found, "-B", "built", "."], ["--build", "built"]):
-            status, output = run("cmake", *command, cwd=folder)
-            assert status == 0, output
-        programs = {path.name for path in (folder / "built").iterdir() if path.suffix in (".exe", ".dll")}
-        assert programs == {"host.exe", dll}
+    for command in (["-G", "Ninja", restricted_toolchain, found, "-B", "built", "."], ["--build", "built"]):
+        status, output = run("cmake", *command, cwd=tmp_path)
+        assert status == 0, output
+    for library, dll in dlls.items():
+        programs = {path.name for path in (tmp_path / "built" / library).iterdir() if path.suffix in (".exe", ".dll")}
+        assert programs == {f"{library}Host.exe", dll}
 
 
 @pytest.mark.parametrize("machine", [
@@ -106,5 +110,6 @@ def test_pkgconf_finds_a_moved_package(package, tmp_path):
     status, options = run("pkgconf", "--define-prefix", "--cflags", "--libs", "product-services-guard",
                           env={**os.environ, "PKG_CONFIG_PATH": str(kit / "lib/pkgconfig")})
     assert status == 0 and str(package) not in options, options
-    compiler = ["x86_64-w64-mingw32-gcc-posix", package / "samples/minimal_hosts/host.c", "-o", tmp_path / "host.exe"]
+    (tmp_path / "host.c").write_text(HOSTS["Guard"], "utf-8")
+    compiler = "x86_64-w64-mingw32-gcc-posix", tmp_path / "host.c", "-o", tmp_path / "host.exe"
     assert run(*compiler, *shlex.split(options)) == (0, "")

@@ -28,7 +28,7 @@ def run_openssl(folder, *arguments):
     assert status == 0, output
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="session")
 def certificates(wine, tmp_path_factory):
     """Returns a folder with the keys and certificates of a service that Wine trusts, and of one that it does not."""
     folder = tmp_path_factory.mktemp("certificates")
@@ -39,7 +39,7 @@ def certificates(wine, tmp_path_factory):
         yield folder
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="session")
 def records(wine, tmp_path_factory):
     lines = ["REGEDIT4"]
     for product, values in RECORDS.items():
@@ -147,7 +147,7 @@ def tool(folder, wine):
     return run_tool
 
 
-@pytest.fixture(scope="module")
+@pytest.fixture(scope="session")
 def slow_resolver(tmp_path_factory):
     """Returns the environment with a library that makes a DNS lookup take ten minutes."""
     folder = tmp_path_factory.mktemp("resolver")
