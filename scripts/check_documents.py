@@ -103,7 +103,8 @@ def unknown_presets(commands):
 
 def unknown_tests(commands):
     tests = re.findall(r"CTEST_NAME (\w+)", read_all("tests/CMakeLists.txt"))
-    tests += [f"python.{path.stem}" for path in REPOSITORY.glob("tests/test_*.py")]
+    groups = re.findall(r"(?m)^add_python_tests\((\w+)", read_all("tests/python_tests.cmake"))
+    tests += [f"python.{group}" for group in groups]
     for pattern in re.findall(r" -R (\S+)", commands):
         if not any(re.search(pattern, test) for test in tests):
             yield f"-R {pattern}"

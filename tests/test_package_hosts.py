@@ -51,9 +51,10 @@ def test_vectorcall_default_keeps_the_names(package, tmp_path, header, call):
 def test_find_package_deploys_the_linked_dll(package, restricted_toolchain, tmp_path):
     dlls = {"Guard": "ProductServicesGuard.dll", "ProductServices": "ProductServices.dll"}
     project = ["cmake_minimum_required(VERSION 3.16)", "project(Hosts LANGUAGES C)"]
+    command = "find_package(ProductServices CONFIG REQUIRED)"
     for library in dlls:
         (tmp_path / library).mkdir()
-        write_host_project(tmp_path / library, "find_package(ProductServices CONFIG REQUIRED)", library, f"{library}Host")
+        write_host_project(tmp_path / library, command, library, target=f"{library}Host")
         project.append(f"add_subdirectory({library})")
     (tmp_path / "CMakeLists.txt").write_text("\n".join(project), "utf-8")
     found = f"-DProductServices_DIR={package}/lib/cmake/ProductServices"
