@@ -113,7 +113,7 @@ stop_wine_services() {
   done
 }
 
-# Starts an Xvfb on a free display and sets DISPLAY.
+# Starts an Xvfb on a free display and sets DISPLAY. By default, it would start again whenever its last client exits.
 start_display() {
   exec {display_pipe}<> <(:)
   start Xvfb -displayfd "$display_pipe" -screen 0 1280x900x24 -nolisten tcp -noreset >build/xvfb.log 2>&1
