@@ -8,7 +8,7 @@ import struct
 import pefile
 import pytest
 
-from conftest import load_cases, run, trust_root
+from conftest import NEW_KEY, load_cases, run, trust_root
 
 MAKER = "Example Maker"
 CASES = load_cases("guard/publishers.json")
@@ -46,7 +46,7 @@ def outcomes(build, wine, folder):
 
     shutil.copy(host, folder / "unsigned.exe")
     shutil.copy(build / "bin/ProductServicesGuard.dll", folder)  # which the started program needs, too
-    call("openssl req -x509 -newkey rsa:2048 -nodes -keyout key -subj /CN=Root -out root")
+    call("openssl req -x509", *NEW_KEY, *"-nodes -keyout key -subj /CN=Root -out root".split())
     sign("signed.exe", f"/CN={MAKER}")
     sign("limited.exe", f"/CN={MAKER} Ltd")
     sign("organization.exe", f"/O={MAKER}")

@@ -14,7 +14,7 @@ from sample_services import sample_service  # noqa: E402
 
 pytest_plugins = ["tool_fixtures"]
 ANSWERS = load_cases("service/sample_answers.json")
-PRODUCT = MAKER_KEY + r"\Products\Samples"
+RECORD = MAKER_KEY + r"\Products\Guarded\1"
 
 
 @pytest.fixture(scope="module", params=["php", "nginx"])
@@ -26,28 +26,6 @@ def root(request, certificates, tmp_path_factory):
     certificate.write_text("".join((certificates / f"trusted.{kind}").read_text() for kind in ("key", "pem")))
     with sample_service(request.param, folder, catalogue, certificate, ADDRESS, 18443) as (root, _):
         yield root
-
-
-@pytest.fixture(scope="module")
-def check(https_sample, wine, tmp_path_factory):
-    """Checks for updates with the record of a case, and returns the outcome and the text."""
-    lines = ["REGEDIT4"]
-    for name, row in ANSWERS.items():
-        key = row["key"].replace("MEGABYTE", "K" * 1_000_000)
-        lines += [f"[{PRODUCT.replace('HKCU', 'HKEY_CURRENT_USER')}\\{name}]", f'"key"="{key}"',
-                  f'"version"="{row["version"]}"']
-    file = tmp_path_factory.mktemp("records") / "records.reg"
-    file.write_text("\n".join(lines) + "\n", "ascii")
-    assert wine("reg", "import", file)[0] == 0
-
-    def run_check(name):
-        status, output = wine(https_sample / "ProductServicesTool.exe", "check", "--json", "--product", "Samples",
-                              "--version", name, "--api-key", "any", "--trusted-hosts", "localhost:18443")
-        assert output.startswith("{"), f"{name}: exit status {status}, {output!r}"
-        result = json.loads(output)
-        return result["outcome"], result["text"]
-    yield run_check
-    wine("reg", "delete", PRODUCT, "/f")
 
 
 def ask(method, path, body=""):
@@ -66,13 +44,21 @@ def query(version, computer=""):
     return f"api_key=a&key=KEY&hardware_id={computer}&version={version}&up=1"
 
 
-def test_each_query_has_its_answer(root, check):
-    for name, row in ANSWERS.items():
-        assert check(name) == (row["outcome"], row["text"]), name
+def test_each_query_has_its_answer(root, host):
+    words = [word for row in ANSWERS.values() for word in (f"key={row['key']}", f"version={row['version']}", "check")]
+    assert dict(zip(ANSWERS, host(*words), strict=True)) == {name: row["answer"] for name, row in ANSWERS.items()}
     (root / "maintenance").touch()
-    result = check("an offer")
+    answer = host("check")
     (root / "maintenance").unlink()
-    assert result == ("OTHER_STATUS", "The service answered with status 1.")
+    assert answer == ["check 8 -1: The service answered with status 1."]
+
+
+def test_body_of_1_mb_is_refused(root, host, wine, tmp_path):
+    record, key = RECORD.replace("HKCU", "HKEY_CURRENT_USER"), "K" * 1_000_000
+    (tmp_path / "record.reg").write_text(f'REGEDIT4\n[{record}]\n"key"="{key}"\n', "ascii")
+    status, output = wine("reg", "import", tmp_path / "record.reg")
+    assert status == 0, output
+    assert host("check") == ["check 7 -1: malformed query"]
 
 
 def test_other_requests_and_a_tenth_of_the_computers(root):

@@ -46,6 +46,17 @@ static void FetchCrl(const char* url)
     }
 }
 
+/* Writes a value of the product's record, which each call reads again. */
+static void StoreValue(const char* name, const char* value)
+{
+    const LSTATUS status = RegSetKeyValueA(
+        HKEY_CURRENT_USER, "Software\\Example Maker\\Products\\Guarded\\1", name, REG_SZ, value,
+        (DWORD)strlen(value) + 1);
+    if (status != ERROR_SUCCESS) {
+        printf("not stored: %ld\n", status);
+    }
+}
+
 static void RunWord(const char* word)
 {
     const ULONGLONG start = GetTickCount64();
@@ -61,6 +72,10 @@ static void RunWord(const char* word)
         params.options |= PRODUCT_SERVICES_OPTION_SYSTEM_PROXY;
     } else if (strncmp(word, "limit=", 6) == 0) {
         params.timeLimitMs = (uint32_t)atoi(word + 6);
+    } else if (strncmp(word, "key=", 4) == 0) {
+        StoreValue("key", word + 4);
+    } else if (strncmp(word, "version=", 8) == 0) {
+        StoreValue("version", word + 8);
     } else if (strcmp(word, "environment") == 0) {
         const DWORD length = GetEnvironmentVariableW(L"https_proxy", text, CAPACITY);
         printf("https_proxy: %ls\n", length ? text : L"not set");

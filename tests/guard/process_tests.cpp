@@ -88,7 +88,7 @@ TEST_F(HostProcess, CanLoadBothLibraries)
 TEST_F(HostProcess, LeaksNothingAfterAnExceptionAndUnload)
 {
     service.Answer("<html>");
-    ExpectNoGrowth(100, [&] {
+    ExpectNoGrowth(30, [&] {
         Reload();
         ASSERT_EQ(Check().outcome, PRODUCT_SERVICES_OUTCOME_INVALID_REPLY);
         service.TakeRequests();
