@@ -163,14 +163,14 @@ product_services_deploy({target})
 """, "utf-8")
 
 
-@pytest.fixture
-def restricted_toolchain(tmp_path):
+@pytest.fixture(scope="session")
+def restricted_toolchain(tmp_path_factory):
     """Returns cmake's option for a toolchain file that only searches packages in the compiler's folders."""
     compilers = {"C": "gcc-posix", "CXX": "g++-posix", "RC": "windres"}
     lines = [f"set(CMAKE_{language}_COMPILER x86_64-w64-mingw32-{name})" for language, name in compilers.items()]
     lines += ["set(CMAKE_SYSTEM_NAME Windows)", "set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)"]
     lines += [f"set(CMAKE_FIND_ROOT_PATH_MODE_{kind} ONLY)" for kind in ("PACKAGE", "LIBRARY", "INCLUDE")]
-    file = tmp_path / "restricted toolchain.cmake"
+    file = tmp_path_factory.mktemp("toolchain") / "restricted toolchain.cmake"
     file.write_text("\n".join(lines), "utf-8")
     return f"-DCMAKE_TOOLCHAIN_FILE={file}"
 
