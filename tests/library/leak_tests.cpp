@@ -38,8 +38,7 @@ TEST_F(ResourceLeaks, DoNotOccurOver30Loads)
         service.TakeRequests();
     };
     constexpr std::ptrdiff_t BitmapsOfAnIcon = 3;
-    ExpectNoGrowth(
-        30, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
+    ExpectNoGrowth(30, work, [&] { return BitmapsOfAnIcon * static_cast<std::ptrdiff_t>(addresses.size()); });
 }
 
 TEST_F(ResourceLeaks, DoNotOccurOver100ChecksAnd20UpgradeCenters)

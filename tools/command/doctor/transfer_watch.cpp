@@ -34,13 +34,15 @@ bool IsConnected(curl_socket_t socket)
     return getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &size) == 0;
 }
 
-bool HasData(curl_socket_t socket)
+// Returns 1 if there is data, 0 if none came within a second, and SOCKET_ERROR if the socket is closed. The
+// timeout is long, because libcurl could read what arrives between two calls.
+int WaitForData(curl_socket_t socket)
 {
     fd_set sockets;
     FD_ZERO(&sockets);
     FD_SET(socket, &sockets);
-    timeval timeout{0, std::chrono::microseconds(PollInterval).count()};
-    return select(0, &sockets, nullptr, nullptr, &timeout) == 1;
+    timeval timeout{1, 0};
+    return select(0, &sockets, nullptr, nullptr, &timeout);
 }
 
 // Shared with threads that may outlive WatchTransfer. Only the thread of the transfer uses the report until
@@ -232,12 +234,13 @@ void WatchingEnvironment::WatchSocket(curl_socket_t socket)
         return;
     }
     m_socketStep = TransferStep::TlsAnswer;
-    while (!m_isDone) {
-        // The data remains for libcurl to read.
-        if (HasData(socket)) {
-            m_socketStep = TransferStep::TlsHandshake;
-            return;
-        }
+    int dataCount = 0;
+    while (!m_isDone && dataCount == 0) {
+        dataCount = WaitForData(socket);
+    }
+    // The data remains for libcurl to read.
+    if (dataCount == 1) {
+        m_socketStep = TransferStep::TlsHandshake;
     }
 }
 
