@@ -80,7 +80,7 @@ typedef enum ProductServicesOptions PRODUCT_SERVICES_ENUM_TYPE
      * Only for GuardedCheckForUpdates; GuardedUpgrade rejects it. */
     PRODUCT_SERVICES_OPTION_QUIET = 1,
     /** Show the upgrade center with the host's DPI awareness. Its picture is then not scaled, so it looks
-     * small on displays that are scaled beyond 100 %. Without this flag, Windows scales the entire window. */
+     * small on displays that are scaled above 100 %. Without this flag, Windows scales the entire window. */
     PRODUCT_SERVICES_OPTION_HOST_DPI_AWARENESS = 2,
     /** Accept any certificate. An attacker on the network can then impersonate the service. For development
      * services. */
