@@ -15,6 +15,7 @@ begin_session() {
   flock -n 9 || fail "Another script is already running in this checkout."
   record=$PWD/build/session
   stop_leftovers
+  rm -f "${machines[@]/%/.server.log}"
   trap end_session EXIT
 }
 
@@ -23,6 +24,7 @@ end_session() {
   [ -z "${setup_pid:-}" ] || { kill "$setup_pid" && wait "$setup_pid"; } 2>/dev/null || true
   stop_groups "${groups[@]}"
   stop_wine_services
+  show_server_errors
   rm -rf build/wine*.new
   rm -f "$record".*
 }
@@ -97,8 +99,16 @@ make_wine_prefix() {
 
 # Keeps Wine's services running between programs. They have their own output, so that no pipe waits for them.
 start_wine_services() {
-  wineserver -p >build/wineserver.log 2>&1 9>&- \
-    || fail "Wine's server did not start; see build/wineserver.log."
+  wineserver -p >"$WINEPREFIX.server.log" 2>&1 9>&- \
+    || fail "Wine's server did not start; see $WINEPREFIX.server.log."
+}
+
+# Wine's server reports only what went wrong, such as a program that it has ended.
+show_server_errors() {
+  local prefix
+  for prefix in "${machines[@]}"; do
+    [ ! -s "$prefix.server.log" ] || log "Wine's server reported: $(tail -n 5 "$prefix.server.log")"
+  done
 }
 
 # For the server of each prefix, Wine has a folder in /tmp, whose name is in the prefix.
