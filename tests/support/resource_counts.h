@@ -89,9 +89,8 @@ inline void ExpectNoGrowth(
         work();
     }
     before["GDI objects"] += countSystemObjects();
-    // Another thread may be about to free some.
-    before["heap bytes"] += 1024;
-    before["kernel handles"] += 3;
+    before["heap bytes"] += 32 * 1024; // Wine 10 counts groups of small blocks, free blocks included
+    before["kernel handles"] += 3;     // another thread may be about to close some
     before["private bytes"] += 512 * 1024;
     for (const auto& [name, count] : CountResources()) {
         EXPECT_LE(count, before[name]) << name;
