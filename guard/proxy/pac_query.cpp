@@ -1,5 +1,7 @@
 #include "proxy/pac_query.h"
 
+#include "unique_handle.h"
+
 #include <memory>
 
 namespace product_services_guard {
@@ -51,7 +53,7 @@ DWORD WINAPI QueryThread(void* parameter)
 }
 
 // Returns null if no thread can be created. The thread holds a reference to this DLL.
-HANDLE StartThread(const std::shared_ptr<Query>& query)
+UniqueHandle StartThread(const std::shared_ptr<Query>& query)
 {
     if (!GetModuleHandleExW(
             GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<const wchar_t*>(&QueryThread),
@@ -64,7 +66,7 @@ HANDLE StartThread(const std::shared_ptr<Query>& query)
         delete owner;
         FreeLibrary(query->module);
     }
-    return thread;
+    return UniqueHandle(thread);
 }
 
 bool WaitForThread(HANDLE thread, const TransferLimits& limits)
@@ -110,13 +112,11 @@ std::optional<PacAnswer> QueryPac(
     query->winHttp = winHttp;
     query->url = url;
     query->scriptUrl = scriptUrl;
-    const HANDLE thread = StartThread(query);
+    const UniqueHandle thread = StartThread(query);
     if (!thread) {
         return std::nullopt;
     }
-    const bool isDone = WaitForThread(thread, limits);
-    CloseHandle(thread);
-    if (!isDone || !query->isAnswered) {
+    if (!WaitForThread(thread.get(), limits) || !query->isAnswered) {
         return std::nullopt;
     }
     return PacAnswer{ToString(query->info.lpszProxy), ToString(query->info.lpszProxyBypass)};

@@ -58,7 +58,7 @@ LockedFile LockFile(const wchar_t* path)
     if (handle == INVALID_HANDLE_VALUE) {
         return {nullptr, {}, {}, OpenErrorText(fullPath, GetLastError())};
     }
-    FileHandle owner(handle);
+    UniqueHandle owner(handle);
     if (GetFileType(handle) != FILE_TYPE_DISK) {
         return {nullptr, {}, {}, L"The path refers to a device."};
     }

@@ -1,22 +1,16 @@
 // A file that nobody can change while it is verified and started.
 #pragma once
 
-#include <memory>
+#include "unique_handle.h"
+
 #include <string>
-#include <windows.h>
 
 namespace product_services_guard {
-
-struct HandleDeleter
-{
-    void operator()(HANDLE handle) const { CloseHandle(handle); }
-};
-using FileHandle = std::unique_ptr<void, HandleDeleter>;
 
 /// An open file. If it could not be opened, `handle` is null and `error` says why.
 struct LockedFile
 {
-    FileHandle handle;
+    UniqueHandle handle;
     /// The full path that was opened.
     std::wstring path;
     /// The path without junctions and symbolic links, which could be changed. Empty if it cannot be

@@ -1,5 +1,6 @@
 #include "signature/start_file.h"
 
+#include "unique_handle.h"
 #include "url/ascii.h"
 
 #include <windows.h>
@@ -65,9 +66,8 @@ PublisherResult StartFile(const LockedFile& file, const wchar_t* arguments)
     if (!ShellExecuteExW(&start)) {
         return {PRODUCT_SERVICES_PUBLISHER_NOT_STARTED, StartErrorText(GetLastError())};
     }
-    if (start.hProcess) {
-        KeepLockedBy(start.hProcess, file.handle.get());
-        CloseHandle(start.hProcess);
+    if (const UniqueHandle process(start.hProcess); process) {
+        KeepLockedBy(process.get(), file.handle.get());
     }
     return {PRODUCT_SERVICES_PUBLISHER_TRUSTED, L"The file was verified and started."};
 }

@@ -4,6 +4,7 @@
 #include "text/language_code.h"
 #include "text/language_file.h"
 #include "text/utf16.h"
+#include "unique_handle.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -67,12 +68,12 @@ LanguageFile ReadLanguageFile(std::int32_t languageId)
         file.error = GetLastError();
         return file;
     }
+    const product_services_guard::UniqueHandle owner(handle);
     DWORD size = std::min(GetFileSize(handle, nullptr), MaxFileSize);
     file.bytes.resize(size);
     if (!ReadFile(handle, file.bytes.data(), size, &size, nullptr)) {
         file.error = GetLastError();
     }
-    CloseHandle(handle);
     return file;
 }
 

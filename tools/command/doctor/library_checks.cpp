@@ -2,8 +2,8 @@
 #include "doctor/machine_checks.h"
 
 #include "doctor/run_with_timeout.h"
-#include "signature/locked_file.h"
 #include "signature/signature.h"
+#include "unique_handle.h"
 
 #include <algorithm>
 #include <fstream>
@@ -78,7 +78,7 @@ std::optional<PublisherResult> ReadPublisher(const std::wstring& path)
         if (handle == INVALID_HANDLE_VALUE) {
             return {PRODUCT_SERVICES_PUBLISHER_FILE_ERROR, L"The file could not be opened."};
         }
-        const product_services_guard::FileHandle owner(handle);
+        const product_services_guard::UniqueHandle owner(handle);
         const auto signature = product_services_guard::ReadSignature(handle, path.c_str());
         // This program does not know the application's publisher, so it accepts any.
         return product_services_guard::EvaluateSignature(signature, signature.signer);

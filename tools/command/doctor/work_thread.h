@@ -1,7 +1,7 @@
 // Threads that are joined or left to themselves.
 #pragma once
 
-#include "signature/locked_file.h"
+#include "unique_handle.h"
 
 #include <cerrno>
 #include <memory>
@@ -12,7 +12,7 @@
 
 namespace product_services_tool {
 
-using ThreadHandle = std::unique_ptr<void, product_services_guard::HandleDeleter>;
+using ThreadHandle = product_services_guard::UniqueHandle;
 
 template <typename Work>
 unsigned __stdcall RunOwnedWork(void* work)
