@@ -16,6 +16,8 @@ using Bytes = std::vector<std::uint8_t>;
 // The size of the signature's entry in the file is a multiple of this.
 constexpr std::uint64_t Alignment = 8;
 constexpr std::size_t CertificateHeaderSize = offsetof(WIN_CERTIFICATE, bCertificate);
+// A tag, the number of the length's bytes, and at most four of these.
+constexpr std::size_t MaxDerHeaderSize = 6;
 
 // Returns the bytes at `offset`, or fewer at the end of the file.
 Bytes ReadAt(HANDLE file, std::uint64_t offset, std::size_t size)
@@ -72,7 +74,7 @@ std::optional<std::uint64_t> GetDerSize(const Bytes& beginning)
         return 2 + length;
     }
     const std::size_t lengthBytes = length & 0x7Fu;
-    if (lengthBytes > 4 || beginning.size() < 2 + lengthBytes) {
+    if (beginning.size() < 2 + lengthBytes) {
         return std::nullopt;
     }
     std::uint64_t size = 0;
@@ -99,7 +101,7 @@ bool HasAppendedData(HANDLE file)
     GetFileSizeEx(file, &fileSize);
     const std::uint64_t start = signature->VirtualAddress;
     const std::uint64_t end = start + signature->Size;
-    const auto derSize = GetDerSize(ReadAt(file, start + CertificateHeaderSize, 6));
+    const auto derSize = GetDerSize(ReadAt(file, start + CertificateHeaderSize, MaxDerHeaderSize));
     if (end != static_cast<std::uint64_t>(fileSize.QuadPart) || !derSize) {
         return true;
     }
