@@ -1,8 +1,8 @@
 // publisher_host (PATH PUBLISHERS OPTION)... verifies files and prints a line with the result and its text
 // for each. An empty argument is passed as null; "|" separates publishers. Options: "read" or "write" has the
-// file open in the meantime; "start" starts the file with the arguments "started FILE"; a hexadecimal number
-// adds these errors to the signer's certificates (CERT_TRUST_STATUS). "publisher_host started FILE" creates
-// FILE.
+// file open in the meantime; "start" starts the file with the arguments "started FILE", and "start NUMBER"
+// lets the start fail with this error of Windows; a hexadecimal number adds these errors to the signer's
+// certificates (CERT_TRUST_STATUS). "publisher_host started FILE" creates FILE.
 #include "product_services/publisher.h"
 
 #include <algorithm>
@@ -16,6 +16,7 @@
 #include <wincrypt.h>
 
 static DWORD certificateErrors;
+static DWORD startError;
 
 static HANDLE WINAPI CreateFileHook(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD, HANDLE)
 {
@@ -48,7 +49,8 @@ static bool IsLeftOpen(const wchar_t* path)
 static BOOL WINAPI ShellExecuteHook(SHELLEXECUTEINFOW* start)
 {
     std::printf("%s", IsLeftOpen(start->lpFile) ? "locked, " : "");
-    return ShellExecuteExW(start);
+    SetLastError(startError);
+    return startError == 0 && ShellExecuteExW(start);
 }
 
 static BOOL WINAPI DuplicateHandleHook(
@@ -73,14 +75,16 @@ static void VerifyOne(const std::wstring& path, std::wstring publishers, const s
     certificateErrors = std::wcstoul(option.c_str(), nullptr, 16);
     wchar_t text[300] = L"";
     std::uint32_t result = 0;
-    if (option == L"start") {
+    const bool starts = option.starts_with(L"start");
+    if (starts) {
+        startError = std::wcstoul(option.c_str() + std::wcslen(L"start"), nullptr, 10);
         const std::wstring arguments = L"started \"" + path + L".started\"";
         result = StartVerifiedFile(OrNull(path), OrNull(publishers), arguments.c_str(), text, 300);
     } else {
         result = VerifyPublisher(OrNull(path), OrNull(publishers), text, 300);
     }
     CloseHandle(file);
-    const bool isLeftOpen = option != L"start" && IsLeftOpen(path.c_str());
+    const bool isLeftOpen = !starts && IsLeftOpen(path.c_str());
     std::printf("%s%u %ls\n", isLeftOpen ? "left open: " : "", result, text);
 }
 

@@ -1,6 +1,7 @@
 // The parameters with which Windows' functions are called before a file is trusted. Wine's results do not
 // depend on them.
 #include "certificate/certificate_name.h"
+#include "certificate/server_certificate.h"
 #include "proxy/win_http.h"
 #include "signature/locked_file.h"
 #include "signature/signature.h"
@@ -64,7 +65,8 @@ TEST(SystemFunctions, AreLoadedFromTheSystemFolder)
         GetModuleHandleW(nullptr), "LoadLibraryExW", reinterpret_cast<void*>(LoadLibraryStub)));
     EXPECT_EQ(LoadWinTrust().verifyTrust, nullptr);
     EXPECT_EQ(LoadWinHttp().open, nullptr);
-    EXPECT_EQ(loaded, (std::set<std::wstring>{L"winhttp.dll", L"wintrust.dll"}));
+    EXPECT_NE(VerifyServerCertificate(nullptr, L"host", 0), L"") << "without a connection";
+    EXPECT_EQ(loaded, (std::set<std::wstring>{L"secur32.dll", L"winhttp.dll", L"wintrust.dll"}));
 }
 
 TEST(LockedFile, IsOpenedAtPathsOfAnyLength)
