@@ -5,11 +5,14 @@
 #include "proxy/win_http.h"
 #include "signature/locked_file.h"
 #include "signature/signature.h"
+#include "signature/start_file.h"
 
 #include <gtest/gtest.h>
 #include <import_hook.h>
 #include <set>
 #include <vector>
+
+#include <shellapi.h>
 
 using namespace product_services_guard;
 
@@ -38,6 +41,17 @@ HANDLE WINAPI CreateFileStub(
         << "the server of a pipe must not impersonate the user";
     SetLastError(ERROR_FILE_NOT_FOUND);
     return INVALID_HANDLE_VALUE;
+}
+
+std::wstring startedPath;
+
+BOOL WINAPI ShellExecuteStub(SHELLEXECUTEINFOW* start)
+{
+    startedPath = start->lpFile;
+    EXPECT_EQ(start->fMask, ULONG{SEE_MASK_NOASYNC | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI});
+    EXPECT_STREQ(start->lpVerb, L"open");
+    EXPECT_STREQ(start->lpParameters, L"/quiet");
+    return TRUE;
 }
 
 const HANDLE State = reinterpret_cast<HANDLE>(0x57A7E);
@@ -84,6 +98,25 @@ TEST(LockedFile, IsOpenedAtPathsOfAnyLength)
     for (const auto& [path, expected] : paths) {
         EXPECT_EQ(LockFile(path.c_str()).error, L"The file was not found.");
         EXPECT_EQ(openedPath, expected);
+    }
+}
+
+TEST(LockedFile, IsStartedAtAPathForTheShell)
+{
+    ImportHook starting;
+    ASSERT_TRUE(starting.Install(
+        GetModuleHandleW(nullptr), "ShellExecuteExW", reinterpret_cast<void*>(ShellExecuteStub)));
+    const std::pair<std::wstring, std::wstring> paths[]{
+        {L"\\\\?\\C:\\folder\\setup.exe", L"C:\\folder\\setup.exe"},
+        {L"\\\\?\\UNC\\server\\share\\setup.MSI", L"\\\\server\\share\\setup.MSI"},
+        {L"C:\\setup.exe", L"C:\\setup.exe"},
+        {L"\\\\?\\C:\\setup.cmd", L""},
+        {L"", L""},
+    };
+    for (const auto& [path, expected] : paths) {
+        startedPath.clear();
+        StartFile({nullptr, L"", path, L""}, L"/quiet");
+        EXPECT_EQ(startedPath, expected);
     }
 }
 
