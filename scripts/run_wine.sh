@@ -8,10 +8,8 @@ if ! is_prefix_complete; then
   exit 1
 fi
 
-# Services that Wine starts inherit the program's output. With a pipe, its reader would wait for them, too.
+# Services that Wine starts inherit the program's output. With a pipe, its reader would wait for them, too. The output is
+# also printed when a timeout stops the process group; without the subshell, the trap would print into the file.
 output=$(mktemp)
-trap 'rm -f "$output"' EXIT
-wine_run "$@" >"$output" 2>&1
-status=$?
-cat "$output"
-exit "$status"
+trap 'trap "" TERM; cat "$output"; rm -f "$output"' EXIT
+(wine_run "$@") >"$output" 2>&1
