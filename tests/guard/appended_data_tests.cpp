@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
-#include <string_view>
+#include <type_traits>
 
 using namespace product_services_guard;
 using namespace std::string_literals;
@@ -20,31 +20,22 @@ std::string ToBytes(const Structure& structure)
 
 // The headers of a program, and at its end the entry of its signature: eight bytes and the signature.
 template <typename NtHeaders>
-std::string MakeProgram(WORD magic, const std::string& signature)
+std::string MakeProgram(const std::string& signature)
 {
     constexpr DWORD EntryOffset = 512;
-    IMAGE_DOS_HEADER dos{};
-    dos.e_magic = IMAGE_DOS_SIGNATURE;
-    dos.e_lfanew = sizeof dos;
+    constexpr bool Is64Bit = std::is_same_v<NtHeaders, IMAGE_NT_HEADERS64>;
     const std::string entry = "\0\0\0\0\0\2\2\0"s + signature;
     NtHeaders headers{};
     headers.Signature = IMAGE_NT_SIGNATURE;
-    headers.OptionalHeader.Magic = magic;
+    headers.OptionalHeader.Magic = Is64Bit ? IMAGE_NT_OPTIONAL_HDR64_MAGIC : IMAGE_NT_OPTIONAL_HDR32_MAGIC;
     headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_SECURITY] = {
         EntryOffset, static_cast<DWORD>(entry.size())};
+    IMAGE_DOS_HEADER dos{};
+    dos.e_magic = IMAGE_DOS_SIGNATURE;
+    dos.e_lfanew = sizeof dos;
     std::string program = ToBytes(dos) + ToBytes(headers);
     program.resize(EntryOffset);
     return program + entry;
-}
-
-std::string Make32BitProgram(const std::string& signature)
-{
-    return MakeProgram<IMAGE_NT_HEADERS32>(IMAGE_NT_OPTIONAL_HDR32_MAGIC, signature);
-}
-
-std::string Make64BitProgram(const std::string& signature)
-{
-    return MakeProgram<IMAGE_NT_HEADERS64>(IMAGE_NT_OPTIONAL_HDR64_MAGIC, signature);
 }
 
 bool IsFoundIn(const std::string& content)
@@ -58,7 +49,7 @@ bool IsFoundIn(const std::string& content)
 
 } // namespace
 
-TEST(AppendedData, IsFoundInTheSignature)
+TEST(AppendedData, IsFoundInAndBehindTheSignature)
 {
     const struct
     {
@@ -78,21 +69,15 @@ TEST(AppendedData, IsFoundInTheSignature)
         {"no size", "\x30"s, true},
     };
     for (const auto& [name, signature, isFound] : cases) {
-        EXPECT_EQ(IsFoundIn(Make32BitProgram(signature)), isFound) << "32-bit: " << name;
-        EXPECT_EQ(IsFoundIn(Make64BitProgram(signature)), isFound) << "64-bit: " << name;
+        EXPECT_EQ(IsFoundIn(MakeProgram<IMAGE_NT_HEADERS32>(signature)), isFound) << "32-bit: " << name;
+        EXPECT_EQ(IsFoundIn(MakeProgram<IMAGE_NT_HEADERS64>(signature)), isFound) << "64-bit: " << name;
+        EXPECT_TRUE(IsFoundIn(MakeProgram<IMAGE_NT_HEADERS32>(signature) + "x")) << "behind it: " << name;
     }
-}
-
-TEST(AppendedData, IsFoundBehindTheSignature)
-{
-    const std::string signature = "\x30\6signed"s;
-    EXPECT_TRUE(IsFoundIn(Make32BitProgram(signature) + "a"));
-    EXPECT_TRUE(IsFoundIn(Make64BitProgram(signature) + "a"));
 }
 
 TEST(AppendedData, IsNotSearchedInOtherFiles)
 {
-    const std::string program = Make64BitProgram("\x30\7signed"s);
+    const std::string program = MakeProgram<IMAGE_NT_HEADERS64>("\x30\7signed"s);
     EXPECT_FALSE(IsFoundIn("")) << "an empty file";
     EXPECT_FALSE(IsFoundIn(program.substr(0, 100))) << "a program that is cut off";
     EXPECT_FALSE(IsFoundIn("XX" + program.substr(2))) << "not a program";
