@@ -59,6 +59,9 @@ GetProxyForUrl(HINTERNET, const wchar_t* url, WINHTTP_AUTOPROXY_OPTIONS* options
     if (options->dwFlags == WINHTTP_AUTOPROXY_CONFIG_URL) {
         const std::wstring scriptUrl = options->lpszAutoConfigUrl;
         script.assign(scriptUrl.begin(), scriptUrl.end());
+    } else {
+        constexpr DWORD DhcpAndDns = WINHTTP_AUTO_DETECT_TYPE_DHCP | WINHTTP_AUTO_DETECT_TYPE_DNS_A;
+        EXPECT_EQ(options->dwAutoDetectFlags, DhcpAndDns);
     }
     scriptsRun.push_back(script + (options->fAutoLogonIfChallenged ? ", with logon" : ", without logon"));
     const nlohmann::ordered_json scripts = currentRow.value("scripts", nlohmann::ordered_json::object());

@@ -142,6 +142,8 @@ TEST_F(UpgradeWindow, PaintsTheProductLinesPicture)
         const auto& colours = table["colours"][line["picture"].get<std::string>()];
         OpenAndExit([&](HWND center) {
             EXPECT_TRUE(WaitForPixelColor(center, {30, 400}, ToColorRef(colours["left"])));
+            EXPECT_TRUE(WaitForPixelColor(center, {200, 28}, GetSysColor(COLOR_WINDOWTEXT), 60))
+                << "the heading is painted";
             EXPECT_TRUE(WaitForPixelColor(center, {270, 28}, ToColorRef(colours["behind the heading"])))
                 << "between its letters";
         });
