@@ -88,6 +88,16 @@ TEST_F(GuardedCheck, SurvivesDeepNesting)
         Contains(result.text, L"column 16301: syntax error while parsing value - unexpected end of input"));
 }
 
+TEST_F(GuardedCheck, CatchesEveryException)
+{
+    service.Answer("");
+    onMessageBox = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(Check(), (GuardedResult{PRODUCT_SERVICES_OUTCOME_FAILED, L"Out of memory."}));
+    onMessageBox = [] { throw 1; };
+    const std::wstring text = L"The call failed with an unknown exception.";
+    EXPECT_EQ(Check(), (GuardedResult{PRODUCT_SERVICES_OUTCOME_FAILED, text}));
+}
+
 TEST_F(GuardedCheck, ShowsNothingIfQuiet)
 {
     params.options |= PRODUCT_SERVICES_OPTION_QUIET;
