@@ -77,11 +77,6 @@ TEST(AppendedData, IsFoundInAndBehindTheSignature)
 
 TEST(AppendedData, IsNotSearchedInOtherFiles)
 {
-    const std::string program = MakeProgram<IMAGE_NT_HEADERS64>("\x30\7signed"s);
-    EXPECT_FALSE(IsFoundIn("")) << "an empty file";
-    EXPECT_FALSE(IsFoundIn(program.substr(0, 100))) << "a program that is cut off";
-    EXPECT_FALSE(IsFoundIn("XX" + program.substr(2))) << "not a program";
-    std::string other = program;
-    other[sizeof(IMAGE_DOS_HEADER)] = 'X';
-    EXPECT_FALSE(IsFoundIn(other)) << "a program for another system";
+    EXPECT_FALSE(IsFoundIn("a Windows Installer package, which has no headers of a program"));
+    EXPECT_FALSE(IsFoundIn("XX" + MakeProgram<IMAGE_NT_HEADERS64>("\x30\7signed"s).substr(2)));
 }
