@@ -9,6 +9,7 @@ from sample_window import close_message, open_sample_host, press, press_until_op
 
 CHECK = "POST /get_updates.php  key=DRAFT-2026-DEMO version=2026.1 up=1 (update check) -> "
 OPEN_CHECK = "alt+h", "c"
+IDM_CHECK = 101
 
 
 @pytest.fixture(scope="module", autouse=True)
@@ -22,12 +23,14 @@ def record(wine):
     wine("reg", "delete", rf"{MAKER_KEY}\Products\Example Draft", "/f")
 
 
-def test_one_call_at_a_time(https_sample, trusted_service):
+def test_one_call_at_a_time(https_sample, trusted_service, wine):
     running = trusted_service("--answer", "empty")
     with open_sample_host(https_sample / "SampleHost.exe") as (process, window):
         assert running.stdout.readline() == f"{CHECK}empty body\n", "the quiet check at start"
         box = press_until_opened(window, OPEN_CHECK, "Example Draft")
         press(window, *OPEN_CHECK)
+        # As a program that operates windows would.
+        assert wine("guard_host.exe", f"choose={IDM_CHECK}", cwd=https_sample) == (0, "done\n")
         press(window, "alt+F4")
         close_message(box)
 
