@@ -133,8 +133,8 @@ def test_pac_script_falls_back_to_the_next_proxy(tool, start_service, proxy_scri
     with socket.create_server((ADDRESS, 0)) as proxy:
         address = f"{ADDRESS}:{proxy.getsockname()[1]}"
         # Wine passes on what is before a blank or a semicolon; Windows has semicolons between the script's proxies.
-        proxy_script.write_text(f"function FindProxyForURL() {{ return 'PROXY {ADDRESS}:1\\t{address}'; }}")
-        finding = (f"ok       system proxy: Windows' configuration script names {address}; tried {ADDRESS}:1 "
+        proxy_script.write_text(f"function FindProxyForURL() {{ return 'PROXY a:swordfish@{ADDRESS}:1\\t{address}'; }}")
+        finding = (f"ok       system proxy: Windows' configuration script names {address}; tried ...@{ADDRESS}:1 "
                    f"(no connection), {address} (connected)")
         status, output = diagnose(tool, "--time-limit", "1")
         assert f"{finding}\nerror    connection: {address} accepted the connection, but sent nothing" in output, output
