@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Compiles the samples in other languages. Those in C#, Pascal, Python and Rust also run on Linux, with a stub for
 # ProductServicesGuard.dll: they must fill in its structure correctly and describe each outcome in the same words. The
-# sample in Go only runs on Windows, so its compiler compares the layout of the structure instead.
+# sample in Go only runs on Windows, so its compiler compares the layout of the structure instead. What the samples declare
+# for their readers, but do not use, is compared with the headers.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/lib/log.sh
@@ -55,6 +56,8 @@ check_output() {
     [ "$output" = "$expected" ] || fail "$1 ${2:-} prints with outcome $outcome: $output"
   done
 }
+
+python3 -B scripts/samples/check_declarations.py || fail "A sample's declarations differ from the C headers."
 
 rm -rf "$work"/host* "$work"/*.dll
 mkdir -p "$work/go" "$work/python"

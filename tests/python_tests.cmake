@@ -48,7 +48,7 @@ add_python_tests(services test_certificates test_system_proxy test_service_sampl
 add_python_tests(hosts test_sample_host test_getting_started test_wine_crash DEBIAN MACHINE 3)
 add_python_tests(packages test_package test_package_hosts DEBIAN)
 add_python_tests(publisher test_publisher DEBIAN)
-add_python_tests(built_files test_built_dlls test_bindings DEBIAN)
+add_python_tests(built_files test_built_dlls DEBIAN)
 add_python_tests(fetchcontent test_fetchcontent DEBIAN)
 add_python_tests(product_service test_product_service)
 add_python_tests(family_and_languages test_product_family test_languages)

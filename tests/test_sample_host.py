@@ -29,7 +29,7 @@ def test_one_call_at_a_time(https_sample, trusted_service, wine):
         assert running.stdout.readline() == f"{CHECK}empty body\n", "the quiet check at start"
         box = press_until_opened(window, OPEN_CHECK, "Example Draft")
         press(window, *OPEN_CHECK)
-        # As a program that operates windows would.
+        # The menu's items are grey, but programs that operate windows can send the command.
         assert wine("guard_host.exe", f"choose={IDM_CHECK}", cwd=https_sample) == (0, "done\n")
         press(window, "alt+F4")
         close_message(box)

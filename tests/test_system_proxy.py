@@ -16,9 +16,10 @@ from conftest import ADDRESS
 PROXY_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Internet Settings\Connections"
 PROXY_VALUE = "/v", "DefaultConnectionSettings"
 FIXED, SCRIPT = 3, 5  # flags of the settings
-TIMED_OUT = [["check 10 -1: The time limit was exceeded.", f"after {seconds} s"] for seconds in (1, 2)]
+TIMED_OUT = [["check 10 -1: The time limit was exceeded.", f"after {seconds} s", "https_proxy: not set"]
+             for seconds in (1, 2)]
 UP_TO_DATE = "check 2 -1: You are running the latest version"
-CALL = "any-certificate", "system-proxy", "check"
+CALL = "any-certificate", "system-proxy", "check", "environment"
 
 
 class Tunnel(socketserver.BaseRequestHandler):
@@ -87,7 +88,7 @@ def test_configured_proxy_is_used(host, service, windows_proxy, proxy):
     windows_proxy(FIXED, f"http=a:1;https={proxy.address}", "*.example")
     assert host("any-certificate", "check") == [UP_TO_DATE]
     assert proxy.targets == [], "without the option"
-    assert host(*CALL) == [UP_TO_DATE]
+    assert host(*CALL) == [UP_TO_DATE, "https_proxy: not set"]
     assert proxy.targets == [f"{ADDRESS}:18443"]
 
 
@@ -97,7 +98,7 @@ def test_pac_script_falls_back_to_the_next_proxy(host, service, windows_proxy, p
     # Wine passes on what is before a blank or a semicolon; Windows has semicolons between the script's proxies.
     file.write_text(f"function FindProxyForURL() {{ return 'PROXY {ADDRESS}:1\\t{proxy.address}'; }}")
     windows_proxy(SCRIPT, script_url=url)
-    assert host(*CALL) == [UP_TO_DATE]
+    assert host(*CALL) == [UP_TO_DATE, "https_proxy: not set"]
     assert proxy.targets == [f"{ADDRESS}:18443"]
 
 

@@ -72,6 +72,13 @@ def test_usage_error_goes_to_stderr(folder, wine):
     assert (folder / "errors").read_text("utf-8") == "ProductServicesTool: --version is required\n"
 
 
+def test_version(folder, wine):
+    header = (REPOSITORY / "include/product_services/version.h").read_text("utf-8")
+    version = ".".join(re.findall(r"(?m)^#define PRODUCT_SERVICES_VERSION_\w+ (\d+)", header))
+    assert wine("ProductServicesTool", "version", cwd=folder) == (
+        0, f"ProductServicesTool {version} (ExampleMaker.ProductServices)\n")
+
+
 def test_script_host_reads_the_result(folder, start_service):
     start_service()
     tool = folder / "tool"

@@ -33,7 +33,8 @@ bool WindowsParsesIdentically(const std::wstring& url)
         return false;
     }
     const std::wstring port = GetUrlPart(url, URL_PART_PORT);
-    return (port.empty() ? DefaultHttpsPort : std::wcstoul(port.c_str(), nullptr, 10)) == parsed->port;
+    return (port.empty() ? DefaultHttpsPort : std::wcstoul(port.c_str(), nullptr, 10)) == parsed->port &&
+           GetUrlPart(url, URL_PART_USERNAME).empty() && GetUrlPart(url, URL_PART_PASSWORD).empty();
 }
 
 bool IsTrustedUrl(const std::wstring& url, const wchar_t* trustedHosts)

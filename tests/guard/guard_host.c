@@ -76,9 +76,14 @@ static void RunWord(const char* word)
         StoreValue("key", word + 4);
     } else if (strncmp(word, "version=", 8) == 0) {
         StoreValue("version", word + 8);
+    } else if (strcmp(word, "environment") == 0) {
+        const DWORD length = GetEnvironmentVariableW(L"https_proxy", text, CAPACITY);
+        printf("https_proxy: %ls\n", length ? text : L"not set");
+        fflush(stdout);
     } else if (strncmp(word, "fetch=", 6) == 0) {
         FetchCrl(word + 6);
     } else if (strncmp(word, "choose=", 7) == 0) {
+        /* chooses a command in the sample host's window, as a program that operates windows does */
         const HWND sampleHost = FindWindowW(NULL, L"Example Draft 2026.1 \x2013 sample host");
         const WPARAM command = (WPARAM)atoi(word + 7);
         const LRESULT isDone =

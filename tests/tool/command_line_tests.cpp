@@ -82,6 +82,14 @@ TEST(CommandLine, ReportsErrorsInOneLine)
     }
 }
 
+TEST(CommandLine, PrintsDefaultsInHelp)
+{
+    const ParsedCommandLine parsed = ParseCommandLine({L"check", L"--help"});
+    EXPECT_EQ(parsed.status, 0);
+    EXPECT_TRUE(Contains(parsed.text, L"--time-limit SECONDS"));
+    EXPECT_TRUE(Contains(parsed.text, L"(default: 30)"));
+}
+
 TEST(CallResult, NamesEachOutcome)
 {
     std::wstring answered;
